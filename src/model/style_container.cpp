@@ -1,0 +1,38 @@
+#include "model/style_container.h"
+
+#include <chrono>
+
+namespace tessaril {
+
+date now() {
+    using namespace std::chrono;
+    constexpr auto referenceDate = sys_days{year{2001} / January / 1};
+    return duration<double>(system_clock::now() - referenceDate).count();
+}
+
+bool equalWithoutCompiled(const styleJSON& a, const styleJSON& b) {
+    return a.url == b.url && a.updateUrl == b.updateUrl && a.md5Url == b.md5Url &&
+           a.originalMd5 == b.originalMd5 && a.name == b.name && a.sections == b.sections;
+}
+
+styleJSON makeStyleJSON(std::string name, std::string code) {
+    styleJSON result;
+    result.name = std::move(name);
+    result.sections.emplace_back().code = std::move(code);
+    return result;
+}
+
+styleContainer makeStyleContainer(styleJSON styleData, std::string_view source,
+                                  std::int64_t userstyleID, std::int64_t uniqueID) {
+    styleContainer style;
+    style.uniqueID = uniqueID;
+    style.styleData = std::move(styleData);
+    style.source = source;
+    style.userstyleID = userstyleID;
+    style.allowIframe = true;
+    style.userVariables.emplace();
+    style.dateModified = now();
+    return style;
+}
+
+} // namespace tessaril

@@ -1,0 +1,139 @@
+#include "model/text.h"
+
+#include <simdjson.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+namespace tessaril {
+
+namespace {
+
+bool isContinuation(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
+
+/// The character that starts at `at`, and its length in bytes.
+struct decodedCharacter {
+    char32_t value;
+    std::size_t length;
+};
+
+decodedCharacter characterAt(std::string_view text, std::size_t at) {
+    const auto lead = static_cast<unsigned char>(text[at]);
+    if (lead < 0x80) return {lead, 1};
+
+    const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+    char32_t value = lead & (0x7F >> length);
+    std::size_t read = 1;
+    for (; read < length && at + read < text.size() && isContinuation(text[at + read]); ++read)
+        value = value << 6 | (static_cast<unsigned char>(text[at + read]) & 0x3F);
+    return {value, read};
+}
+
+std::size_t lastCharacterStart(std::string_view text) {
+    std::size_t start = text.size() - 1;
+    while (start > 0 && isContinuation(text[start]))
+        --start;
+    return start;
+}
+
+} // namespace
+
+bool isWhitespaceOrNewline(char32_t c) {
+    if (c < 0x80) return c == ' ' || (c >= '\t' && c <= '\r');
+    return c == 0x85 || c == 0xA0 || c == 0x1680 || (c >= 0x2000 && c <= 0x200A) || c == 0x2028 ||
+           c == 0x2029 || c == 0x202F || c == 0x205F || c == 0x3000;
+}
+
+std::string_view trimmed(std::string_view text) {
+    while (!text.empty()) {
+        const auto [value, length] = characterAt(text, 0);
+        if (!isWhitespaceOrNewline(value)) break;
+        text.remove_prefix(length);
+    }
+    while (!text.empty()) {
+        const std::size_t start = lastCharacterStart(text);
+        if (!isWhitespaceOrNewline(characterAt(text, start).value)) break;
+        text.remove_suffix(text.size() - start);
+    }
+    return text;
+}
+
+std::string_view dropFirst(std::string_view text, std::size_t count) {
+    for (; count > 0 && !text.empty(); --count)
+        text.remove_prefix(characterAt(text, 0).length);
+    return text;
+}
+
+std::string_view dropLast(std::string_view text, std::size_t count) {
+    for (; count > 0 && !text.empty(); --count)
+        text.remove_suffix(text.size() - lastCharacterStart(text));
+    return text;
+}
+
+std::vector<std::string_view> split(std::string_view text, std::string_view separator) {
+    std::vector<std::string_view> pieces;
+    std::size_t from = 0;
+    for (std::size_t at = text.find(separator); at != std::string_view::npos;
+         at = text.find(separator, from)) {
+        pieces.push_back(text.substr(from, at - from));
+        from = at + separator.size();
+    }
+    pieces.push_back(text.substr(from));
+    return pieces;
+}
+
+std::string replacingAll(std::string_view text, std::string_view from, std::string_view to) {
+    std::string result;
+    result.reserve(text.size());
+    std::size_t done = 0;
+    for (std::size_t at = text.find(from); at != std::string_view::npos;
+         at = text.find(from, done)) {
+        result.append(text, done, at - done).append(to);
+        done = at + from.size();
+    }
+    return result.append(text, done);
+}
+
+std::string lowercasedASCII(std::string_view text) {
+    std::string result(text);
+    for (char& c : result)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return result;
+}
+
+bool contains(std::string_view text, std::string_view part) {
+    return text.find(part) != std::string_view::npos;
+}
+
+std::optional<std::int64_t> parseInteger(std::string_view text) {
+    if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
+    std::int64_t value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return value;
+}
+
+std::optional<double> parseDouble(std::string_view text) {
+    if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
+    double value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
+        return std::nullopt;
+    return value;
+}
+
+bool isValidUTF8(std::string_view bytes) {
+    return simdjson::validate_utf8(bytes.data(), bytes.size());
+}
+
+std::optional<std::string> textFromUTF8(std::string bytes) {
+    if (!isValidUTF8(bytes)) return std::nullopt;
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    if (bytes.starts_with(byteOrderMark)) bytes.erase(0, byteOrderMark.size());
+    return bytes;
+}
+
+} // namespace tessaril

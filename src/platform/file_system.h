@@ -1,0 +1,47 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace tessaril {
+
+/// A file that has been written whole and synced to disk under a temporary name. Until it is
+/// published nobody sees it; destroyed, its temporary name is gone.
+class StagedFile {
+public:
+    virtual ~StagedFile() = default;
+
+    /// Makes `path` name this file's content, atomically and durably: after a crash `path` holds
+    /// its old content or all of the new. May be called for several paths on one file system; the
+    /// names then share one copy, so nobody may write into such a file in place. Gives whether it
+    /// worked.
+    virtual bool publishAs(const std::filesystem::path& path) = 0;
+};
+
+/// Files of the machine. May be called from any thread.
+class FileSystem {
+public:
+    virtual ~FileSystem() = default;
+
+    virtual bool exists(const std::filesystem::path& path) const = 0;
+
+    /// The whole content of a regular file; nothing when it cannot be read to its end. The result
+    /// has spare capacity for a reader that needs padding behind its input.
+    virtual std::optional<std::string> read(const std::filesystem::path& path) const = 0;
+
+    /// Writes `pieces`, one after another, into a new file in `folder`, readable by this user only.
+    /// Nothing when any of it fails; no file is left then.
+    virtual std::unique_ptr<StagedFile> stage(const std::filesystem::path& folder,
+                                              std::span<const std::string_view> pieces) = 0;
+
+    /// Gives the file at `path` the second name `keptPath`, which must be free, so that it survives
+    /// a replacement of `path`. Where the file system has no second names the file is moved. Gives
+    /// whether the content is now at `keptPath`.
+    virtual bool keep(const std::filesystem::path& path, const std::filesystem::path& keptPath) = 0;
+};
+
+} // namespace tessaril

@@ -1,0 +1,88 @@
+#include "preferences/preferences.h"
+
+#include "preferences/preference_keys.h"
+
+#include <limits>
+
+namespace tessaril {
+
+namespace {
+
+// Earlier than any point in time, so that everything counts as newer.
+constexpr double distantPast = std::numeric_limits<double>::lowest();
+
+} // namespace
+
+Preferences::Preferences(PreferenceStore& ownStore) : store(ownStore) {}
+
+void Preferences::registerDefault(std::string_view key, preferenceValue value) {
+    const std::lock_guard lock(mutex);
+    defaults.insert_or_assign(std::string(key), std::move(value));
+}
+
+template <typename T>
+T Preferences::read(std::string_view key) const {
+    const std::lock_guard lock(mutex);
+    if (const auto stored = store.value(key, preferenceValue(T())))
+        if (const T* value = std::get_if<T>(&*stored)) return *value;
+    const auto found = defaults.find(key);
+    if (found == defaults.end()) return T();
+    const T* value = std::get_if<T>(&found->second);
+    return value ? *value : T();
+}
+
+bool Preferences::boolean(std::string_view key) const {
+    return read<bool>(key);
+}
+
+std::int64_t Preferences::integer(std::string_view key) const {
+    return read<std::int64_t>(key);
+}
+
+double Preferences::real(std::string_view key) const {
+    return read<double>(key);
+}
+
+std::string Preferences::string(std::string_view key) const {
+    return read<std::string>(key);
+}
+
+void Preferences::set(std::string_view key, const preferenceValue& value) {
+    const std::lock_guard lock(mutex);
+    store.setValue(key, value);
+}
+
+void registerPreferenceDefaults(Preferences& standard, Preferences& shared,
+                                std::int64_t namespaceDraw, bool darkAppearance) {
+    namespace keys = preferenceKeys;
+    standard.registerDefault(keys::wordWrap, true);
+    standard.registerDefault(keys::showGutter, true);
+    standard.registerDefault(keys::fontSize, std::int64_t{12});
+    standard.registerDefault(keys::updateOnLaunch, false);
+    standard.registerDefault(keys::showErrors, false);
+    standard.registerDefault(keys::defaultAuthor, "Tessaril User");
+    standard.registerDefault(keys::defaultNamespace, "tessaril" + std::to_string(namespaceDraw));
+    standard.registerDefault(keys::isFirstLaunch, true);
+    standard.registerDefault(keys::isFirstStyle, true);
+    standard.registerDefault(keys::awesomeness, false);
+    standard.registerDefault(keys::autocomplete, true);
+    standard.registerDefault(keys::warnIfDisabled, true);
+    standard.registerDefault(keys::warnReadOnly, true);
+    standard.registerDefault(keys::useiCloud, false);
+    standard.registerDefault(keys::hasConfigurediCloud, false);
+    standard.registerDefault(keys::lastSuccessfulSync, distantPast);
+    standard.registerDefault(keys::showEditorTitle, true);
+    standard.registerDefault(keys::editorStyle, "unified");
+
+    shared.registerDefault(keys::injectIframes, false);
+    shared.registerDefault(keys::toggleShortcut, true);
+
+    standard.registerDefault(keys::theme, darkAppearance ? "dark" : "light");
+    // The name that every current system resolves to its own fixed-width face.
+    standard.registerDefault(keys::font, "ui-monospace");
+
+    standard.registerDefault(keys::supportAddress, "support@tessaril.example");
+    standard.registerDefault(keys::webSite, "https://tessaril.example/");
+}
+
+} // namespace tessaril

@@ -1,0 +1,53 @@
+#include "model/text.h"
+
+#include <gtest/gtest.h>
+
+namespace tessaril {
+
+TEST(Text, trimsTheUnicodeSetAndKeepsWhatOnlyLooksBlank) {
+    EXPECT_EQ(trimmed(" \t\r\n\v\f\u00A0\u0085\u1680\u2003\u2028\u2029\u202F\u205F\u3000a b\u3000"),
+              "a b");
+    EXPECT_EQ(trimmed("\u200Ba\uFEFF"), "\u200Ba\uFEFF"); // zero width: not white space
+    EXPECT_EQ(trimmed(" \u2028 "), "");
+    EXPECT_EQ(trimmed(""), "");
+    EXPECT_EQ(trimmed("\u00E9"), "\u00E9");
+}
+
+TEST(Text, dropsWholeCharacters) {
+    EXPECT_EQ(dropFirst("\u00E9x"), "x");
+    EXPECT_EQ(dropLast("x\U0001F600"), "x");
+    EXPECT_EQ(dropFirst("ab\u20ACc", 3), "c");
+    EXPECT_EQ(dropLast("ab", 5), "");
+    EXPECT_EQ(dropFirst("", 1), "");
+}
+
+TEST(Text, splitsAndReplacesWithoutOverlap) {
+    EXPECT_EQ(split("a,,b,", ","), (std::vector<std::string_view>{"a", "", "b", ""}));
+    EXPECT_EQ(split("", ","), (std::vector<std::string_view>{""}));
+    EXPECT_EQ(replacingAll("aaaa", "aa", "a"), "aa");
+    EXPECT_EQ(replacingAll("x\\\\\\/", "\\\\", "\\"), "x\\\\/");
+}
+
+TEST(Text, readsWholeNumbersOnly) {
+    EXPECT_EQ(parseInteger("9223372036854775807"), INT64_MAX);
+    EXPECT_EQ(parseInteger("+5"), 5);
+    for (const char* text : {"", "9223372036854775808", "5 ", "5.0", "+-5", "-", "0x5", "\u0665"})
+        EXPECT_EQ(parseInteger(text), std::nullopt) << text;
+
+    EXPECT_EQ(parseDouble("+.5"), 0.5);
+    EXPECT_EQ(parseDouble("-1.7976931348623157e308"), -1.7976931348623157e308);
+    for (const char* text : {"", "null", "inf", "nan", "1e999", "5px", "1,5", "+-1"})
+        EXPECT_EQ(parseDouble(text), std::nullopt) << text;
+}
+
+TEST(Text, acceptsOnlyUTF8AndDropsTheByteOrderMark) {
+    EXPECT_EQ(textFromUTF8("\xEF\xBB\xBF\xC3\xA9"), "\u00E9");
+    EXPECT_EQ(textFromUTF8("\xFF\xFE"
+                           "a"),
+              std::nullopt);
+    EXPECT_EQ(textFromUTF8("\xED\xA0\x80"), std::nullopt); // half of a surrogate pair
+    EXPECT_EQ(textFromUTF8("\xC3"), std::nullopt);
+    EXPECT_EQ(textFromUTF8(""), "");
+}
+
+} // namespace tessaril
