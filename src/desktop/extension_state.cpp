@@ -13,9 +13,7 @@ namespace tessaril {
 
 ExtensionState::ExtensionState(const FileSystem& fileSystem, const std::filesystem::path& container,
                                std::filesystem::path explanation)
-    : files(fileSystem)
-    , stateFile(container / "extension-state")
-    , page(std::move(explanation)) {}
+    : files(fileSystem), stateFile(container / "extension-state"), page(std::move(explanation)) {}
 
 std::optional<bool> ExtensionState::isEnabled() const {
     const std::optional<std::string> state = files.read(stateFile);

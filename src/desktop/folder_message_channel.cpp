@@ -1,14 +1,14 @@
 #include "desktop/folder_message_channel.h"
 
-#include <cerrno>
 #include <sys/stat.h>
+
+#include <cerrno>
 
 namespace tessaril {
 
 FolderMessageChannel::FolderMessageChannel(FileSystem& fileSystem,
                                            const std::filesystem::path& container)
-    : files(fileSystem)
-    , folder(container / "wormhole") {}
+    : files(fileSystem), folder(container / "wormhole") {}
 
 bool FolderMessageChannel::send(std::string_view identifier,
                                 std::span<const std::string_view> pieces) {
@@ -22,7 +22,8 @@ bool FolderMessageChannel::send(std::string_view identifier, StagedFile& payload
 }
 
 bool FolderMessageChannel::isReadyFor(std::string_view identifier) const {
-    if (identifier.empty() || identifier.front() == '.' || identifier.find('/') != identifier.npos) return false;
+    if (identifier.empty() || identifier.front() == '.' || identifier.find('/') != identifier.npos)
+        return false;
     return ::mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST;
 }
 

@@ -2,17 +2,18 @@
 
 #include "desktop/file_descriptor.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/uio.h>
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
-#include <fcntl.h>
 #include <new>
 #include <random>
 #include <string>
-#include <sys/stat.h>
-#include <sys/uio.h>
 #include <utility>
 #include <vector>
 
@@ -141,8 +142,7 @@ std::optional<fs::path> resolved(fs::path path) {
 class PosixStagedFile : public StagedFile {
 public:
     explicit PosixStagedFile(namedFile written)
-        : stagedPath(std::move(written.path))
-        , file(std::move(written.file)) {}
+        : stagedPath(std::move(written.path)), file(std::move(written.file)) {}
 
     ~PosixStagedFile() override {
         if (!stagedPath.empty()) ::unlink(stagedPath.c_str());
@@ -196,7 +196,7 @@ private:
 } // namespace
 
 bool PosixFileSystem::exists(const fs::path& path) const {
-    struct stat status{};
+    struct stat status {};
     if (::stat(path.c_str(), &status) == 0) return true;
     return errno != ENOENT && errno != ENOTDIR;
 }
@@ -204,7 +204,7 @@ bool PosixFileSystem::exists(const fs::path& path) const {
 std::optional<std::string> PosixFileSystem::read(const fs::path& path) const try {
     // Without O_NONBLOCK the opening of a pipe would wait for its writer.
     const FileDescriptor file = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
-    struct stat status{};
+    struct stat status {};
     if (!file.isOpen() || ::fstat(file.get(), &status) != 0) return std::nullopt;
     if (!S_ISREG(status.st_mode) || status.st_size > largestReadable) return std::nullopt;
 

@@ -27,7 +27,8 @@ QString withShortWords(const QString& text) {
     for (qsizetype start = 0, end = breaks.toNextBoundary(); end != -1;
          start = end, end = breaks.toNextBoundary()) {
         const QString word = text.mid(start, end - start);
-        shown += word.size() <= longest ? word : word.left(longest / 2) + u'…' + word.right(longest / 2);
+        shown +=
+            word.size() <= longest ? word : word.left(longest / 2) + u'…' + word.right(longest / 2);
     }
     return shown;
 }

@@ -4,9 +4,10 @@
 #include <QThread>
 #include <QTimer>
 
-#include <algorithm>
 #include <sys/resource.h>
 #include <unistd.h>
+
+#include <algorithm>
 #include <utility>
 
 namespace tessaril {
@@ -15,9 +16,12 @@ namespace {
 
 int niceness(taskPriority priority) {
     switch (priority) {
-    case taskPriority::userInitiated: return 0;
-    case taskPriority::utility: return 5;
-    case taskPriority::background: return 10;
+    case taskPriority::userInitiated:
+        return 0;
+    case taskPriority::utility:
+        return 5;
+    case taskPriority::background:
+        return 10;
     }
     return 0;
 }
@@ -45,7 +49,8 @@ void QtDispatcher::onMain(Task task) {
         mainTasks.push_back(std::move(task));
     }
     changed.notify_all();
-    QMetaObject::invokeMethod(&mainThread, [this] { runNextOnMain(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        &mainThread, [this] { runNextOnMain(); }, Qt::QueuedConnection);
 }
 
 void QtDispatcher::onMainAfter(std::chrono::milliseconds delay, Task task) {
@@ -102,9 +107,12 @@ bool QtDispatcher::runNextOnMain() {
 
 QThreadPool& QtDispatcher::pool(taskPriority priority) {
     switch (priority) {
-    case taskPriority::userInitiated: return userInitiated;
-    case taskPriority::utility: return utility;
-    case taskPriority::background: break;
+    case taskPriority::userInitiated:
+        return userInitiated;
+    case taskPriority::utility:
+        return utility;
+    case taskPriority::background:
+        break;
     }
     return background;
 }

@@ -3,8 +3,9 @@
 #include <QFile>
 #include <QStandardPaths>
 
-#include <cerrno>
 #include <sys/stat.h>
+
+#include <cerrno>
 
 namespace tessaril {
 
