@@ -7,7 +7,7 @@
 #include "store/style_store.h"
 
 #include <cstddef>
-#include <functional>
+#include <cstdint>
 #include <vector>
 
 namespace tessaril {
@@ -23,8 +23,8 @@ public:
     virtual void rowAppended() = 0;
     /// The row shows something else.
     virtual void rowChanged(std::size_t row) = 0;
-    /// Scroll to the last row and select it.
-    virtual void selectLastRow() = 0;
+    /// Scroll to the row and select it.
+    virtual void selectRow(std::size_t row) = 0;
 };
 
 /// The style list behind its window: the rows, kept in step with the live database by way of the
@@ -51,10 +51,9 @@ private:
     void refreshTable();
     void refreshTableAndScroll();
     void addLatestStyle();
-    void observe(std::string_view name, void (StyleList::*handler)());
+    void openStyle(std::int64_t id);
 
     StyleStore& store;
-    NotificationCenter& center;
     Dispatcher& dispatcher;
     Alerts& alerts;
     StyleListObserver* observer = nullptr;

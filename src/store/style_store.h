@@ -45,7 +45,7 @@ public:
     StyleStore(storeSurroundings surroundings, std::filesystem::path container);
 
     /// What a save with upload ends with while `UseiCloud` is on; runs on a background task.
-    void setUploadHandler(std::function<void()> upload);
+    void setUploadHandler(std::function<void()> handler);
 
     // Persistence
 
@@ -110,14 +110,26 @@ public:
     void replaceStyleKeepingSettings(std::int64_t id, styleContainer newStyle);
 
 private:
-    liveDatabase& live();
+    /// Calls `use` with the loaded live database, under its lock.
+    template <typename Use>
+    auto withDatabase(Use use) {
+        loadDatabase();
+        const std::lock_guard lock(mutex);
+        return use(database);
+    }
+
     void load();
+    void save(bool withUpload);
+    void reportSaveFailure();
+    bool writeSnapshot(const std::filesystem::path& file);
+    std::shared_ptr<const styleContainer> sharedStyle(std::int64_t id);
     bool changeStyle(std::int64_t id, const std::function<void(styleContainer&)>& change);
 
     storeSurroundings machine;
     std::filesystem::path container;
-    std::mutex mutex; ///< guards `database` from loading on
+    std::function<void()> upload;
     std::once_flag loaded;
+    std::mutex mutex; ///< guards `database`
     liveDatabase database;
     DocumentWriter writer;
     SaveQueue saves;

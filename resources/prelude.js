@@ -1,0 +1,58 @@
+// What the compilers expect of a browser and a bare script engine does not have. Evaluated before
+// each of them, in a context of its own.
+(function (global) {
+    "use strict";
+
+    const location = {
+        href: "style:///",
+        protocol: "style:",
+        host: "",
+        hostname: "",
+        port: "",
+        pathname: "/",
+        search: "",
+        hash: "",
+    };
+
+    // A page without any element: Less looks for its options and for style sheets to compile.
+    const document = {
+        location,
+        currentScript: null,
+        getElementById: () => null,
+        getElementsByTagName: () => [],
+    };
+
+    // Less loads imported files with this. There is no network here: every file is missing, and
+    // Less says so with the address and this reason. Whoever has files to give answers in send().
+    class XMLHttpRequest {
+        open(method, address) {
+            this.address = address;
+        }
+
+        setRequestHeader() {}
+
+        getResponseHeader() {
+            return null;
+        }
+
+        send() {
+            this.readyState = 4;
+            this.status = "styles compile without access to the network";
+            this.responseText = "";
+            // Less sets its handler only after this call.
+            Promise.resolve().then(() => this.onreadystatechange?.());
+        }
+    }
+
+    Object.assign(global, { window: global, self: global, location, document, XMLHttpRequest });
+
+    // Options that Less picks up when it loads. A style is a stranger's text: no script in it runs,
+    // neither inline nor as a plugin.
+    global.less = {
+        env: "production",
+        onReady: false, // there is no page whose style sheets wait
+        javascriptEnabled: false,
+        disablePluginRule: true,
+        logLevel: 0,
+    };
+})(globalThis);

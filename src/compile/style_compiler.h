@@ -1,0 +1,32 @@
+#pragma once
+
+#include "model/style_container.h"
+#include "platform/alerts.h"
+#include "platform/compiler_errors.h"
+#include "platform/resources.h"
+#include "platform/script_engine.h"
+
+namespace tessaril {
+
+/// Turns a style's code and variables into the CSS that the extension injects. Holds no state
+/// between calls; may be called from any thread.
+class StyleCompiler {
+public:
+    StyleCompiler(ScriptEngine& engine, const Resources& resources, Alerts& alerts,
+                  CompilerErrors& errors);
+
+    /// Recomputes the compiled output of `style` in place and blocks until it is done. Plain CSS
+    /// ("default", "uso" or no preprocessor) writes each section's `compiledcode` and clears
+    /// `compSections`; Less and Stylus replace `compSections`, or leave it as it is when they fail.
+    /// A style without `userVariables` or of another preprocessor stays as it is. Compiler errors
+    /// open windows of their own, shown later; a missing script is a line in the log.
+    void compileStyle(styleContainer& style);
+
+private:
+    ScriptEngine& engine;
+    const Resources& resources;
+    Alerts& alerts;
+    CompilerErrors& errors;
+};
+
+} // namespace tessaril

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "model/style_container.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Sections of a style's text: `@-moz-document` at-rules, each a header of match functions and a
+// brace block of CSS. The readers are lenient and textual: they know comments but neither strings
+// nor escapes of CSS, drop silently what they can't read, and take time linear in the text. All
+// text is UTF-8, in and out.
+namespace tessaril {
+
+/// `text` cut before every "@-moz-document" that stands outside block comments, each chunk trimmed.
+/// The first chunk is what stands before the first cut; one empty chunk for a blank text. Views
+/// into `text`.
+std::vector<std::string_view> splitAtMozDocument(std::string_view text);
+
+/// The section with the match rules of `header` ("@-moz-document domain("a"), url-prefix(b)", the
+/// last closing parenthesis may be missing) and `code`. Functions that can't be read are left out;
+/// with none readable the section has no rules, which makes it apply everywhere.
+styleSection parseSectionHeader(std::string_view header, std::string code);
+
+/// The sections of a whole CSS text in the order of the text: a section per block, and sections
+/// without rules for the code outside blocks. `preprocessor` is the style's own word; "less" and
+/// "stylus" in any case know line comments, "stylus" knows blocks without braces. Empty when there
+/// is nothing to read. Logs one line for each header without a readable rule.
+std::vector<styleSection> sectionsFromCSS(std::string_view css, std::string_view preprocessor);
+
+/// The style's sections as the one text that a compiler reads. Where a block has braces,
+/// `sectionsFromCSS` reads the same rules and code back.
+std::string joinSectionsForPreprocessor(const styleContainer& style);
+
+} // namespace tessaril

@@ -1,0 +1,200 @@
+#include "formats/user_css_reader.h"
+
+#include "formats/moz_document.h"
+#include "formats/variable_declaration.h"
+#include "model/text.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tessaril {
+
+namespace {
+
+constexpr std::string_view blockOpening = "/* ==UserStyle==";
+constexpr std::string_view blockClosing = "==/UserStyle== */";
+constexpr std::string_view nameWhenAbsent = "Style From User CSS";
+
+/// What the metadata block says; a key that it does not hold has no value.
+struct metadata {
+    std::optional<std::string> name;
+    std::optional<std::string> version;
+    std::optional<std::string> namespace_;
+    std::optional<std::string> description;
+    std::optional<std::string> author;
+    std::optional<std::string> homepageURL;
+    std::optional<std::string> supportURL;
+    std::optional<std::string> updateURL;
+    std::optional<std::string> license;
+    std::optional<std::string> preprocessor;
+    std::vector<userVariable> variables;
+};
+
+struct metadataKey {
+    std::string_view key;
+    std::optional<std::string> metadata::*value; ///< null: the key declares a variable
+};
+
+/// In the order in which a line is tested against them.
+constexpr std::array<metadataKey, 12> metadataKeys = {{
+    {"@name", &metadata::name},
+    {"@version", &metadata::version},
+    {"@namespace", &metadata::namespace_},
+    {"@description", &metadata::description},
+    {"@var", nullptr},
+    {"@advanced", nullptr},
+    {"@author", &metadata::author},
+    {"@homepageURL", &metadata::homepageURL},
+    {"@supportURL", &metadata::supportURL},
+    {"@updateURL", &metadata::updateURL},
+    {"@license", &metadata::license},
+    {"@preprocessor", &metadata::preprocessor},
+}};
+constexpr std::size_t longestKey = 13;
+
+/// The key that the trimmed `line` begins with, letter for letter.
+const metadataKey* keyOf(std::string_view line) {
+    for (const metadataKey& row : metadataKeys) {
+        if (!line.starts_with(row.key)) continue;
+        if (row.key == "@name" && contains(line, "@namespace")) continue;
+        return &row;
+    }
+    return nullptr;
+}
+
+/// Whether the trimmed `line` begins with a key in any case, which ends a value of several lines.
+bool isKeyLine(std::string_view line) {
+    if (!line.starts_with('@')) return false;
+    const std::string start = lowercasedASCII(line.substr(0, longestKey));
+    return std::ranges::any_of(metadataKeys, [&](const metadataKey& row) {
+        return start.starts_with(lowercasedASCII(row.key));
+    });
+}
+
+/// Reads the lines of a metadata block in order.
+class MetadataReader {
+public:
+    void readLine(std::string_view line) {
+        const std::string_view content = trimmed(line);
+        if (!isKeyLine(content)) {
+            continueValue(line);
+            return;
+        }
+        finishVariable();
+        descriptionContinues = false;
+        const metadataKey* const row = keyOf(content);
+        if (!row) return;
+
+        std::string value(trimmed(content.substr(row->key.size())));
+        if (!row->value) {
+            pendingVariable = std::move(value);
+            return;
+        }
+        result.*row->value = std::move(value);
+        descriptionContinues = row->value == &metadata::description;
+    }
+
+    metadata take() {
+        finishVariable();
+        return std::move(result);
+    }
+
+private:
+    metadata result;
+    bool descriptionContinues = false;
+    std::optional<std::string> pendingVariable;
+
+    void continueValue(std::string_view line) {
+        if (descriptionContinues)
+            result.description->append("\n").append(line);
+        else if (pendingVariable)
+            pendingVariable->append("\n").append(line);
+    }
+
+    void finishVariable() {
+        if (!pendingVariable) return;
+        std::optional<userVariable> variable = parseVariableDeclaration(*pendingVariable);
+        if (variable) result.variables.push_back(std::move(*variable));
+        pendingVariable.reset();
+    }
+};
+
+/// `block` runs from the opening through the closing marker, which ends its last line.
+metadata readMetadata(std::string_view block) {
+    std::string text(block);
+    std::ranges::replace(text, '\r', '\n');
+    std::vector<std::string_view> lines = split(text, "\n");
+    lines.pop_back(); // a line with the closing marker is not read
+
+    MetadataReader reader;
+    for (const std::string_view line : lines)
+        reader.readLine(line);
+    return reader.take();
+}
+
+struct styleText {
+    metadata properties;
+    std::string css;
+};
+
+/// Closing markers before the opening one leave a text without a block.
+styleText cutStyleText(std::string_view text) {
+    const std::size_t start = text.find(blockOpening);
+    const std::size_t end = text.find(blockClosing);
+    if (start == std::string_view::npos || end == std::string_view::npos || end < start)
+        return {{}, std::string(text)};
+
+    const std::size_t afterBlock = end + blockClosing.size();
+    std::string css(text.substr(0, start));
+    css.append(text.substr(afterBlock));
+    return {readMetadata(text.substr(start, afterBlock - start)), std::string(trimmed(css))};
+}
+
+/// The style without an identifier and not compiled.
+std::optional<styleContainer> readStyle(std::string_view text) {
+    auto [properties, css] = cutStyleText(text);
+    std::string preprocessor = properties.preprocessor.value_or("");
+    styleJSON styleData;
+    styleData.sections = sectionsFromCSS(css, preprocessor);
+    if (styleData.sections.empty()) return std::nullopt;
+
+    styleData.name = properties.name.value_or(std::string(nameWhenAbsent));
+    styleContainer style =
+        makeStyleContainer(std::move(styleData), sourceUserCSS, noUserstyleID, 0);
+    style.version = properties.version.value_or("");
+    style.namespace_ = properties.namespace_.value_or("");
+    style.description = properties.description.value_or("");
+    style.author = properties.author.value_or("");
+    style.homepageURL = properties.homepageURL.value_or("");
+    style.supportURL = properties.supportURL.value_or("");
+    style.license = properties.license.value_or("");
+    style.preprocessor = std::move(preprocessor);
+    style.updateURL = std::move(properties.updateURL);
+    style.userVariables = std::move(properties.variables);
+    return style;
+}
+
+/// The preprocessor's words count in lower case only here, whatever the compilation accepts.
+bool isCompiledOnReading(const styleContainer& style) {
+    return !style.userVariables->empty() || style.preprocessor == "stylus" ||
+           style.preprocessor == "less";
+}
+
+} // namespace
+
+std::optional<styleContainer> parseUserCSS(std::string_view text, const styleMaking& making) {
+    std::optional<styleContainer> style = readStyle(text);
+    if (!style) return std::nullopt;
+    style->uniqueID = making.generateUniqueID();
+    if (isCompiledOnReading(*style)) making.compileStyle(*style);
+    return style;
+}
+
+std::optional<styleContainer> parseCompiledCSS(std::string_view text) {
+    return readStyle(text);
+}
+
+} // namespace tessaril
