@@ -1,6 +1,8 @@
 #include "model/style_container.h"
 
+#include <array>
 #include <chrono>
+#include <ctime>
 
 namespace tessaril {
 
@@ -8,6 +10,15 @@ date now() {
     using namespace std::chrono;
     constexpr auto referenceDate = sys_days{year{2001} / January / 1};
     return duration<double>(system_clock::now() - referenceDate).count();
+}
+
+std::string utcTimestamp() {
+    const std::time_t seconds = std::time(nullptr);
+    std::tm utc{};
+    gmtime_r(&seconds, &utc);
+    std::array<char, 32> text{};
+    const std::size_t size = std::strftime(text.data(), text.size(), "%Y-%m-%dT%H%M%SZ", &utc);
+    return {text.data(), size};
 }
 
 bool equalWithoutCompiled(const styleJSON& a, const styleJSON& b) {

@@ -16,6 +16,9 @@ using date = double;
 
 date now();
 
+/// This moment in UTC to the second, as part of a file name: "2026-11-22T201500Z".
+std::string utcTimestamp();
+
 /// One block of code and the pages it applies to; with four empty lists, every page.
 struct styleSection {
     std::vector<std::string> urls;        ///< "URL is": exact addresses

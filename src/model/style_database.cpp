@@ -15,12 +15,18 @@ std::int64_t randomDraw() {
     return draw;
 }
 
-std::int64_t generateUniqueID(const styleDatabase& database) {
+std::int64_t generateUniqueID(const std::function<bool(std::int64_t)>& isTaken) {
     for (;;) {
         const std::int64_t id = randomDraw();
-        const auto carriesID = [id](const styleContainer& style) { return style.uniqueID == id; };
-        if (std::ranges::none_of(database.styles, carriesID)) return id;
+        if (!isTaken(id)) return id;
     }
+}
+
+std::int64_t generateUniqueID(const styleDatabase& database) {
+    return generateUniqueID([&](std::int64_t id) {
+        return std::ranges::find(database.styles, id, &styleContainer::uniqueID) !=
+               database.styles.end();
+    });
 }
 
 styleDatabase makeEmptyDatabase() {

@@ -3,6 +3,7 @@
 #include "model/style_container.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -23,6 +24,9 @@ struct styleDatabase {
 
 /// A uniformly random number, 0 to 4294967295, from the system's cryptographic source.
 std::int64_t randomDraw();
+
+/// A draw for which `isTaken` is false.
+std::int64_t generateUniqueID(const std::function<bool(std::int64_t)>& isTaken);
 
 /// A draw that no style in `database` carries as `uniqueID`.
 std::int64_t generateUniqueID(const styleDatabase& database);

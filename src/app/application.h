@@ -1,0 +1,82 @@
+#pragma once
+
+#include "app/extension_warning.h"
+#include "app/link_router.h"
+#include "app/opened_files.h"
+#include "compile/style_compiler.h"
+#include "events/notification_center.h"
+#include "import/file_import.h"
+#include "platform/browser_extension.h"
+#include "platform/external_applications.h"
+#include "preferences/preferences.h"
+#include "store/style_list.h"
+#include "store/style_store.h"
+
+#include <filesystem>
+#include <string_view>
+#include <vector>
+
+namespace tessaril {
+
+/// The machine, as the application reaches it. All outlive the application.
+struct applicationSurroundings {
+    FileSystem& files;
+    MessageChannel& channel;
+    Alerts& alerts;
+    Dispatcher& dispatcher;
+    PreferenceStore& standardPreferences;
+    PreferenceStore& sharedPreferences;
+    ScriptEngine& scripts;
+    Resources& resources;
+    CompilerErrors& compilerErrors;
+    BrowserExtension& extension;
+    ExternalApplications& externals;
+    std::filesystem::path container; ///< the shared container's directory, which exists
+    bool darkAppearance = false;     ///< whether the windows are dark at launch
+};
+
+/// The application: owns the store, the bus and the preferences, and routes what arrives from
+/// outside. Main thread only.
+class Application {
+public:
+    explicit Application(applicationSurroundings surroundings);
+
+    StyleStore& store() { return styleStore; }
+    StyleList& styleList() { return list; }
+    NotificationCenter& notificationCenter() { return center; }
+    FileImport& fileImport() { return importer; }
+
+    /// To be called once the style list is on the screen: runs the launch checks half a second
+    /// later.
+    void styleListShown();
+
+    /// Opens files by their extension; others are ignored. Asks before a database is merged.
+    void openFiles(const std::vector<std::filesystem::path>& files);
+
+    /// Routes a link of the application's scheme; what is not one is ignored.
+    void openLink(std::string_view link);
+
+    /// The Help menu.
+    void emailSupport();
+    void openWebsite();
+
+    /// Returns when everything asked for has been written; for quitting.
+    void finish();
+
+private:
+    void runLaunchChecks();
+
+    applicationSurroundings machine;
+    NotificationCenter center;
+    Preferences standard;
+    Preferences shared;
+    StyleCompiler compiler;
+    StyleStore styleStore;
+    StyleList list;
+    FileImport importer;
+    OpenedFiles openedFiles;
+    LinkRouter links;
+    ExtensionWarning extensionWarning;
+};
+
+} // namespace tessaril

@@ -1,0 +1,27 @@
+#include "app/extension_warning.h"
+
+#include "preferences/preference_keys.h"
+
+#include <utility>
+
+namespace tessaril {
+
+ExtensionWarning::ExtensionWarning(BrowserExtension& browserExtension,
+                                   Preferences& standardPreferences, Alerts& alertPresenter)
+    : extension(browserExtension), preferences(standardPreferences), alerts(alertPresenter) {}
+
+void ExtensionWarning::check() {
+    if (shown || !preferences.boolean(preferenceKeys::warnIfDisabled)) return;
+    if (extension.isEnabled().value_or(false)) return;
+    shown = true;
+    const alertAnswer answer =
+        alerts.ask({.title = "Extension Not Enabled",
+                    .text = "To use your custom styles, you'll need to enable the Tessaril "
+                            "extension in Safari's Preferences.",
+                    .buttons = {"Open Safari Preferences", "Later"},
+                    .offersSuppression = true});
+    if (answer.suppressed) preferences.set(preferenceKeys::warnIfDisabled, false);
+    if (answer.button == 0) extension.showPreferences();
+}
+
+} // namespace tessaril

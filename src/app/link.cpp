@@ -1,0 +1,72 @@
+#include "app/link.h"
+
+#include "model/text.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace tessaril {
+
+namespace {
+
+bool isLetter(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+bool isScheme(std::string_view text) {
+    const auto mayFollow = [](char c) {
+        return isLetter(c) || (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.';
+    };
+    return !text.empty() && isLetter(text.front()) && std::ranges::all_of(text, mayFollow);
+}
+
+bool isForbidden(char c) {
+    return static_cast<unsigned char>(c) <= ' ' || c == 0x7F;
+}
+
+std::optional<std::string> percentDecoded(std::string_view text) {
+    std::string result;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (text[at] != '%') {
+            result += text[at];
+            continue;
+        }
+        unsigned value = 0;
+        const std::string_view digits = text.substr(at + 1, 2);
+        const auto [end, error] =
+            std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
+        if (digits.size() < 2 || error != std::errc() || end != digits.data() + 2)
+            return std::nullopt;
+        result += static_cast<char>(value);
+        at += 2;
+    }
+    return result;
+}
+
+} // namespace
+
+std::optional<link> parseLink(std::string_view address) {
+    constexpr std::string_view separator = "://";
+    const std::size_t schemeEnd = address.find(separator);
+    if (schemeEnd == std::string_view::npos || !isScheme(address.substr(0, schemeEnd)))
+        return std::nullopt;
+    if (std::ranges::any_of(address, isForbidden)) return std::nullopt;
+
+    const std::string_view rest = address.substr(schemeEnd + separator.size());
+    const std::size_t authorityEnd = std::min(rest.find_first_of("/?#"), rest.size());
+    std::string_view host = rest.substr(0, authorityEnd);
+    if (const auto user = host.rfind('@'); user != std::string_view::npos)
+        host.remove_prefix(user + 1);
+    if (!host.starts_with('[')) host = host.substr(0, host.rfind(':'));
+
+    std::string_view path = rest.substr(authorityEnd);
+    path = path.substr(0, path.find_first_of("?#"));
+    auto decodedHost = percentDecoded(host);
+    auto decodedPath = percentDecoded(path);
+    if (!decodedHost || !decodedPath || !isValidUTF8(*decodedHost) || !isValidUTF8(*decodedPath))
+        return std::nullopt;
+    return link{lowercasedASCII(address.substr(0, schemeEnd)), lowercasedASCII(*decodedHost),
+                std::move(*decodedPath)};
+}
+
+} // namespace tessaril

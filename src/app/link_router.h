@@ -1,0 +1,22 @@
+#pragma once
+
+#include "events/notification_center.h"
+
+#include <string_view>
+
+namespace tessaril {
+
+/// Sends links of the application's own scheme where their host says. Main thread only.
+class LinkRouter {
+public:
+    explicit LinkRouter(NotificationCenter& center);
+
+    /// - `openstyle`: posts `openStyleNotif` for every number in the path.
+    /// A text that is not an address is ignored; an unknown host is logged.
+    void route(std::string_view address);
+
+private:
+    NotificationCenter& center;
+};
+
+} // namespace tessaril

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "events/notification_center.h"
+#include "import/file_import.h"
+#include "platform/alerts.h"
+#include "platform/dispatcher.h"
+#include "store/style_store.h"
+
+#include <filesystem>
+#include <vector>
+
+namespace tessaril {
+
+/// Files that the system hands over, by their extension: a database is merged after a question, a
+/// style file is imported, any other is ignored. Main thread only.
+class OpenedFiles {
+public:
+    OpenedFiles(StyleStore& store, FileImport& importer, NotificationCenter& center,
+                Dispatcher& dispatcher, Alerts& alerts);
+
+    void open(const std::vector<std::filesystem::path>& files);
+
+private:
+    void openDatabase(const std::filesystem::path& file);
+
+    StyleStore& store;
+    FileImport& importer;
+    NotificationCenter& center;
+    Dispatcher& dispatcher;
+    Alerts& alerts;
+};
+
+} // namespace tessaril

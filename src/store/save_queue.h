@@ -1,0 +1,34 @@
+#pragma once
+
+#include "platform/dispatcher.h"
+
+#include <functional>
+#include <mutex>
+
+namespace tessaril {
+
+/// Runs saves one after another in the background. A save asked for while one waits is folded into
+/// the waiting one; one asked for while one runs follows it, so that the last state is always
+/// saved.
+class SaveQueue {
+public:
+    /// - save: does one save; its argument says whether any of the folded requests wants the upload
+    SaveQueue(Dispatcher& dispatcher, std::function<void(bool upload)> save);
+
+    void request(bool upload);
+
+    /// Waits for the running save and runs the waiting one on the calling thread.
+    void finish();
+
+private:
+    void runWaiting();
+
+    Dispatcher& dispatcher;
+    std::function<void(bool)> save;
+    std::mutex running; ///< held while a save runs
+    std::mutex mutex;   ///< guards what follows
+    bool waiting = false;
+    bool waitingUpload = false;
+};
+
+} // namespace tessaril

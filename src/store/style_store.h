@@ -1,0 +1,138 @@
+#pragma once
+
+#include "events/notification_center.h"
+#include "model/style_database.h"
+#include "platform/alerts.h"
+#include "platform/dispatcher.h"
+#include "platform/file_system.h"
+#include "platform/message_channel.h"
+#include "preferences/preferences.h"
+#include "store/document_writer.h"
+#include "store/live_database.h"
+#include "store/save_queue.h"
+#include "store/style_object.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+namespace tessaril {
+
+/// The directory's name under which application and extension share their files.
+inline constexpr std::string_view applicationGroup = "7RX2KD84QM.group.com.tessaril.shared";
+
+/// What the store reaches the machine and its neighbours through. All outlive the store.
+struct storeSurroundings {
+    FileSystem& files;
+    MessageChannel& channel;
+    Alerts& alerts;
+    Dispatcher& dispatcher;
+    NotificationCenter& center;
+    Preferences& preferences;
+    /// Recomputes a style's compiled output in place.
+    std::function<void(styleContainer&)> compileStyle;
+};
+
+/// The one live database of the process, loaded from the shared container at the first access and
+/// written back after every change. Safe to use from any thread; a failure is logged and shown as
+/// an alert, never returned.
+class StyleStore {
+public:
+    /// - container: the shared container's directory, which must exist
+    StyleStore(storeSurroundings surroundings, std::filesystem::path container);
+
+    /// What a save with upload ends with while `UseiCloud` is on; runs on a background task.
+    void setUploadHandler(std::function<void()> handler);
+
+    // Persistence
+
+    /// Loads the live database; at the first access only, as any other member does.
+    void loadDatabase();
+
+    /// Stamps the live database, then encodes, sends, writes and uploads it in the background.
+    void saveDatabase();
+
+    /// The same without stamp and upload: for a database that came from the cloud.
+    void saveDatabaseWithoutUpload();
+
+    /// Returns when every save asked for so far has been written; for quitting.
+    void finishSaves();
+
+    /// Writes the live database to `file` in the background.
+    void exportDatabase(const std::filesystem::path& file);
+
+    /// Writes `styledb-pre-icloud.sdb` in the background unless it exists.
+    void writePreCloudBackup();
+
+    /// Merges the styles of a database file into the live database and saves. Reads the file on
+    /// the calling thread.
+    void importDatabase(const std::filesystem::path& file);
+
+    /// Replaces the live database by an empty one and saves.
+    void resetDatabase();
+
+    // Queries
+
+    /// The live database as it stands: a copy of pointers, never changed later.
+    liveDatabase snapshot();
+
+    std::optional<styleContainer> styleWithID(std::int64_t id);
+    std::optional<std::size_t> indexOfStyle(std::int64_t id);
+    std::vector<styleObject> styleRows();
+    std::size_t countNonCustomStyles();
+    bool mostStylesEnabled();
+    bool isDuplicateStyle(const styleContainer& style);
+    bool isUserCSSInstalled(const styleContainer& style);
+    std::int64_t generateUniqueID();
+
+    // Changes. Those that address a style by identifier do nothing when no style carries it.
+
+    /// Appends a style. No save; the caller saves.
+    void appendStyle(styleContainer style);
+
+    /// Sets whether the style is enabled, and saves.
+    void setEnabled(std::int64_t id, bool enabled);
+
+    /// Takes over the properties of `from` that the properties window sets, compiles and saves.
+    void applyStyleProperties(std::int64_t id, const styleContainer& from);
+
+    /// Takes over the code and metadata of `from`, compiles, saves, posts `updateFavicons`.
+    void applyEditorChanges(std::int64_t id, const styleContainer& from);
+
+    /// Replaces the style's data. No save; the caller saves.
+    void setStyleData(std::int64_t id, styleJSON data);
+
+    /// Replaces the style by `newStyle`, which keeps what the user set on the stored one: enabled
+    /// flag, frames, exclusions, appearance. No save; the caller saves.
+    void replaceStyleKeepingSettings(std::int64_t id, styleContainer newStyle);
+
+private:
+    /// Calls `use` with the loaded live database, under its lock.
+    template <typename Use>
+    auto withDatabase(Use use) {
+        loadDatabase();
+        const std::lock_guard lock(mutex);
+        return use(database);
+    }
+
+    void load();
+    void save(bool withUpload);
+    void reportSaveFailure();
+    bool writeSnapshot(const std::filesystem::path& file);
+    std::shared_ptr<const styleContainer> sharedStyle(std::int64_t id);
+    bool changeStyle(std::int64_t id, const std::function<void(styleContainer&)>& change);
+
+    storeSurroundings machine;
+    std::filesystem::path container;
+    std::function<void()> upload;
+    std::once_flag loaded;
+    std::mutex mutex; ///< guards `database`
+    liveDatabase database;
+    DocumentWriter writer;
+    SaveQueue saves;
+};
+
+} // namespace tessaril

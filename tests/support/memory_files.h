@@ -1,0 +1,121 @@
+#pragma once
+
+#include "platform/file_system.h"
+#include "platform/message_channel.h"
+#include "platform/preference_store.h"
+
+#include <map>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace tessaril::testing {
+
+/// Files in memory that fail where the test says so, and a journal of what became visible when.
+class MemoryFiles : public FileSystem {
+public:
+    bool exists(const std::filesystem::path& path) const override {
+        const std::lock_guard lock(mutex);
+        return contents.contains(path) || unreadable.contains(path);
+    }
+
+    std::optional<std::string> read(const std::filesystem::path& path) const override {
+        const std::lock_guard lock(mutex);
+        const auto found = contents.find(path);
+        if (unreadable.contains(path) || found == contents.end()) return std::nullopt;
+        return found->second;
+    }
+
+    std::unique_ptr<StagedFile> stage(const std::filesystem::path&,
+                                      std::span<const std::string_view> pieces) override {
+        const std::lock_guard lock(mutex);
+        if (full) return nullptr;
+        ++filesWritten;
+        return std::make_unique<Staged>(*this, joined(pieces));
+    }
+
+    bool keep(const std::filesystem::path& path, const std::filesystem::path& keptPath) override {
+        const std::lock_guard lock(mutex);
+        if (full || contents.contains(keptPath)) return false;
+        contents[keptPath] = contents[path];
+        journal.push_back("kept " + keptPath.filename().string());
+        return true;
+    }
+
+    static std::string joined(std::span<const std::string_view> pieces) {
+        std::string bytes;
+        for (const std::string_view piece : pieces)
+            bytes += piece;
+        return bytes;
+    }
+
+    std::map<std::filesystem::path, std::string> contents;
+    std::set<std::filesystem::path> unreadable; ///< exist, but reading them fails
+    std::set<std::filesystem::path> readOnly;   ///< cannot be replaced
+    bool full = false;                          ///< nothing can be written
+    int filesWritten = 0;
+    std::vector<std::string> journal;
+    mutable std::mutex mutex;
+
+private:
+    class Staged : public StagedFile {
+    public:
+        Staged(MemoryFiles& owner, std::string content) : files(owner), bytes(std::move(content)) {}
+
+        bool publishAs(const std::filesystem::path& path) override {
+            const std::lock_guard lock(files.mutex);
+            if (files.readOnly.contains(path)) return false;
+            files.contents[path] = bytes;
+            files.journal.push_back("wrote " + path.filename().string());
+            return true;
+        }
+
+    private:
+        MemoryFiles& files;
+        std::string bytes;
+    };
+};
+
+/// A channel whose messages are files of a folder, as on the machine.
+class MemoryChannel : public MessageChannel {
+public:
+    explicit MemoryChannel(MemoryFiles& ownFiles) : files(ownFiles) {}
+
+    bool send(std::string_view identifier, std::span<const std::string_view> pieces) override {
+        const std::lock_guard lock(files.mutex);
+        files.contents[pathOf(identifier)] = MemoryFiles::joined(pieces);
+        files.journal.push_back("sent " + std::string(identifier));
+        return true;
+    }
+
+    bool send(std::string_view identifier, StagedFile& payload) override {
+        return payload.publishAs(pathOf(identifier));
+    }
+
+    static std::filesystem::path pathOf(std::string_view identifier) {
+        return std::filesystem::path("wormhole") / identifier;
+    }
+
+private:
+    MemoryFiles& files;
+};
+
+/// Stored preferences in memory.
+class MemoryPreferences : public PreferenceStore {
+public:
+    std::optional<preferenceValue> value(std::string_view key,
+                                         const preferenceValue& like) const override {
+        const auto found = values.find(key);
+        if (found == values.end() || found->second.index() != like.index()) return std::nullopt;
+        return found->second;
+    }
+
+    void setValue(std::string_view key, const preferenceValue& value) override {
+        values.insert_or_assign(std::string(key), value);
+    }
+
+    std::map<std::string, preferenceValue, std::less<>> values;
+};
+
+} // namespace tessaril::testing
