@@ -1,0 +1,265 @@
+#include "desktop/posix_file_system.h"
+
+#include "desktop/file_descriptor.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/uio.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <new>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tessaril {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t sparePadding = 64;
+constexpr off_t largestReadable = off_t{4} << 30;
+
+// Temporary names are hidden and unlike anything a person would choose.
+constexpr std::string_view stagedPrefix = ".tessaril-";
+constexpr std::string_view stagedSuffix = ".staged";
+constexpr std::size_t stagedDigits = 16;
+
+std::string drawStagedName() {
+    static thread_local std::random_device device;
+    std::array<char, stagedDigits + 1> digits{};
+    std::snprintf(digits.data(), digits.size(), "%08x%08x", device(), device());
+    return std::string(stagedPrefix) + digits.data() + std::string(stagedSuffix);
+}
+
+bool isStagedName(std::string_view name) {
+    if (name.size() != stagedPrefix.size() + stagedDigits + stagedSuffix.size()) return false;
+    if (!name.starts_with(stagedPrefix) || !name.ends_with(stagedSuffix)) return false;
+    const std::string_view digits = name.substr(stagedPrefix.size(), stagedDigits);
+    return digits.find_first_not_of("0123456789abcdef") == std::string_view::npos;
+}
+
+fs::path folderOf(const fs::path& path) {
+    return path.has_parent_path() ? path.parent_path() : fs::path(".");
+}
+
+/// Repeats a call that a signal interrupted.
+template <typename Call>
+auto uninterrupted(Call call) {
+    auto result = call();
+    while (result < 0 && errno == EINTR)
+        result = call();
+    return result;
+}
+
+FileDescriptor open(const fs::path& path, int flags, mode_t mode = 0) {
+    return FileDescriptor(
+        uninterrupted([&] { return ::open(path.c_str(), flags | O_CLOEXEC, mode); }));
+}
+
+/// A new file and its name.
+struct namedFile {
+    fs::path path;
+    FileDescriptor file;
+};
+
+/// A new, empty temporary file in `folder`; closed when none could be made.
+namedFile createStaged(const fs::path& folder) {
+    for (;;) {
+        namedFile made{folder / drawStagedName(), {}};
+        made.file = open(made.path, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
+        if (made.file.isOpen() || errno != EEXIST) return made;
+    }
+}
+
+bool writeAll(int file, std::span<const std::string_view> pieces) {
+    std::vector<iovec> parts;
+    parts.reserve(pieces.size());
+    for (const std::string_view piece : pieces)
+        if (!piece.empty()) parts.push_back({const_cast<char*>(piece.data()), piece.size()});
+
+    std::span<iovec> left(parts);
+    while (!left.empty()) {
+        const int count = static_cast<int>(std::min<std::size_t>(left.size(), IOV_MAX));
+        const ssize_t result = uninterrupted([&] { return ::writev(file, left.data(), count); });
+        if (result <= 0) return false;
+        auto written = static_cast<std::size_t>(result);
+        while (!left.empty() && written >= left.front().iov_len) {
+            written -= left.front().iov_len;
+            left = left.subspan(1);
+        }
+        if (written > 0) {
+            left.front().iov_base = static_cast<char*>(left.front().iov_base) + written;
+            left.front().iov_len -= written;
+        }
+    }
+    return true;
+}
+
+bool copyAll(int from, int to) {
+    std::vector<char> buffer(1 << 20);
+    for (off_t at = 0;;) {
+        const ssize_t count =
+            uninterrupted([&] { return ::pread(from, buffer.data(), buffer.size(), at); });
+        if (count < 0) return false;
+        if (count == 0) return true;
+        const std::string_view piece(buffer.data(), static_cast<std::size_t>(count));
+        if (!writeAll(to, std::span(&piece, 1))) return false;
+        at += count;
+    }
+}
+
+bool syncData(int file) {
+    return uninterrupted([&] { return ::fdatasync(file); }) == 0;
+}
+
+/// Makes the names in `folder` durable.
+bool syncFolder(const fs::path& folder) {
+    const FileDescriptor opened = open(folder, O_RDONLY | O_DIRECTORY);
+    if (!opened.isOpen()) return false;
+    if (uninterrupted([&] { return ::fsync(opened.get()); }) == 0) return true;
+    return errno == EINVAL; // a file system that knows no syncing of folders
+}
+
+/// Where a write to `path` ends: the other end of symbolic links. Nothing for a circle of links.
+std::optional<fs::path> resolved(fs::path path) {
+    constexpr int mostLinks = 40; // as many as the kernel follows
+    for (int followed = 0; followed < mostLinks; ++followed) {
+        std::error_code error;
+        const fs::path target = fs::read_symlink(path, error);
+        if (error) return path;
+        path = folderOf(path) / target;
+    }
+    return std::nullopt;
+}
+
+class PosixStagedFile : public StagedFile {
+public:
+    explicit PosixStagedFile(namedFile written)
+        : stagedPath(std::move(written.path)), file(std::move(written.file)) {}
+
+    ~PosixStagedFile() override {
+        if (!stagedPath.empty()) ::unlink(stagedPath.c_str());
+    }
+
+    bool publishAs(const fs::path& path) override {
+        const std::optional<fs::path> target = resolved(path);
+        if (!target) return false;
+        const fs::path folder = folderOf(*target);
+        return (publishLink(folder, *target) || publishOwnName(*target) ||
+                publishCopy(folder, *target)) &&
+               syncFolder(folder);
+    }
+
+private:
+    /// A second name for the same content, moved over the target.
+    bool publishLink(const fs::path& folder, const fs::path& target) const {
+        if (stagedPath.empty()) return false;
+        fs::path second;
+        do
+            second = folder / drawStagedName();
+        while (::link(stagedPath.c_str(), second.c_str()) != 0 && errno == EEXIST);
+        const bool moved = ::rename(second.c_str(), target.c_str()) == 0;
+        // Also after success: two names of one file are left as they are.
+        ::unlink(second.c_str());
+        return moved;
+    }
+
+    /// For file systems without second names: the only name goes to the first target.
+    bool publishOwnName(const fs::path& target) {
+        if (stagedPath.empty() || ::rename(stagedPath.c_str(), target.c_str()) != 0) return false;
+        stagedPath.clear();
+        return true;
+    }
+
+    /// For another file system, and for further targets where there are no second names.
+    bool publishCopy(const fs::path& folder, const fs::path& target) const {
+        const namedFile copy = createStaged(folder);
+        if (!copy.file.isOpen()) return false;
+        if (copyAll(file.get(), copy.file.get()) && syncData(copy.file.get()) &&
+            ::rename(copy.path.c_str(), target.c_str()) == 0)
+            return true;
+        ::unlink(copy.path.c_str());
+        return false;
+    }
+
+    fs::path stagedPath; ///< empty once the name has moved to a target
+    FileDescriptor file;
+};
+
+} // namespace
+
+bool PosixFileSystem::exists(const fs::path& path) const {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) == 0) return true;
+    return errno != ENOENT && errno != ENOTDIR;
+}
+
+std::optional<std::string> PosixFileSystem::read(const fs::path& path) const try {
+    // Without O_NONBLOCK the opening of a pipe would wait for its writer.
+    const FileDescriptor file = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
+    struct stat status {};
+    if (!file.isOpen() || ::fstat(file.get(), &status) != 0) return std::nullopt;
+    if (!S_ISREG(status.st_mode) || status.st_size > largestReadable) return std::nullopt;
+
+    // One byte more than the file has, so that its end is seen without growing the text.
+    constexpr std::size_t growth = 1 << 16;
+    const auto expected = static_cast<std::size_t>(status.st_size);
+    std::string bytes;
+    bytes.reserve(expected + 1 + sparePadding);
+    bytes.resize(expected + 1);
+    std::size_t filled = 0;
+    for (;;) {
+        if (filled == bytes.size()) bytes.resize(filled + growth);
+        const ssize_t count = uninterrupted(
+            [&] { return ::read(file.get(), bytes.data() + filled, bytes.size() - filled); });
+        if (count < 0) return std::nullopt;
+        if (count == 0) break;
+        filled += static_cast<std::size_t>(count);
+        if (filled > static_cast<std::size_t>(largestReadable)) return std::nullopt;
+    }
+    bytes.resize(filled);
+    bytes.reserve(filled + sparePadding);
+    return bytes;
+} catch (const std::bad_alloc&) {
+    return std::nullopt;
+}
+
+std::unique_ptr<StagedFile> PosixFileSystem::stage(const fs::path& folder,
+                                                   std::span<const std::string_view> pieces) {
+    namedFile made = createStaged(folder.empty() ? fs::path(".") : folder);
+    if (!made.file.isOpen()) return nullptr;
+    const int file = made.file.get();
+    auto staged = std::make_unique<PosixStagedFile>(std::move(made));
+    if (!writeAll(file, pieces) || !syncData(file)) return nullptr;
+    return staged;
+}
+
+bool PosixFileSystem::keep(const fs::path& path, const fs::path& keptPath) {
+    // The content is kept, not a symbolic link to what is about to be replaced.
+    if (::linkat(AT_FDCWD, path.c_str(), AT_FDCWD, keptPath.c_str(), AT_SYMLINK_FOLLOW) == 0)
+        return syncFolder(folderOf(keptPath));
+    if (errno == EEXIST || errno == ENOENT) return false;
+    if (::renameat2(AT_FDCWD, path.c_str(), AT_FDCWD, keptPath.c_str(), RENAME_NOREPLACE) == 0)
+        return syncFolder(folderOf(keptPath));
+    if (errno != EINVAL && errno != ENOSYS) return false;
+    if (exists(keptPath) || ::rename(path.c_str(), keptPath.c_str()) != 0) return false;
+    return syncFolder(folderOf(keptPath));
+}
+
+void removeStaleStagedFiles(const fs::path& folder) {
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        if (isStagedName(entry->path().filename().native()))
+            ::unlink(entry->path().c_str()); // never a folder: unlink refuses those
+    }
+}
+
+} // namespace tessaril

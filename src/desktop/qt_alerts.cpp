@@ -1,0 +1,127 @@
+#include "desktop/qt_alerts.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QCheckBox>
+#include <QEventLoop>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTextBoundaryFinder>
+
+#include <memory>
+#include <utility>
+
+namespace tessaril {
+
+namespace {
+
+constexpr const char* suppressionText = "Do not show this message again";
+
+/// A message box does not break a word, however long: without this a style's endless name would
+/// push the buttons off the screen.
+QString withShortWords(const QString& text) {
+    constexpr qsizetype longest = 100;
+    QString shown;
+    QTextBoundaryFinder breaks(QTextBoundaryFinder::Line, text);
+    for (qsizetype start = 0, end = breaks.toNextBoundary(); end != -1;
+         start = end, end = breaks.toNextBoundary()) {
+        const QString word = text.mid(start, end - start);
+        shown +=
+            word.size() <= longest ? word : word.left(longest / 2) + u'…' + word.right(longest / 2);
+    }
+    return shown;
+}
+
+QString shownText(std::string_view text) {
+    constexpr qsizetype longest = 2000;
+    const QString whole =
+        withShortWords(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
+    return whole.size() <= longest ? whole : whole.left(longest) + u'…';
+}
+
+/// A box with its texts and no buttons yet.
+std::unique_ptr<QMessageBox> makeBox(QMessageBox::Icon icon, std::string_view title,
+                                     std::string_view text) {
+    auto box = std::make_unique<QMessageBox>(QApplication::activeWindow());
+    box->setWindowModality(Qt::ApplicationModal);
+    box->setWindowTitle(QApplication::applicationDisplayName());
+    box->setIcon(icon);
+    box->setTextFormat(Qt::PlainText);
+    box->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    box->setText(shownText(title));
+    box->setInformativeText(shownText(text));
+    // The box itself applies the format to its title only.
+    for (QLabel* label : box->findChildren<QLabel*>())
+        label->setTextFormat(Qt::PlainText);
+    return box;
+}
+
+QMessageBox::ButtonRole roleOf(int button, const alertQuestion& question) {
+    if (question.destructiveButton == button) return QMessageBox::DestructiveRole;
+    if (button == 0) return QMessageBox::AcceptRole;
+    return QMessageBox::RejectRole;
+}
+
+} // namespace
+
+QtAlerts::QtAlerts(Dispatcher& mainQueue) : dispatcher(mainQueue) {}
+
+void QtAlerts::showAlert(std::string_view title, std::string_view text) {
+    dispatcher.onMain([this, next = message{std::string(title), std::string(text)}] {
+        waiting.push_back(next);
+        if (!isShowing) showNext();
+    });
+}
+
+void QtAlerts::showNext() {
+    isShowing = !waiting.empty();
+    if (!isShowing) return;
+    const message next = std::move(waiting.front());
+    waiting.pop_front();
+
+    QMessageBox* box = makeBox(QMessageBox::Warning, next.title, next.text).release();
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->addButton(QMessageBox::Ok);
+    // Destroyed rather than finished: the box also goes when the window below it is closed.
+    QObject::connect(box, &QObject::destroyed, qApp, [this] { showNext(); });
+    box->show();
+}
+
+alertAnswer QtAlerts::ask(const alertQuestion& question) {
+    const auto box = makeBox(question.style == alertStyle::critical ? QMessageBox::Critical
+                                                                    : QMessageBox::Warning,
+                             question.title, question.text);
+    std::vector<QPushButton*> buttons;
+    for (const std::string& title : question.buttons)
+        buttons.push_back(box->addButton(QString::fromStdString(title),
+                                         roleOf(static_cast<int>(buttons.size()), question)));
+    const int last = static_cast<int>(buttons.size()) - 1;
+    // Closing an alert must never destroy anything.
+    const int closing = question.destructiveButton == last ? 0 : last;
+    box->setDefaultButton(buttons.front());
+    box->setEscapeButton(buttons[closing]);
+    if (question.offersSuppression) box->setCheckBox(new QCheckBox(suppressionText));
+
+    // An alert that arrives meanwhile waits for its turn.
+    const bool wasShowing = std::exchange(isShowing, true);
+    box->exec();
+    isShowing = wasShowing;
+    if (!isShowing) showNext();
+
+    alertAnswer answer{closing, box->checkBox() && box->checkBox()->isChecked()};
+    for (std::size_t button = 0; button < buttons.size(); ++button)
+        if (box->clickedButton() == buttons[button]) answer.button = static_cast<int>(button);
+    return answer;
+}
+
+void QtAlerts::beep() {
+    QApplication::beep();
+}
+
+void QtAlerts::finish() {
+    while (isShowing)
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+} // namespace tessaril

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/alerts.h"
+#include "platform/dispatcher.h"
+
+#include <deque>
+#include <string>
+
+namespace tessaril {
+
+/// Alerts as message boxes. To be made on the main thread.
+///
+/// Titles and texts are shown as they are, whatever markup a style's name holds, and can be
+/// selected and copied. Single-button alerts are shown one after another.
+class QtAlerts : public Alerts {
+public:
+    /// `dispatcher` must live longer, and must have no task of showAlert left when this goes.
+    explicit QtAlerts(Dispatcher& dispatcher);
+
+    void showAlert(std::string_view title, std::string_view text) override;
+
+    /// Escape, like closing, picks the last button; where that one is destructive, the first.
+    alertAnswer ask(const alertQuestion& question) override;
+
+    void beep() override;
+
+    /// Waits until the user has closed every alert. For quitting: the last save may have failed.
+    void finish();
+
+private:
+    struct message {
+        std::string title;
+        std::string text;
+    };
+
+    void showNext();
+
+    Dispatcher& dispatcher;
+    std::deque<message> waiting; ///< main thread only, like all below
+    bool isShowing = false;
+};
+
+} // namespace tessaril

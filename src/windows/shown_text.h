@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+
+#include <string_view>
+
+namespace tessaril {
+
+/// UTF-8 text for a widget.
+inline QString qtText(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+/// `text` as one line for a row or a title: breaks and other control characters become blanks, and
+/// no more than `most` characters are taken, which is far more than a line shows.
+QString oneLine(std::string_view text, qsizetype most = 300);
+
+/// `text` for QWidget::setWindowTitle, which would take "[*]" as its place for a change mark.
+QString windowTitleText(std::string_view text);
+
+} // namespace tessaril
