@@ -110,6 +110,20 @@ std::size_t closingBrace(std::string_view chunk, std::size_t start, bool hasLine
     }
 }
 
+/// `text` without one tab at the start of every line but the first.
+std::string withoutIndentation(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    std::size_t done = 0;
+    for (std::size_t tab = text.find('\n') + 1; tab > 0 && tab < text.size();
+         tab = text.find('\n', tab) + 1) {
+        if (text[tab] != '\t') continue;
+        result.append(text, done, tab - done);
+        done = tab + 1;
+    }
+    return result.append(text, done);
+}
+
 /// The code of a block without the indentation that writing it as a block gave it.
 std::string blockCode(std::string_view body, std::string_view preprocessor) {
     std::string normalised;
@@ -123,7 +137,7 @@ std::string blockCode(std::string_view body, std::string_view preprocessor) {
         std::ranges::replace(normalised, '\r', '\n');
         body = normalised;
     }
-    return replacingAll(body, "\n\t", "\n");
+    return withoutIndentation(body);
 }
 
 bool isSingleComment(std::string_view text) {
