@@ -119,7 +119,9 @@ TEST(MozDocument, knowsLineCommentsAndIndentedBlocksByPreprocessor) {
 
 TEST(MozDocument, givesWhatStandsBetweenBlocksItsPlace) {
     expectReadings({
-        {block + "b} /* c */ " + block + "d}", {"d:a |b", "d:a |/* c */\n\nd"}, ""},
+        {block + "b} /* c */ " + block + "d}" + block + "e}",
+         {"d:a |b", "d:a |/* c */\n\nd", "d:a |e"},
+         ""},
         {block + "b}\n// c\r" + block + "d}", {"d:a |b", "d:a |// c\n\nd"}, ""},
         {block + "b} // c\rd", {"d:a |b", "|// c\nd"}, ""},
         {block + "b}/*c*//*d*/" + block + "e}", {"d:a |b", "|/*c*//*d*/", "d:a |e"}, ""},

@@ -95,8 +95,8 @@ TEST(VariableDeclaration, readsBounds) {
 
 TEST(VariableDeclaration, readsSelectOptions) {
     expectReadings({
-        {R"(select a "A"{"x": "1", 'y*:Why': '2', `z:Zed:q`: `3, "4", it's\/`})",
-         R"(select|a|A|1(x|x|1)(y*|Why|2)(z|Zed|3, "4", it's/))"},
+        {R"(select a "A"{"x": "1", 'y*:Why': '2', `z:Zed:q`: `3, "4, 5", it's\/`})",
+         R"(select|a|A|1(x|x|1)(y*|Why|2)(z|Zed|3, "4, 5", it's/))"},
         {R"(select a A {"x\",y": "1", "z:Z*":2,"w":})",
          R"(select|a|A|0(x\",y|x\",y|1)(z|Z*|2)(w|w|))"},
         {R"(select a A {"b": "c":d"})", R"(select|a|A|0(b|b|c":d))"},
