@@ -38,8 +38,10 @@ public:
             queue->closed = true;
         }
         queue->wake.notify_one();
-        if (!stuck) return thread.join();
-
+        if (!stuck) {
+            thread.join();
+            return;
+        }
         const sched_param none{};
         pthread_setschedparam(thread.native_handle(), SCHED_IDLE, &none);
         thread.detach();
