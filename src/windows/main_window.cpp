@@ -110,7 +110,7 @@ void MainWindow::makeList() {
     styleList->setModel(model);
     connect(model, &QAbstractItemModel::modelReset, this, [this] { showListOrAdvice(); });
     connect(model, &QAbstractItemModel::rowsInserted, this, [this] { showListOrAdvice(); });
-    connect(model, &StyleListModel::lastRowWanted, this, [this] { selectLastRow(); });
+    connect(model, &StyleListModel::rowWanted, this, [this](int row) { selectRow(row); });
 }
 
 void MainWindow::showListOrAdvice() {
@@ -120,11 +120,10 @@ void MainWindow::showListOrAdvice() {
     if (movesFocus || !focusWidget()) wanted->setFocus();
 }
 
-void MainWindow::selectLastRow() {
-    const QModelIndex last = model->index(model->rowCount() - 1);
-    if (!last.isValid()) return;
-    styleList->setCurrentIndex(last);
-    styleList->scrollToBottom();
+void MainWindow::selectRow(int row) {
+    const QModelIndex wanted = model->index(row);
+    styleList->setCurrentIndex(wanted);
+    styleList->scrollTo(wanted);
 }
 
 void MainWindow::importFromFile() {

@@ -167,8 +167,7 @@ bool StyleRowDelegate::editorEvent(QEvent* event, QAbstractItemModel* model,
         checkBoxRect(option).adjusted(-reach, -reach, reach, reach).contains(mouse->pos());
     const bool completesClick = !isPress && isOnBox && pressed == index;
     pressed = isPress && isOnBox ? QPersistentModelIndex(index) : QPersistentModelIndex();
-    if (completesClick) return toggle();
-    return isPress && isOnBox;
+    return completesClick && toggle();
 }
 
 } // namespace tessaril

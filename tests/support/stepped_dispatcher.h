@@ -3,6 +3,7 @@
 #include "platform/dispatcher.h"
 
 #include <deque>
+#include <utility>
 #include <vector>
 
 namespace tessaril::testing {
