@@ -57,6 +57,11 @@ std::unique_ptr<QMessageBox> makeBox(QMessageBox::Icon icon, std::string_view ti
         label->setTextFormat(Qt::PlainText);
         label->setTextInteractionFlags(box->textInteractionFlags());
     }
+    if (auto* heading = box->findChild<QLabel*>("qt_msgbox_label")) {
+        QFont bold = heading->font();
+        bold.setBold(true);
+        heading->setFont(bold);
+    }
     return box;
 }
 

@@ -2,6 +2,7 @@
 
 #include "import/file_import.h"
 #include "windows/empty_list_page.h"
+#include "windows/import_icon.h"
 #include "windows/shown_text.h"
 #include "windows/style_list_model.h"
 #include "windows/style_row_delegate.h"
@@ -16,7 +17,6 @@
 #include <QMenuBar>
 #include <QMimeData>
 #include <QStackedWidget>
-#include <QStyle>
 #include <QToolBar>
 
 #include <utility>
@@ -71,7 +71,8 @@ void MainWindow::bringForward() {
 
 void MainWindow::makeMenusAndToolbar() {
     importAction->setIconText("Import");
-    importAction->setIcon(style()->standardIcon(QStyle::SP_DialogOpenButton, nullptr, this));
+    importAction->setToolTip("Import User CSS files");
+    importAction->setIcon(importIcon(palette()));
     importAction->setShortcut(QKeySequence::Open);
     connect(importAction, &QAction::triggered, this, [this] { importFromFile(); });
 
