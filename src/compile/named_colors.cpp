@@ -162,8 +162,7 @@ static_assert(namedColors.size() == 141 && sorted);
 } // namespace
 
 std::optional<std::uint32_t> namedColorRGB(std::string_view name) {
-    const auto* const found =
-        std::ranges::lower_bound(namedColors, name, {}, &namedColor::name);
+    const auto* const found = std::ranges::lower_bound(namedColors, name, {}, &namedColor::name);
     if (found == namedColors.end() || found->name != name) return std::nullopt;
     return found->rgb;
 }

@@ -131,8 +131,10 @@ void storeCompiled(styleContainer& style, const std::optional<std::string>& comp
 
 StyleCompiler::StyleCompiler(ScriptEngine& scriptEngine, const Resources& scriptResources,
                              Alerts& userAlerts, CompilerErrors& compilerErrors)
-    : engine(scriptEngine), resources(scriptResources), alerts(userAlerts), errors(compilerErrors) {
-}
+    : engine(scriptEngine)
+    , resources(scriptResources)
+    , alerts(userAlerts)
+    , errors(compilerErrors) {}
 
 void StyleCompiler::compileStyle(styleContainer& style) {
     if (!style.userVariables) return;

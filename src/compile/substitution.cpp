@@ -18,8 +18,7 @@ std::string placeholder(std::string_view name) {
 /// `component` times 255 without its fraction; colours far outside any display stay printable.
 std::string byteText(double component) {
     constexpr double widest = 1e18;
-    return std::to_string(
-        static_cast<std::int64_t>(std::clamp(component * 255, -widest, widest)));
+    return std::to_string(static_cast<std::int64_t>(std::clamp(component * 255, -widest, widest)));
 }
 
 std::string rgbText(const colorComponents& color) {
@@ -30,8 +29,8 @@ std::string rootRule(const std::vector<userVariable>& variables) {
     if (variables.empty()) return "";
     std::string rule = ":root {\n";
     for (const userVariable& variable : variables)
-        rule += "\t--" + variable.name + ": " + variableText(variable, variableReader::page) +
-                ";\n";
+        rule +=
+            "\t--" + variable.name + ": " + variableText(variable, variableReader::page) + ";\n";
     return rule + "}\n";
 }
 

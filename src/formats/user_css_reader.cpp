@@ -16,8 +16,6 @@ namespace {
 
 constexpr std::string_view blockOpening = "/* ==UserStyle==";
 constexpr std::string_view blockClosing = "==/UserStyle== */";
-constexpr std::string_view nameWhenAbsent = "Style From User CSS";
-
 /// What the metadata block says; a key that it does not hold has no value.
 struct metadata {
     std::optional<std::string> name;
@@ -161,7 +159,7 @@ std::optional<styleContainer> readStyle(std::string_view text) {
     styleData.sections = sectionsFromCSS(css, preprocessor);
     if (styleData.sections.empty()) return std::nullopt;
 
-    styleData.name = properties.name.value_or(std::string(nameWhenAbsent));
+    styleData.name = properties.name.value_or(std::string(defaultStyleName));
     styleContainer style =
         makeStyleContainer(std::move(styleData), sourceUserCSS, noUserstyleID, 0);
     style.version = properties.version.value_or("");

@@ -1,5 +1,6 @@
 #include "model/database_fields.h"
 #include "model/database_json.h"
+#include "model/json_string.h"
 
 #include <simdjson.h>
 
@@ -96,10 +97,8 @@ bool isJSON(ondemand::value value, int depth = 0) {
 // one.
 
 bool decode(ondemand::value value, std::string& out) {
-    std::string_view text;
-    if (value.get_string().get(text) != simdjson::SUCCESS) return false;
-    out.assign(text);
-    return true;
+    // The library's own reading of strings is not the vectorised one here, and copies once more.
+    return decodeJSONString(withoutTrailingSpace(value.raw_json_token()), out);
 }
 
 bool decode(ondemand::value value, bool& out) {

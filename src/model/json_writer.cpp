@@ -2,6 +2,7 @@
 
 #include "model/text.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
@@ -31,57 +32,73 @@ constexpr bool mustEscape(char c) {
     return static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\';
 }
 
-/// The length of the run from `at` that needs no escaping.
-std::size_t plainRun(std::string_view text, std::size_t at) {
-    const std::size_t start = at;
-    if constexpr (std::endian::native == std::endian::little) {
-        for (; at + sizeof(std::uint64_t) <= text.size(); at += sizeof(std::uint64_t)) {
-            std::uint64_t word = 0;
-            std::memcpy(&word, text.data() + at, sizeof word);
-            if (const std::uint64_t found = escapedBytes(word))
-                return at - start + static_cast<std::size_t>(std::countr_zero(found)) / 8;
-        }
-    }
-    while (at < text.size() && !mustEscape(text[at]))
-        ++at;
-    return at - start;
-}
-
-void appendEscaped(std::string& out, char c) {
+/// Writes the escape of `c` and gives the position behind it.
+char* writeEscape(char c, char* to) {
+    *to++ = '\\';
     switch (c) {
     case '"':
-        out.append("\\\"");
-        return;
     case '\\':
-        out.append("\\\\");
-        return;
+        *to++ = c;
+        return to;
     case '\n':
-        out.append("\\n");
-        return;
+        *to++ = 'n';
+        return to;
     case '\t':
-        out.append("\\t");
-        return;
+        *to++ = 't';
+        return to;
     case '\r':
-        out.append("\\r");
-        return;
+        *to++ = 'r';
+        return to;
     default:
         break;
     }
     constexpr std::string_view digits = "0123456789abcdef";
     const auto code = static_cast<unsigned char>(c);
-    out.append("\\u00").append(1, digits[code >> 4]).append(1, digits[code & 0xF]);
+    for (const char digit : {'u', '0', '0', digits[code >> 4], digits[code & 0xF]})
+        *to++ = digit;
+    return to;
+}
+
+constexpr std::size_t longestEscape = 6;
+constexpr std::size_t wordSize = sizeof(std::uint64_t);
+
+/// Writes `text` escaped and gives the position behind it. `to` has room for the longest outcome
+/// and one word more.
+char* writeEscaped(std::string_view text, char* to) {
+    std::size_t at = 0;
+    if constexpr (std::endian::native == std::endian::little) {
+        // A word is copied whole, and what lies behind its first escape is written over.
+        while (at + wordSize <= text.size()) {
+            std::uint64_t word = 0;
+            std::memcpy(&word, text.data() + at, wordSize);
+            std::memcpy(to, &word, wordSize);
+            const std::uint64_t found = escapedBytes(word);
+            const std::size_t plain =
+                found ? static_cast<std::size_t>(std::countr_zero(found)) / 8 : wordSize;
+            at += plain;
+            to += plain;
+            if (found) to = writeEscape(text[at++], to);
+        }
+    }
+    for (; at < text.size(); ++at) {
+        if (mustEscape(text[at]))
+            to = writeEscape(text[at], to);
+        else
+            *to++ = text[at];
+    }
+    return to;
 }
 
 } // namespace
 
 void JsonWriter::string(std::string_view text) {
     if (!isValidUTF8(text)) representable = false;
+    constexpr std::size_t chunk = 1024;
+    std::array<char, chunk * longestEscape + wordSize> escaped;
     out.push_back('"');
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t run = plainRun(text, at);
-        out.append(text, at, run);
-        at += run;
-        if (at < text.size()) appendEscaped(out, text[at++]);
+    for (; !text.empty(); text.remove_prefix(std::min(chunk, text.size()))) {
+        const char* const end = writeEscaped(text.substr(0, chunk), escaped.data());
+        out.append(escaped.data(), static_cast<std::size_t>(end - escaped.data()));
     }
     out.push_back('"');
 }

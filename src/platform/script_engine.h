@@ -15,8 +15,8 @@ public:
     virtual ~ScriptContext() = default;
 
     /// Evaluates `script` and everything that its promises have queued by then. Gives the value of
-    /// the evaluation as text; nothing when it ended in an uncaught exception, which went to the
-    /// context's handler.
+    /// the evaluation as text, valid UTF-8 in which U+FFFD stands for half a surrogate pair;
+    /// nothing when it ended in an uncaught exception, which went to the context's handler.
     virtual std::optional<std::string> evaluate(std::string_view script) = 0;
 
     /// Sets a global variable to a string.
@@ -38,15 +38,16 @@ struct scriptSource {
 /// Makes contexts. May be called from any thread.
 class ScriptEngine {
 public:
-    /// Receives an uncaught exception as text: the value's own text followed by its stack, where
-    /// the engine has one. A script stopped by the time limit arrives here too.
+    /// Receives an uncaught exception as text: the value's own text, or where a plain object was
+    /// thrown, its message and position. A script stopped by the time limit arrives here too.
     using ExceptionHandler = std::function<void(const std::string& exception)>;
 
     virtual ~ScriptEngine() = default;
 
     /// A context that nobody has used, in which `scripts` have been evaluated in order. Exceptions,
-    /// those of the scripts included, go to `onException` on the calling thread. Every evaluation
-    /// is stopped when it runs too long.
+    /// those of the scripts included, go to `onException` on the calling thread. A context is
+    /// stopped when its evaluations run too long, alone or together; then every further one is.
+    /// The engine may prepare ahead for the next call with the same scripts.
     virtual std::unique_ptr<ScriptContext> makeContext(std::span<const scriptSource> scripts,
                                                        ExceptionHandler onException) = 0;
 };

@@ -1,0 +1,104 @@
+#include "model/database_json.h"
+#include "sample_database.h"
+
+#include <benchmark/benchmark.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+#include <simdjson.h>
+
+#include <cstring>
+
+namespace {
+
+using namespace tessaril;
+
+constexpr std::size_t megabyte = 1'000'000;
+
+const styleDatabase& database() {
+    static const styleDatabase sample = bench::sampleDatabase(2000, 50 * megabyte);
+    return sample;
+}
+
+const std::string& document() {
+    static const std::string bytes = *encodeDatabase(database());
+    return bytes;
+}
+
+std::string paddedDocument() {
+    std::string bytes;
+    bytes.reserve(document().size() + simdjson::SIMDJSON_PADDING);
+    return bytes.append(document());
+}
+
+void decode(benchmark::State& state) {
+    for (auto _ : state) {
+        state.PauseTiming();
+        std::string bytes = paddedDocument();
+        state.ResumeTiming();
+        auto decoded = decodeDatabase(std::move(bytes));
+        benchmark::DoNotOptimize(decoded);
+        state.PauseTiming();
+        decoded.reset();
+        state.ResumeTiming();
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(document().size()));
+}
+
+// simdjson's own parse of the same bytes into its document object model, by a new parser.
+void decodeReference(benchmark::State& state) {
+    const std::string bytes = paddedDocument();
+    for (auto _ : state) {
+        simdjson::dom::parser parser;
+        simdjson::dom::element root;
+        const auto error =
+            parser.parse(bytes.data(), document().size(), /*realloc_if_needed=*/false).get(root);
+        if (error != simdjson::SUCCESS) state.SkipWithError("not parsed");
+        benchmark::DoNotOptimize(root);
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(document().size()));
+}
+
+void encode(benchmark::State& state) {
+    for (auto _ : state) {
+        auto bytes = encodeDatabase(database());
+        benchmark::DoNotOptimize(bytes);
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(document().size()));
+}
+
+// The same bytes copied into fresh memory.
+void encodeReference(benchmark::State& state) {
+    for (auto _ : state) {
+        const std::unique_ptr<char[]> copy(new char[document().size()]);
+        std::memcpy(copy.get(), document().data(), document().size());
+        benchmark::DoNotOptimize(copy.get());
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(document().size()));
+}
+
+// What the texts alone cost with the library that the own writer stands in for.
+void encodeTextsWithRapidJSON(benchmark::State& state) {
+    for (auto _ : state) {
+        rapidjson::StringBuffer buffer(nullptr, document().size() + 1024);
+        rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+        writer.StartArray();
+        for (const styleContainer& style : database().styles) {
+            const styleSection& section = style.styleData.sections.front();
+            for (const std::string& text :
+                 {std::cref(section.code), std::cref(*section.compiledcode)})
+                writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+        }
+        writer.EndArray();
+        benchmark::DoNotOptimize(buffer.GetString());
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(document().size()));
+}
+
+BENCHMARK(decode)->Name("decode/figure")->Unit(benchmark::kMillisecond);
+BENCHMARK(decodeReference)->Name("decode/reference")->Unit(benchmark::kMillisecond);
+BENCHMARK(encode)->Name("encode/figure")->Unit(benchmark::kMillisecond);
+BENCHMARK(encodeReference)->Name("encode/reference")->Unit(benchmark::kMillisecond);
+BENCHMARK(encodeTextsWithRapidJSON)->Name("encode/RapidJSON")->Unit(benchmark::kMillisecond);
+
+} // namespace

@@ -1,0 +1,148 @@
+#include "desktop/file_descriptor.h"
+#include "desktop/folder_message_channel.h"
+#include "desktop/posix_file_system.h"
+#include "model/database_json.h"
+#include "platform/alerts.h"
+#include "platform/dispatcher.h"
+#include "sample_database.h"
+#include "store/style_store.h"
+
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+
+namespace {
+
+using namespace tessaril;
+
+constexpr std::size_t megabyte = 1'000'000;
+
+class NoAlerts : public Alerts {
+    void showAlert(std::string_view, std::string_view) override { std::abort(); }
+    alertAnswer ask(const alertQuestion&) override { std::abort(); }
+    void beep() override {}
+};
+
+/// Background tasks wait for `finishSaves`, so that the two shares can be told apart.
+class NoBackground : public Dispatcher {
+    void onMain(Task) override {}
+    void onMainAfter(std::chrono::milliseconds, Task) override {}
+    void inBackground(taskPriority, Task) override {}
+};
+
+class NoPreferences : public PreferenceStore {
+    std::optional<preferenceValue> value(std::string_view, const preferenceValue&) const override {
+        return std::nullopt;
+    }
+    void setValue(std::string_view, const preferenceValue&) override {}
+};
+
+/// A folder on the disk of the build tree, removed at the end.
+class BenchFolder {
+public:
+    BenchFolder() {
+        std::string name = (std::filesystem::current_path() / "bench-XXXXXX").string();
+        if (!mkdtemp(name.data())) std::abort();
+        path = name;
+    }
+    ~BenchFolder() { std::filesystem::remove_all(path); }
+    BenchFolder(const BenchFolder&) = delete;
+    BenchFolder& operator=(const BenchFolder&) = delete;
+
+    std::filesystem::path path;
+};
+
+/// A store over a document of 50 MB that has been saved once.
+struct LargeStore {
+    LargeStore() {
+        const auto bytes = encodeDatabase(bench::sampleDatabase(2000, 50 * megabyte));
+        const std::string_view piece = *bytes;
+        if (!files.stage(folder.path, std::span(&piece, 1))->publishAs(folder.path / "styledb.sdb"))
+            std::abort();
+        store.saveDatabase();
+        store.finishSaves();
+    }
+
+    void toggle() {
+        enabled = !enabled;
+        store.setEnabled(1234, enabled);
+    }
+
+    BenchFolder folder;
+    PosixFileSystem files;
+    FolderMessageChannel channel{files, folder.path};
+    NoAlerts alerts;
+    NoBackground dispatcher;
+    NotificationCenter center;
+    NoPreferences stored;
+    Preferences preferences{stored};
+    StyleStore store{{.files = files,
+                      .channel = channel,
+                      .alerts = alerts,
+                      .dispatcher = dispatcher,
+                      .center = center,
+                      .preferences = preferences,
+                      .compileStyle = [](styleContainer&) {}},
+                     folder.path};
+    bool enabled = true;
+};
+
+void saveAfterToggle(benchmark::State& state) {
+    LargeStore large;
+    for (auto _ : state) {
+        large.toggle();
+        large.store.finishSaves();
+    }
+}
+
+// Write, fsync, rename, and fsync of the folder, which makes the rename durable.
+void saveReference(benchmark::State& state) {
+    const BenchFolder folder;
+    const std::string bytes = *encodeDatabase(bench::sampleDatabase(2000, 50 * megabyte));
+    const std::filesystem::path temporary = folder.path / "temporary";
+    const FileDescriptor directory(::open(folder.path.c_str(), O_RDONLY | O_DIRECTORY));
+    for (auto _ : state) {
+        const FileDescriptor file(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0600));
+        for (std::size_t done = 0; done < bytes.size();) {
+            const auto size = ::write(file.get(), bytes.data() + done, bytes.size() - done);
+            if (size <= 0) std::abort();
+            done += static_cast<std::size_t>(size);
+        }
+        if (::fsync(file.get()) != 0) std::abort();
+        std::filesystem::rename(temporary, folder.path / "document");
+        if (::fsync(directory.get()) != 0) std::abort();
+    }
+}
+
+void callersShare(benchmark::State& state) {
+    LargeStore large;
+    for (auto _ : state) {
+        large.toggle();
+        state.PauseTiming();
+        large.store.finishSaves();
+        state.ResumeTiming();
+    }
+}
+
+constexpr int saves = 12;
+
+BENCHMARK(saveAfterToggle)
+    ->Name("save/figure")
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(saves);
+BENCHMARK(saveReference)
+    ->Name("save/reference")
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(saves);
+BENCHMARK(callersShare)
+    ->Name("callersShare/figure")
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(saves);
+
+} // namespace

@@ -1,0 +1,77 @@
+# Sourced by run, test and bench: installs what is missing on a Debian 12, then builds.
+
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+cd "$root"
+
+build_packages=(
+    ca-certificates ccache cmake g++ git ninja-build pkg-config
+    libgmock-dev libgtest-dev libsimdjson-dev
+    libgl-dev libjavascriptcoregtk-4.1-dev qt6-base-dev qt6-svg-dev
+)
+display_packages=(fonts-dejavu-core imagemagick python3 xauth xvfb)
+desktop_packages=(desktop-file-utils shared-mime-info xdg-utils)
+bench_packages=(libbenchmark-dev rapidjson-dev)
+
+say() { printf '==> %s\n' "$*"; }
+
+fail() {
+    printf 'error: %s\n' "$*" >&2
+    exit 1
+}
+
+# Keeps a long command's output out of sight unless it fails, which shows its end.
+quietly() {
+    local log status=0
+    log=$(mktemp)
+    "$@" >"$log" 2>&1 || status=$?
+    if [ "$status" -ne 0 ]; then
+        tail -n 60 "$log" >&2
+        rm -f "$log"
+        fail "failed (exit $status): $*"
+    fi
+    rm -f "$log"
+}
+
+as_root() {
+    if [ "$(id -u)" -eq 0 ]; then
+        "$@"
+    elif command -v sudo >/dev/null; then
+        sudo "$@"
+    else
+        fail "this needs root: $*"
+    fi
+}
+
+require_packages() {
+    local package missing=()
+    for package in "$@"; do
+        [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null || true)" = installed ] ||
+            missing+=("$package")
+    done
+    [ "${#missing[@]}" -gt 0 ] || return 0
+    say "Installing Debian packages: ${missing[*]}"
+    quietly as_root apt-get update
+    quietly as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y \
+        --no-install-recommends "${missing[@]}"
+}
+
+require_npm_packages() {
+    local stamp=node_modules/.package-lock.json
+    if [ -e "$stamp" ] && [ ! package-lock.json -nt "$stamp" ]; then return 0; fi
+    command -v npm >/dev/null || require_packages nodejs npm
+    say "Installing npm packages"
+    quietly npm ci
+    touch "$stamp"
+}
+
+# build PRESET [TARGET...]
+build() {
+    local preset=$1 target targets=()
+    shift
+    for target in "$@"; do targets+=(--target "$target"); done
+    say "Building ($preset)"
+    [ -e "build/$preset/build.ninja" ] || quietly cmake --preset "$preset"
+    quietly cmake --build "build/$preset" "${targets[@]}"
+}

@@ -1,0 +1,82 @@
+#include "app/application.h"
+
+#include "preferences/preference_keys.h"
+
+#include <chrono>
+
+namespace tessaril {
+
+namespace {
+
+constexpr std::chrono::milliseconds launchCheckDelay(500);
+
+constexpr std::string_view supportSubject = "I need some Tessaril help!";
+
+} // namespace
+
+Application::Application(applicationSurroundings surroundings)
+    : machine(std::move(surroundings))
+    , standard(machine.standardPreferences)
+    , shared(machine.sharedPreferences)
+    , compiler(machine.scripts, machine.resources, machine.alerts, machine.compilerErrors)
+    , styleStore({.files = machine.files,
+                  .channel = machine.channel,
+                  .alerts = machine.alerts,
+                  .dispatcher = machine.dispatcher,
+                  .center = center,
+                  .preferences = standard,
+                  .compileStyle = [this](styleContainer& s) { compiler.compileStyle(s); }},
+                 machine.container)
+    , list(styleStore, center, machine.dispatcher, machine.alerts)
+    , importer(
+          {.files = machine.files,
+           .alerts = machine.alerts,
+           .dispatcher = machine.dispatcher,
+           .center = center,
+           .store = styleStore,
+           .list = list,
+           .making = {.generateUniqueID = [this] { return styleStore.generateUniqueID(); },
+                      .compileStyle = [this](styleContainer& s) { compiler.compileStyle(s); }}})
+    , openedFiles(styleStore, importer, center, machine.dispatcher, machine.alerts)
+    , links(center)
+    , extensionWarning(machine.extension, standard, machine.alerts) {
+    registerPreferenceDefaults(standard, shared, styleStore.generateUniqueID(),
+                               machine.darkAppearance);
+}
+
+void Application::styleListShown() {
+    machine.dispatcher.onMainAfter(launchCheckDelay, [this] { runLaunchChecks(); });
+}
+
+void Application::runLaunchChecks() {
+    if (standard.boolean(preferenceKeys::isFirstLaunch)) {
+        standard.set(preferenceKeys::isFirstLaunch, false);
+        return;
+    }
+    extensionWarning.check();
+}
+
+void Application::openFiles(const std::vector<std::filesystem::path>& files) {
+    openedFiles.open(files);
+}
+
+void Application::openLink(std::string_view address) {
+    links.route(address);
+}
+
+void Application::emailSupport() {
+    const std::string address = standard.string(preferenceKeys::supportAddress);
+    if (machine.externals.composeEmail(address, supportSubject)) return;
+    machine.alerts.showAlert("No Email Client Set Up",
+                             "However, you can still email me at " + address + " if you need to!");
+}
+
+void Application::openWebsite() {
+    machine.externals.openAddress(standard.string(preferenceKeys::webSite));
+}
+
+void Application::finish() {
+    styleStore.finishSaves();
+}
+
+} // namespace tessaril

@@ -1,0 +1,62 @@
+#include "desktop/javascript_core_text.h"
+
+#include <QString>
+#include <QStringDecoder>
+
+namespace tessaril {
+
+namespace {
+
+JSStringRef stringFromUTF8(std::string_view utf8) {
+    // The engine's own conversion stops at U+0000.
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+    const QString text = decoder(QByteArrayView(utf8.data(), static_cast<qsizetype>(utf8.size())));
+    return JSStringCreateWithCharacters(reinterpret_cast<const JSChar*>(text.utf16()),
+                                        static_cast<std::size_t>(text.size()));
+}
+
+void append(std::string& utf8, char32_t c) {
+    const auto put = [&utf8](char32_t byte) { utf8 += static_cast<char>(byte); };
+    const auto tail = [&](int shift) { put(0x80 | ((c >> shift) & 0x3F)); };
+    if (c < 0x80) {
+        put(c);
+    } else if (c < 0x800) {
+        put(0xC0 | (c >> 6));
+        tail(0);
+    } else if (c < 0x10000) {
+        put(0xE0 | (c >> 12));
+        tail(6);
+        tail(0);
+    } else {
+        put(0xF0 | (c >> 18));
+        tail(12);
+        tail(6);
+        tail(0);
+    }
+}
+
+} // namespace
+
+EngineString::EngineString(std::string_view utf8) : string(stringFromUTF8(utf8)) {}
+
+std::string EngineString::utf8() const {
+    // By hand, because Qt writes a lone surrogate as "?".
+    const JSChar* const units = JSStringGetCharactersPtr(string);
+    const std::size_t length = JSStringGetLength(string);
+    std::string text;
+    text.reserve(length);
+    for (std::size_t i = 0; i < length; ++i) {
+        const char32_t unit = units[i];
+        if (!QChar::isSurrogate(unit)) {
+            append(text, unit);
+        } else if (QChar::isHighSurrogate(unit) && i + 1 < length &&
+                   QChar::isLowSurrogate(units[i + 1])) {
+            append(text, QChar::surrogateToUcs4(static_cast<char16_t>(unit), units[++i]));
+        } else {
+            append(text, QChar::ReplacementCharacter);
+        }
+    }
+    return text;
+}
+
+} // namespace tessaril

@@ -1,0 +1,90 @@
+#include "import/file_import.h"
+
+#include "events/notification_names.h"
+#include "formats/user_css_reader.h"
+#include "model/text.h"
+
+#include <string>
+
+namespace tessaril {
+
+namespace {
+
+constexpr std::string_view plainStyleName = "New Style from CSS";
+constexpr std::string_view invalidStyleTitle = "Invalid Style";
+constexpr std::string_view noRulesTitle = "CSS File Imported With No Rules";
+
+std::string noRulesText(std::string_view name) {
+    return "The style \"" + std::string(name) +
+           "\" does not have any defined rules for where it should be applied. If you do not "
+           "define these rules, the style will be applied to all sites.";
+}
+
+std::string invalidStyleText(std::string_view fileName) {
+    return "There was an error importing the file \"" + std::string(fileName) +
+           ".\" Please make sure there are no formatting or syntax errors in the file.";
+}
+
+std::string_view withoutUserEnding(std::string_view name) {
+    constexpr std::string_view ending = ".user";
+    if (!name.ends_with(ending)) return name;
+    const std::string_view cut = name.substr(0, name.find(ending));
+    // A style needs a name: a file named just ".user.css" keeps what it has.
+    return cut.empty() ? name : cut;
+}
+
+} // namespace
+
+FileImport::FileImport(fileImportSurroundings surroundings) : machine(std::move(surroundings)) {}
+
+bool FileImport::canImport() const {
+    return !machine.list.isLockedForSync();
+}
+
+void FileImport::importFiles(const std::vector<std::filesystem::path>& files) {
+    for (const auto& file : files)
+        machine.dispatcher.inBackground(taskPriority::utility,
+                                        [this, file] { importStyleFile(file); });
+}
+
+void FileImport::importStyleFile(const std::filesystem::path& file) {
+    auto bytes = machine.files.read(file);
+    if (!bytes) return;
+    auto text = textFromUTF8(std::move(*bytes));
+    if (!text) return;
+
+    const std::string baseName = file.stem().string();
+    if (!contains(*text, "@-moz-document")) {
+        styleJSON data = makeStyleJSON(std::string(plainStyleName), std::move(*text));
+        styleContainer style = makeStyleContainer(std::move(data), sourceCustom, noUserstyleID,
+                                                  machine.making.generateUniqueID());
+        style.styleData.name = withoutUserEnding(baseName);
+        const std::string name = style.styleData.name;
+        complete(std::move(style),
+                 [this, name] { machine.alerts.showAlert(noRulesTitle, noRulesText(name)); });
+        return;
+    }
+
+    auto style = parseUserCSS(*text, machine.making);
+    if (!style) {
+        machine.alerts.showAlert(invalidStyleTitle, invalidStyleText(file.filename().string()));
+        return;
+    }
+    style->source = style->updateURL && !style->updateURL->empty() ? sourceUserCSS : sourceCustom;
+    std::string& name = style->styleData.name;
+    if (name == defaultStyleName) name = baseName;
+    name = std::string(withoutUserEnding(name));
+    complete(std::move(*style), [] {});
+}
+
+void FileImport::complete(styleContainer style, std::function<void()> afterwards) {
+    machine.dispatcher.onMain(
+        [this, style = std::move(style), afterwards = std::move(afterwards)]() mutable {
+            machine.store.appendStyle(std::move(style));
+            machine.store.saveDatabase();
+            machine.center.post(notifications::addLatestStyle);
+            afterwards();
+        });
+}
+
+} // namespace tessaril

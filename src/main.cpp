@@ -1,0 +1,146 @@
+#include "app/application.h"
+#include "desktop/appearance.h"
+#include "desktop/desktop_applications.h"
+#include "desktop/directory_resources.h"
+#include "desktop/extension_state.h"
+#include "desktop/folder_message_channel.h"
+#include "desktop/javascript_core_engine.h"
+#include "desktop/posix_file_system.h"
+#include "desktop/qt_alerts.h"
+#include "desktop/qt_dispatcher.h"
+#include "desktop/settings_store.h"
+#include "desktop/shared_container.h"
+#include "desktop/single_instance.h"
+#include "desktop/start_arguments.h"
+#include "windows/compiler_error_windows.h"
+#include "windows/main_window.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QMessageBox>
+#include <QTimer>
+
+#include <span>
+
+namespace {
+
+using namespace tessaril;
+
+/// What is shipped lies beside the folder of the program, in the build tree as when installed.
+std::filesystem::path shippedFolder() {
+    return std::filesystem::path(
+               QFile::encodeName(QApplication::applicationDirPath()).toStdString())
+               .parent_path() /
+           "share";
+}
+
+void open(Application& application, std::span<const std::string> arguments) {
+    std::vector<std::filesystem::path> files;
+    for (const std::string& argument : arguments) {
+        if (argument.find("://") != std::string::npos)
+            application.openLink(argument);
+        else
+            files.emplace_back(argument);
+    }
+    application.openFiles(files);
+}
+
+int refuseToStart(const QString& text) {
+    QMessageBox::critical(nullptr, "Tessaril cannot start", text);
+    return EXIT_FAILURE;
+}
+
+int runApplication(const std::filesystem::path& container, SingleInstance& instance,
+                   const std::vector<std::string>& arguments, bool darkAppearance,
+                   std::function<void(laterStart)>& onLaterStart) {
+    removeStaleStagedFiles(container);
+    removeStaleStagedFiles(container / "wormhole");
+
+    PosixFileSystem files;
+    FolderMessageChannel channel(files, container);
+    QtDispatcher dispatcher;
+    QtAlerts alerts(dispatcher);
+    CompilerErrorWindows compilerErrors(dispatcher);
+    SettingsStore standardPreferences(standardPreferencesFile());
+    SettingsStore sharedPreferences(sharedPreferencesFile(container));
+    JavaScriptCoreEngine scripts;
+    DirectoryResources resources(shippedFolder() / "tessaril/resources");
+    ExtensionState extension(files, container,
+                             shippedFolder() / "doc/tessaril/browser-extension.html");
+    DesktopApplications externals;
+
+    Application application({.files = files,
+                             .channel = channel,
+                             .alerts = alerts,
+                             .dispatcher = dispatcher,
+                             .standardPreferences = standardPreferences,
+                             .sharedPreferences = sharedPreferences,
+                             .scripts = scripts,
+                             .resources = resources,
+                             .compilerErrors = compilerErrors,
+                             .extension = extension,
+                             .externals = externals,
+                             .container = container,
+                             .darkAppearance = darkAppearance});
+
+    MainWindow window(
+        application.styleList(),
+        {.canImport = [&] { return application.fileImport().canImport(); },
+         .importFiles = [&](auto chosen) { application.fileImport().importFiles(chosen); },
+         .openFiles = [&](auto dropped) { application.openFiles(dropped); },
+         .emailSupport = [&] { application.emailSupport(); },
+         .openWebsite = [&] { application.openWebsite(); }});
+    // Queued: an opened file may ask a question, and nobody is to wait for its answer.
+    const auto openSoon = [&](std::vector<std::string> asked) {
+        QTimer::singleShot(0, &window, [&, asked] { open(application, asked); });
+    };
+    onLaterStart = [&](const laterStart& start) {
+        window.bringForward();
+        openSoon(start.arguments);
+    };
+    window.show();
+    application.styleListShown();
+    openSoon(arguments);
+
+    const int status = QApplication::exec();
+    instance.stopListening();
+    onLaterStart = nullptr;
+    dispatcher.finish();
+    application.finish();
+    alerts.finish();
+    return status;
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    QApplication qt(argc, argv);
+    QApplication::setApplicationName("tessaril");
+    QApplication::setApplicationDisplayName("Tessaril");
+    QApplication::setDesktopFileName("com.tessaril.app");
+    const bool dark = applyAppearance();
+
+    const auto container = makeSharedContainer();
+    if (!container)
+        return refuseToStart("The folder for your styles could not be made or opened. Please check "
+                             "your data folder and its permissions.");
+
+    const std::vector<std::string> given(argv + 1, argv + argc);
+    const auto arguments = absoluteArguments(given, std::filesystem::current_path());
+
+    SingleInstance instance(*container);
+    std::function<void(laterStart)> onLaterStart;
+    const auto role = instance.begin({arguments, qgetenv("XDG_ACTIVATION_TOKEN").toStdString()},
+                                     [&](laterStart start) {
+                                         if (onLaterStart) onLaterStart(std::move(start));
+                                     });
+    switch (role) {
+    case SingleInstance::role::handedOver:
+        return EXIT_SUCCESS;
+    case SingleInstance::role::refused:
+        return refuseToStart("Tessaril is running already, but does not answer.");
+    case SingleInstance::role::first:
+        break;
+    }
+    return runApplication(*container, instance, arguments, dark, onLaterStart);
+}

@@ -1,0 +1,112 @@
+#include "model/json_string.h"
+
+#include <charconv>
+#include <cstring>
+#include <optional>
+
+namespace tessaril {
+
+namespace {
+
+/// Four hexadecimal digits.
+std::optional<char32_t> codeUnit(std::string_view digits) {
+    unsigned value = 0;
+    if (digits.size() < 4) return std::nullopt;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + 4, value, 16);
+    if (error != std::errc() || end != digits.data() + 4) return std::nullopt;
+    return value;
+}
+
+char* writeUTF8(char32_t c, char* to) {
+    const auto put = [&to](char32_t byte) { *to++ = static_cast<char>(byte); };
+    if (c < 0x80) {
+        put(c);
+    } else if (c < 0x800) {
+        put(0xC0 | c >> 6);
+        put(0x80 | (c & 0x3F));
+    } else if (c < 0x10000) {
+        put(0xE0 | c >> 12);
+        put(0x80 | (c >> 6 & 0x3F));
+        put(0x80 | (c & 0x3F));
+    } else {
+        put(0xF0 | c >> 18);
+        put(0x80 | (c >> 12 & 0x3F));
+        put(0x80 | (c >> 6 & 0x3F));
+        put(0x80 | (c & 0x3F));
+    }
+    return to;
+}
+
+/// Reads the escape whose backslash stands at `from`, moves `from` behind it and writes its
+/// character; null when it is none.
+char* readEscape(const char*& from, const char* end, char* to) {
+    if (end - from < 2) return nullptr;
+    const char kind = from[1];
+    from += 2;
+    switch (kind) {
+    case '"':
+    case '\\':
+    case '/':
+        *to++ = kind;
+        return to;
+    case 'b':
+        *to++ = '\b';
+        return to;
+    case 'f':
+        *to++ = '\f';
+        return to;
+    case 'n':
+        *to++ = '\n';
+        return to;
+    case 'r':
+        *to++ = '\r';
+        return to;
+    case 't':
+        *to++ = '\t';
+        return to;
+    case 'u':
+        break;
+    default:
+        return nullptr;
+    }
+
+    const auto rest = [&] { return std::string_view(from, static_cast<std::size_t>(end - from)); };
+    const auto first = codeUnit(rest());
+    if (!first) return nullptr;
+    from += 4;
+    const bool isHigh = *first >= 0xD800 && *first < 0xDC00;
+    const bool isLow = *first >= 0xDC00 && *first < 0xE000;
+    if (isLow) return nullptr;
+    if (!isHigh) return writeUTF8(*first, to);
+    if (!rest().starts_with("\\u")) return nullptr;
+    const auto second = codeUnit(rest().substr(2));
+    if (!second || *second < 0xDC00 || *second >= 0xE000) return nullptr;
+    from += 6;
+    return writeUTF8(0x10000 + ((*first - 0xD800) << 10) + (*second - 0xDC00), to);
+}
+
+} // namespace
+
+bool decodeJSONString(std::string_view token, std::string& out) {
+    if (token.size() < 2 || token.front() != '"' || token.back() != '"') return false;
+    const char* from = token.data() + 1;
+    const char* const end = token.data() + token.size() - 1;
+    // No escape is shorter than what it stands for.
+    out.resize(token.size());
+    char* to = out.data();
+    while (from < end) {
+        const auto* escape =
+            static_cast<const char*>(std::memchr(from, '\\', static_cast<std::size_t>(end - from)));
+        const auto run = static_cast<std::size_t>((escape ? escape : end) - from);
+        std::memcpy(to, from, run);
+        from += run;
+        to += run;
+        if (!escape) break;
+        to = readEscape(from, end, to);
+        if (!to) return false;
+    }
+    out.resize(static_cast<std::size_t>(to - out.data()));
+    return true;
+}
+
+} // namespace tessaril
