@@ -1,10 +1,15 @@
 #include "desktop/appearance.h"
 
+#include "desktop/widget_style.h"
+
 #include <QApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
 #include <QPalette>
+
+#include <algorithm>
+#include <cmath>
 
 namespace tessaril {
 
@@ -37,6 +42,32 @@ bool desktopPrefersDark() {
     return unwrapped(answer.arguments().front()).toUInt() == dark;
 }
 
+/// The relative luminance of the Web Content Accessibility Guidelines 2.
+double luminance(const QColor& color) {
+    const auto linear = [](double part) {
+        return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
+           0.0722 * linear(color.blueF());
+}
+
+/// Their contrast ratio.
+double contrast(const QColor& a, const QColor& b) {
+    const auto [darker, lighter] = std::minmax(luminance(a), luminance(b));
+    return (lighter + 0.05) / (darker + 0.05);
+}
+
+/// Fusion's own selection is too light for the white text on it.
+QPalette withReadableSelection(QPalette palette) {
+    constexpr double enough = 4.5;
+    const QColor text = palette.color(QPalette::HighlightedText);
+    QColor highlight = palette.color(QPalette::Highlight);
+    while (text.lightness() > highlight.lightness() && contrast(text, highlight) < enough)
+        highlight = highlight.darker(105);
+    palette.setColor(QPalette::Highlight, highlight);
+    return palette;
+}
+
 } // namespace
 
 QPalette darkPalette() {
@@ -65,12 +96,13 @@ QPalette darkPalette() {
 }
 
 bool applyAppearance() {
-    QApplication::setStyle("Fusion");
+    QApplication::setStyle(new WidgetStyle);
     // A desktop whose own theme reaches Qt has set its colours already.
-    if (isDark(QApplication::palette())) return true;
-    if (!desktopPrefersDark()) return false;
-    QApplication::setPalette(darkPalette());
-    return true;
+    const bool isDarkAlready = isDark(QApplication::palette());
+    const bool darkens = !isDarkAlready && desktopPrefersDark();
+    QApplication::setPalette(
+        withReadableSelection(darkens ? darkPalette() : QApplication::palette()));
+    return isDarkAlready || darkens;
 }
 
 } // namespace tessaril

@@ -51,9 +51,17 @@ std::unique_ptr<QMessageBox> makeBox(QMessageBox::Icon icon, std::string_view ti
     box->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     box->setText(shownText(title));
     box->setInformativeText(shownText(text));
-    // The box itself applies the format to its title only.
-    for (QLabel* label : box->findChildren<QLabel*>())
+    // What the box itself applies to its title only.
+    for (QLabel* label : box->findChildren<QLabel*>()) {
+        if (label->text().isEmpty()) continue;
         label->setTextFormat(Qt::PlainText);
+        label->setTextInteractionFlags(box->textInteractionFlags());
+    }
+    if (auto* heading = box->findChild<QLabel*>("qt_msgbox_label")) {
+        QFont bold = heading->font();
+        bold.setBold(true);
+        heading->setFont(bold);
+    }
     return box;
 }
 
@@ -61,6 +69,28 @@ QMessageBox::ButtonRole roleOf(int button, const alertQuestion& question) {
     if (question.destructiveButton == button) return QMessageBox::DestructiveRole;
     if (button == 0) return QMessageBox::AcceptRole;
     return QMessageBox::RejectRole;
+}
+
+alertAnswer answerTo(const alertQuestion& question) {
+    const auto box = makeBox(question.style == alertStyle::critical ? QMessageBox::Critical
+                                                                    : QMessageBox::Warning,
+                             question.title, question.text);
+    std::vector<QPushButton*> buttons;
+    for (const std::string& title : question.buttons)
+        buttons.push_back(box->addButton(QString::fromStdString(title),
+                                         roleOf(static_cast<int>(buttons.size()), question)));
+    const int last = static_cast<int>(buttons.size()) - 1;
+    // Closing an alert must never destroy anything.
+    const int closing = question.destructiveButton == last ? 0 : last;
+    box->setDefaultButton(buttons.front());
+    box->setEscapeButton(buttons[closing]);
+    if (question.offersSuppression) box->setCheckBox(new QCheckBox(suppressionText));
+    box->exec();
+
+    alertAnswer answer{closing, box->checkBox() && box->checkBox()->isChecked()};
+    for (std::size_t button = 0; button < buttons.size(); ++button)
+        if (box->clickedButton() == buttons[button]) answer.button = static_cast<int>(button);
+    return answer;
 }
 
 } // namespace
@@ -89,29 +119,11 @@ void QtAlerts::showNext() {
 }
 
 alertAnswer QtAlerts::ask(const alertQuestion& question) {
-    const auto box = makeBox(question.style == alertStyle::critical ? QMessageBox::Critical
-                                                                    : QMessageBox::Warning,
-                             question.title, question.text);
-    std::vector<QPushButton*> buttons;
-    for (const std::string& title : question.buttons)
-        buttons.push_back(box->addButton(QString::fromStdString(title),
-                                         roleOf(static_cast<int>(buttons.size()), question)));
-    const int last = static_cast<int>(buttons.size()) - 1;
-    // Closing an alert must never destroy anything.
-    const int closing = question.destructiveButton == last ? 0 : last;
-    box->setDefaultButton(buttons.front());
-    box->setEscapeButton(buttons[closing]);
-    if (question.offersSuppression) box->setCheckBox(new QCheckBox(suppressionText));
-
     // An alert that arrives meanwhile waits for its turn.
     const bool wasShowing = std::exchange(isShowing, true);
-    box->exec();
+    const alertAnswer answer = answerTo(question);
     isShowing = wasShowing;
     if (!isShowing) showNext();
-
-    alertAnswer answer{closing, box->checkBox() && box->checkBox()->isChecked()};
-    for (std::size_t button = 0; button < buttons.size(); ++button)
-        if (box->clickedButton() == buttons[button]) answer.button = static_cast<int>(button);
     return answer;
 }
 

@@ -1,5 +1,7 @@
 #include "desktop/shared_container.h"
 
+#include "store/style_store.h"
+
 #include <QFile>
 #include <QStandardPaths>
 
@@ -8,12 +10,6 @@
 #include <cerrno>
 
 namespace tessaril {
-
-namespace {
-
-constexpr const char* applicationGroup = "7RX2KD84QM.group.com.tessaril.shared";
-
-} // namespace
 
 std::optional<std::filesystem::path> makeSharedContainer() {
     const QString home = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);

@@ -2,6 +2,7 @@
 
 #include "import/file_import.h"
 #include "windows/empty_list_page.h"
+#include "windows/import_icon.h"
 #include "windows/shown_text.h"
 #include "windows/style_list_model.h"
 #include "windows/style_row_delegate.h"
@@ -16,7 +17,6 @@
 #include <QMenuBar>
 #include <QMimeData>
 #include <QStackedWidget>
-#include <QStyle>
 #include <QToolBar>
 
 #include <utility>
@@ -71,7 +71,8 @@ void MainWindow::bringForward() {
 
 void MainWindow::makeMenusAndToolbar() {
     importAction->setIconText("Import");
-    importAction->setIcon(style()->standardIcon(QStyle::SP_DialogOpenButton, nullptr, this));
+    importAction->setToolTip("Import User CSS files");
+    importAction->setIcon(importIcon(palette()));
     importAction->setShortcut(QKeySequence::Open);
     connect(importAction, &QAction::triggered, this, [this] { importFromFile(); });
 
@@ -110,7 +111,7 @@ void MainWindow::makeList() {
     styleList->setModel(model);
     connect(model, &QAbstractItemModel::modelReset, this, [this] { showListOrAdvice(); });
     connect(model, &QAbstractItemModel::rowsInserted, this, [this] { showListOrAdvice(); });
-    connect(model, &StyleListModel::lastRowWanted, this, [this] { selectLastRow(); });
+    connect(model, &StyleListModel::rowWanted, this, [this](int row) { selectRow(row); });
 }
 
 void MainWindow::showListOrAdvice() {
@@ -120,11 +121,10 @@ void MainWindow::showListOrAdvice() {
     if (movesFocus || !focusWidget()) wanted->setFocus();
 }
 
-void MainWindow::selectLastRow() {
-    const QModelIndex last = model->index(model->rowCount() - 1);
-    if (!last.isValid()) return;
-    styleList->setCurrentIndex(last);
-    styleList->scrollToBottom();
+void MainWindow::selectRow(int row) {
+    const QModelIndex wanted = model->index(row);
+    styleList->setCurrentIndex(wanted);
+    styleList->scrollTo(wanted);
 }
 
 void MainWindow::importFromFile() {

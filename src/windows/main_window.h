@@ -42,7 +42,7 @@ private:
     void makeMenusAndToolbar();
     void makeList();
     void showListOrAdvice();
-    void selectLastRow();
+    void selectRow(int row);
     void importFromFile();
 
     mainWindowCommands commands;

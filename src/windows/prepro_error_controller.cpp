@@ -33,11 +33,13 @@ PreproErrorController::PreproErrorController(const compilerError& error)
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     QPushButton* close = buttons->button(QDialogButtonBox::Close);
     close->setDefault(true);
+    close->setIcon({});
     QObject::connect(close, &QPushButton::clicked, this, &QWidget::close);
     QObject::connect(new QShortcut(QKeySequence::Cancel, this), &QShortcut::activated, this,
                      &QWidget::close);
 
     auto* rows = new QVBoxLayout(this);
+    rows->setSpacing(10);
     rows->addWidget(makeHeader(error));
     rows->addWidget(errorTextView, 1);
     rows->addWidget(buttons);
@@ -60,6 +62,7 @@ QWidget* PreproErrorController::makeHeader(const compilerError& error) {
     auto* header = new QWidget;
     auto* columns = new QHBoxLayout(header);
     columns->setContentsMargins(0, 0, 0, 0);
+    columns->setSpacing(10);
     columns->addWidget(exclamImage);
     columns->addWidget(errorHeaderLabel, 1);
     return header;

@@ -6,8 +6,7 @@ namespace tessaril {
 
 StyleListModel::StyleListModel(StyleList& styleList, QObject* parent)
     : QAbstractListModel(parent), list(styleList) {
-    list.setObserver(this);
-    rows = static_cast<int>(list.styles().size());
+    list.setObserver(this); // which resets the rows
 }
 
 StyleListModel::~StyleListModel() {
@@ -60,7 +59,7 @@ void StyleListModel::rowAppended() {
     beginInsertRows({}, rows, rows);
     ++rows;
     endInsertRows();
-    emit lastRowWanted();
+    emit rowWanted(rows - 1);
 }
 
 void StyleListModel::rowChanged(std::size_t row) {
@@ -68,8 +67,8 @@ void StyleListModel::rowChanged(std::size_t row) {
     emit dataChanged(changed, changed);
 }
 
-void StyleListModel::selectLastRow() {
-    emit lastRowWanted();
+void StyleListModel::selectRow(std::size_t row) {
+    emit rowWanted(static_cast<int>(row));
 }
 
 } // namespace tessaril

@@ -25,14 +25,14 @@ public:
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
 signals:
-    /// The last row is to be scrolled to and selected.
-    void lastRowWanted();
+    /// The row is to be scrolled to and selected.
+    void rowWanted(int row);
 
 private:
     void rowsReset() override;
     void rowAppended() override;
     void rowChanged(std::size_t row) override;
-    void selectLastRow() override;
+    void selectRow(std::size_t row) override;
 
     StyleList& list;
     int rows = 0; ///< as the view knows it

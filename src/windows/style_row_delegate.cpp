@@ -24,8 +24,13 @@ constexpr int verticalPadding = 9;
 constexpr int lineGap = 2;
 
 constexpr qreal disabledIconOpacity = 0.3;
-constexpr qreal secondaryStrength = 0.7;
-constexpr qreal tertiaryStrength = 0.55;
+// How much of the text's colour the weaker ones keep; on a selection more, for the same contrast.
+struct strengths {
+    qreal secondary;
+    qreal tertiary;
+};
+constexpr strengths onBase{0.7, 0.55};
+constexpr strengths onSelection{0.92, 0.78};
 
 QStyle* styleOf(const QStyleOptionViewItem& option) {
     return option.widget ? option.widget->style() : QApplication::style();
@@ -59,9 +64,10 @@ rowColors colorsOf(const QStyleOptionViewItem& option, bool isEnabled) {
         option.palette.color(group, selected ? QPalette::HighlightedText : QPalette::Text);
     const QColor background =
         option.palette.color(group, selected ? QPalette::Highlight : QPalette::Base);
-    const QColor tertiary = weakened(text, background, tertiaryStrength);
+    const strengths& strength = selected ? onSelection : onBase;
+    const QColor tertiary = weakened(text, background, strength.tertiary);
     if (!isEnabled) return {tertiary, tertiary};
-    return {text, weakened(text, background, secondaryStrength)};
+    return {text, weakened(text, background, strength.secondary)};
 }
 
 void paintLine(QPainter& painter, const QRect& place, const QFont& font, const QColor& color,
@@ -121,12 +127,10 @@ void StyleRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& give
     paintLine(*painter, visual(QRect(left, top + nameHeight + lineGap, width, sourceHeight)),
               smaller, colors.source, index.data(StyleListModel::sourceRole).toString());
 
+    // A frame of its own: the style's is lost on a selected row.
     if (option.state & QStyle::State_HasFocus) {
-        QStyleOptionFocusRect focus;
-        focus.QStyleOption::operator=(option);
-        focus.backgroundColor = option.palette.color(
-            option.state & QStyle::State_Selected ? QPalette::Highlight : QPalette::Base);
-        style->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, painter, option.widget);
+        painter->setPen(colors.source);
+        painter->drawRect(option.rect.adjusted(2, 2, -3, -3));
     }
     painter->restore();
 }
@@ -167,8 +171,7 @@ bool StyleRowDelegate::editorEvent(QEvent* event, QAbstractItemModel* model,
         checkBoxRect(option).adjusted(-reach, -reach, reach, reach).contains(mouse->pos());
     const bool completesClick = !isPress && isOnBox && pressed == index;
     pressed = isPress && isOnBox ? QPersistentModelIndex(index) : QPersistentModelIndex();
-    if (completesClick) return toggle();
-    return isPress && isOnBox;
+    return completesClick && toggle();
 }
 
 } // namespace tessaril

@@ -1,3 +1,5 @@
+#include "desktop/widget_style.h"
+
 #include <QApplication>
 #include <QTemporaryDir>
 
@@ -21,7 +23,7 @@ int main(int argc, char** argv) {
 
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    QApplication::setStyle("Fusion");
+    QApplication::setStyle(new tessaril::WidgetStyle);
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }
