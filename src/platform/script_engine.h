@@ -46,7 +46,8 @@ public:
 
     /// A context that nobody has used, in which `scripts` have been evaluated in order. Exceptions,
     /// those of the scripts included, go to `onException` on the calling thread. A context is
-    /// stopped when its evaluations run too long, alone or together; then every further one is.
+    /// stopped when its evaluations run too long, alone or together; then that is reported once
+    /// and every further evaluation gives nothing.
     /// The engine may prepare ahead for the next call with the same scripts.
     virtual std::unique_ptr<ScriptContext> makeContext(std::span<const scriptSource> scripts,
                                                        ExceptionHandler onException) = 0;
