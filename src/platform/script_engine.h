@@ -19,7 +19,7 @@ public:
     /// nothing when it ended in an uncaught exception, which went to the context's handler.
     virtual std::optional<std::string> evaluate(std::string_view script) = 0;
 
-    /// Sets a global variable to a string.
+    /// Sets a global variable to a string of UTF-8 text, U+0000 included.
     virtual void setGlobal(std::string_view name, std::string_view value) = 0;
 
     /// A global variable as text ("undefined" for the value undefined); nothing when there is no
