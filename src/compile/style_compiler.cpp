@@ -21,7 +21,26 @@ constexpr std::string_view sassText =
 constexpr std::string_view lessHeader = "A Less compilation error occurred.";
 constexpr std::string_view undefined = "undefined"; // the text of the value undefined
 
-/// Everything in which Less and Stylus differ apart from how they are run.
+using ErrorHandler = ScriptEngine::ExceptionHandler;
+
+constexpr std::string_view renderLess =
+    "less.render(str).then(result => {compiled = result.css;}, err => {errorMsg = err;});";
+
+std::optional<std::string> runLess(ScriptContext& context, const ErrorHandler& showError) {
+    context.evaluate(renderLess);
+    auto compiled = context.global("compiled");
+    const auto error = context.global("errorMsg");
+    if (error && *error != undefined) showError(*error);
+    return compiled;
+}
+
+/// The errors of Stylus are exceptions.
+std::optional<std::string> runStylus(ScriptContext& context, const ErrorHandler&) {
+    context.evaluate("renderer = new StylusRenderer(str);");
+    return context.evaluate("renderer.render();");
+}
+
+/// Everything in which Less and Stylus differ.
 struct compilerDialect {
     std::string_view script;
     std::string_view missing; ///< logged when a script can't be loaded
@@ -29,6 +48,7 @@ struct compilerDialect {
     std::string_view declarationStart;
     std::string_view declarationMiddle;
     std::optional<std::string_view> errorHeader;
+    std::optional<std::string> (*run)(ScriptContext& context, const ErrorHandler& showError);
 };
 
 constexpr compilerDialect less{
@@ -38,6 +58,7 @@ constexpr compilerDialect less{
     "@",
     ": ",
     lessHeader,
+    runLess,
 };
 
 constexpr compilerDialect stylus{
@@ -47,74 +68,49 @@ constexpr compilerDialect stylus{
     "",
     " = ",
     std::nullopt,
+    runStylus,
 };
 
-constexpr std::string_view renderLess =
-    "less.render(str).then(result => {compiled = result.css;}, err => {errorMsg = err;});";
-
-/// One compilation by a script: its context and the style that it serves.
-class ScriptCompilation {
-public:
-    ScriptCompilation(const styleContainer& compiledStyle, const compilerDialect& usedDialect,
-                      CompilerErrors& compilerErrors)
-        : style(compiledStyle), dialect(usedDialect), errors(compilerErrors) {}
-
-    /// Whether the compiler's scripts could be loaded.
-    bool start(ScriptEngine& engine, const Resources& resources) {
-        auto compiler = resources.script(dialect.script);
-        auto encoding = resources.script("encoding.min.js");
-        if (!compiler || !encoding) {
-            logLine(dialect.missing);
-            return false;
-        }
-        const std::array scripts{std::move(*encoding), std::move(*compiler)};
-        context = engine.makeContext(scripts, [this](const std::string& text) { showError(text); });
-        context->evaluate(dialect.catchError);
-        context->setGlobal("str", source());
-        return true;
+std::string sourceFor(const styleContainer& style, const compilerDialect& dialect) {
+    std::string text;
+    for (const userVariable& variable : *style.userVariables) {
+        text += dialect.declarationStart;
+        text += variable.name;
+        text += dialect.declarationMiddle;
+        text += variableText(variable, variableReader::compiler);
+        text += ";\n";
     }
+    return text + "\n" + joinSectionsForPreprocessor(style);
+}
 
-    /// The compiled text; nothing or "undefined" when there is none.
-    std::optional<std::string> runLess() {
-        context->evaluate(renderLess);
-        auto compiled = context->global("compiled");
-        const auto error = context->global("errorMsg");
-        if (error && *error != undefined) showError(*error);
-        return compiled;
+compilerError errorFor(const styleContainer& style, const compilerDialect& dialect,
+                       std::string_view text) {
+    // From there on it is the compiler's own stack, of no use to the user.
+    text = text.substr(0, text.find("Error.captureStackTrace"));
+    std::optional<std::string> header;
+    if (dialect.errorHeader) header = *dialect.errorHeader;
+    return {"Compiler Error (" + style.styleData.name + ")", header, std::string(text)};
+}
+
+/// What the compiler makes of `style`; nothing or "undefined" when it gives no text.
+std::optional<std::string> compiledText(const styleContainer& style, const compilerDialect& dialect,
+                                        ScriptEngine& engine, const Resources& resources,
+                                        CompilerErrors& errors) {
+    auto compiler = resources.script(dialect.script);
+    auto encoding = resources.script("encoding.min.js");
+    if (!compiler || !encoding) {
+        logLine(dialect.missing);
+        return std::nullopt;
     }
-
-    /// The same for Stylus, whose errors are exceptions.
-    std::optional<std::string> runStylus() {
-        context->evaluate("renderer = new StylusRenderer(str);");
-        return context->evaluate("renderer.render();");
-    }
-
-private:
-    std::string source() const {
-        std::string text;
-        for (const userVariable& variable : *style.userVariables) {
-            text += dialect.declarationStart;
-            text += variable.name;
-            text += dialect.declarationMiddle;
-            text += variableText(variable, variableReader::compiler);
-            text += ";\n";
-        }
-        return text + "\n" + joinSectionsForPreprocessor(style);
-    }
-
-    void showError(std::string_view text) {
-        // From there on it is the compiler's own stack, of no use to the user.
-        text = text.substr(0, text.find("Error.captureStackTrace"));
-        std::optional<std::string> header;
-        if (dialect.errorHeader) header = *dialect.errorHeader;
-        errors.show({"Compiler Error (" + style.styleData.name + ")", header, std::string(text)});
-    }
-
-    const styleContainer& style;
-    const compilerDialect& dialect;
-    CompilerErrors& errors;
-    std::unique_ptr<ScriptContext> context;
-};
+    const ErrorHandler showError = [&](const std::string& text) {
+        errors.show(errorFor(style, dialect, text));
+    };
+    const std::array scripts{std::move(*encoding), std::move(*compiler)};
+    const auto context = engine.makeContext(scripts, showError);
+    context->evaluate(dialect.catchError);
+    context->setGlobal("str", sourceFor(style, dialect));
+    return dialect.run(*context, showError);
+}
 
 void storeCompiled(styleContainer& style, const std::optional<std::string>& compiled) {
     if (!compiled || trimmed(*compiled) == undefined) return;
@@ -144,13 +140,11 @@ void StyleCompiler::compileStyle(styleContainer& style) {
     if (preprocessor.empty() || preprocessor == "uso") return compilePlaceholders(style);
     if (preprocessor == "default") return compileCustomProperties(style);
 
-    if (preprocessor == "less") {
-        ScriptCompilation compilation(style, less, errors);
-        if (compilation.start(engine, resources)) storeCompiled(style, compilation.runLess());
-    } else if (preprocessor == "stylus") {
-        ScriptCompilation compilation(style, stylus, errors);
-        if (compilation.start(engine, resources)) storeCompiled(style, compilation.runStylus());
-    }
+    const compilerDialect* dialect = nullptr;
+    if (preprocessor == "less") dialect = &less;
+    if (preprocessor == "stylus") dialect = &stylus;
+    if (dialect == nullptr) return;
+    storeCompiled(style, compiledText(style, *dialect, engine, resources, errors));
 }
 
 } // namespace tessaril

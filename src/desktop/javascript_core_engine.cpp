@@ -56,16 +56,16 @@ public:
     }
 
     /// Runs `job` and waits for what it gives; an exception with the stopped text when it does not
-    /// come back in time. `job` must own all that it uses.
+    /// come back in time, and nothing from then on. `job` must own all that it uses.
     scriptOutcome ask(std::function<scriptOutcome(JavaScriptCoreVM&)> job) {
-        const scriptOutcome givenUp{std::nullopt, {scriptStoppedText(timeLimit)}};
-        if (stuck) return givenUp;
+        if (stuck) return {};
         auto task =
             std::make_shared<std::packaged_task<scriptOutcome(JavaScriptCoreVM&)>>(std::move(job));
         std::future<scriptOutcome> outcome = task->get_future();
         post([task](JavaScriptCoreVM& vm) { (*task)(vm); });
         stuck = outcome.wait_for(3 * timeLimit) != std::future_status::ready;
-        return stuck ? givenUp : outcome.get();
+        if (stuck) return {std::nullopt, {scriptStoppedText(timeLimit)}};
+        return outcome.get();
     }
 
     bool isStuck() const { return stuck; }

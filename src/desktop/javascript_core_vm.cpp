@@ -73,6 +73,7 @@ scriptOutcome JavaScriptCoreVM::begin(std::span<const scriptSource> scripts) {
         current = prepare({scripts.begin(), scripts.end()});
     }
     timeLeft = timeLimit;
+    stopReported = false;
     return std::exchange(current.loading, {});
 }
 
@@ -100,7 +101,7 @@ scriptOutcome JavaScriptCoreVM::global(std::string_view name) {
         const JSValueRef value = JSObjectGetProperty(current.context, globals, key, &exception);
         if (exception == nullptr) outcome.value = textOf(current.context, value, &exception);
     });
-    if (!inTime) return {std::nullopt, {stoppedText()}};
+    if (!inTime) return stoppedOutcome();
     if (exception != nullptr) addException(outcome, current.context, exception);
     return outcome;
 }
@@ -127,13 +128,15 @@ void JavaScriptCoreVM::collectGarbage() {
     JSGlobalContextRelease(context);
 }
 
-std::string JavaScriptCoreVM::stoppedText() const {
-    return scriptStoppedText(timeLimit);
+scriptOutcome JavaScriptCoreVM::stoppedOutcome() {
+    if (std::exchange(stopReported, true)) return {};
+    return {std::nullopt, {scriptStoppedText(timeLimit)}};
 }
 
 JavaScriptCoreVM::preparedContext JavaScriptCoreVM::prepare(std::vector<scriptSource> scripts) {
     preparedContext prepared{JSGlobalContextCreateInGroup(group, nullptr), std::move(scripts), {}};
     timeLeft = timeLimit;
+    stopReported = false;
     for (const scriptSource& script : prepared.scripts) {
         auto outcome = evaluateIn(prepared.context, script.text, &script.address);
         std::ranges::move(outcome.exceptions, std::back_inserter(prepared.loading.exceptions));
@@ -154,7 +157,7 @@ scriptOutcome JavaScriptCoreVM::evaluateIn(JSGlobalContextRef context, std::stri
                              address == nullptr ? nullptr : JSStringRef(source), 1, &exception);
         if (exception == nullptr) outcome.value = textOf(context, value, &exception);
     });
-    if (!inTime) return {std::nullopt, {stoppedText()}};
+    if (!inTime) return stoppedOutcome();
     if (exception != nullptr) addException(outcome, context, exception);
     return outcome;
 }
@@ -163,7 +166,8 @@ void JavaScriptCoreVM::addException(scriptOutcome& outcome, JSGlobalContextRef c
                                     JSValueRef exception) {
     std::string text;
     const bool inTime = withinLimit([&] { text = describe(context, exception); });
-    outcome.exceptions.push_back(inTime ? std::move(text) : stoppedText());
+    if (!inTime) return void(outcome = stoppedOutcome());
+    outcome.exceptions.push_back(std::move(text));
 }
 
 std::optional<std::string> JavaScriptCoreVM::textOf(JSContextRef context, JSValueRef value,

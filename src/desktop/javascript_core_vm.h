@@ -64,7 +64,7 @@ private:
     std::optional<std::string> textOf(JSContextRef context, JSValueRef value,
                                       JSValueRef* exception) const;
     std::string describe(JSContextRef context, JSValueRef exception) const;
-    std::string stoppedText() const;
+    scriptOutcome stoppedOutcome();
 
     /// Calls into the engine within the compilation's remaining time; false when that ran out.
     template <class Call>
@@ -72,7 +72,8 @@ private:
 
     Milliseconds timeLimit;
     std::chrono::nanoseconds timeLeft{};
-    bool stopped = false; ///< set by the engine when the time is over
+    bool stopped = false;      ///< set by the engine when the time is over
+    bool stopReported = false; ///< one exception for a compilation, not one for each later call
     JSContextGroupRef group;
     preparedContext current;
     std::vector<preparedContext> spares; ///< at most one for each list of scripts

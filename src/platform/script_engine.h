@@ -19,7 +19,7 @@ public:
     /// nothing when it ended in an uncaught exception, which went to the context's handler.
     virtual std::optional<std::string> evaluate(std::string_view script) = 0;
 
-    /// Sets a global variable to a string.
+    /// Sets a global variable to a string of UTF-8 text, U+0000 included.
     virtual void setGlobal(std::string_view name, std::string_view value) = 0;
 
     /// A global variable as text ("undefined" for the value undefined); nothing when there is no
@@ -46,7 +46,8 @@ public:
 
     /// A context that nobody has used, in which `scripts` have been evaluated in order. Exceptions,
     /// those of the scripts included, go to `onException` on the calling thread. A context is
-    /// stopped when its evaluations run too long, alone or together; then every further one is.
+    /// stopped when its evaluations run too long, alone or together; then that is reported once
+    /// and every further evaluation gives nothing.
     /// The engine may prepare ahead for the next call with the same scripts.
     virtual std::unique_ptr<ScriptContext> makeContext(std::span<const scriptSource> scripts,
                                                        ExceptionHandler onException) = 0;

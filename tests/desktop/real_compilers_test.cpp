@@ -132,7 +132,7 @@ TEST_F(RealCompilersTest, stopAStyleThatNeverEnds) {
         styleContainer style = styleFor(preprocessor, code);
         const CapturedLog log;
         hasty.compileStyle(style);
-        ASSERT_FALSE(errors.errors.empty());
+        ASSERT_EQ(errors.errors.size(), 1u);
         EXPECT_THAT(errors.errors.front().text, HasSubstr("stopped"));
         EXPECT_FALSE(style.styleData.compSections);
     }
@@ -142,7 +142,7 @@ TEST_F(RealCompilersTest, giveMemoryBackAfterAThousandCompilations) {
     const CapturedLog log;
     const auto compileMany = [&](int count) {
         for (int i = 0; i < count; ++i) {
-            styleContainer style = i % 10 == 0 ? styleFor("stylus", "a\n\twidth width + 1")
+            styleContainer style = i % 50 == 0 ? styleFor("stylus", "a\n\twidth width + 1")
                                                : styleFor("less", "a { width: @width + 1 }");
             compiler.compileStyle(style);
             ASSERT_TRUE(style.styleData.compSections);
