@@ -95,7 +95,7 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
         QTimer::singleShot(0, &window, [&, asked] { open(application, asked); });
     };
     onLaterStart = [&](const laterStart& start) {
-        window.bringForward();
+        window.bringForward(start.activationToken);
         openSoon(start.arguments);
     };
     window.show();
