@@ -12,6 +12,7 @@
 #include "desktop/shared_container.h"
 #include "desktop/single_instance.h"
 #include "desktop/start_arguments.h"
+#include "desktop/termination_signals.h"
 #include "windows/compiler_error_windows.h"
 #include "windows/main_window.h"
 
@@ -102,12 +103,13 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
     application.styleListShown();
     openSoon(arguments);
 
+    const TerminationSignals termination;
     const int status = QApplication::exec();
     instance.stopListening();
     onLaterStart = nullptr;
     dispatcher.finish();
     application.finish();
-    alerts.finish();
+    if (!termination.haveCome()) alerts.finish();
     return status;
 }
 
