@@ -27,6 +27,7 @@ void handle(int) {
 } // namespace
 
 TerminationSignals::TerminationSignals() {
+    signalled = false;
     if (::pipe2(wakeUp.data(), O_CLOEXEC | O_NONBLOCK) != 0) return;
     auto* notifier = new QSocketNotifier(wakeUp[0], QSocketNotifier::Read, qApp);
     QObject::connect(notifier, &QSocketNotifier::activated, notifier, [notifier] {
