@@ -3,11 +3,17 @@
 #include <QString>
 #include <QStringDecoder>
 
+#include <algorithm>
+
 namespace tessaril {
 
 namespace {
 
 JSStringRef stringFromUTF8(std::string_view utf8) {
+    const bool isASCII = std::ranges::all_of(utf8, [](char c) { return c > 0; });
+    // Gives a string of one byte per character, which the engine reads a good deal faster.
+    if (isASCII) return JSStringCreateWithUTF8CString(std::string(utf8).c_str());
+
     // The engine's own conversion stops at U+0000.
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
     const QString text = decoder(QByteArrayView(utf8.data(), static_cast<qsizetype>(utf8.size())));

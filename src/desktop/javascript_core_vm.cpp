@@ -24,7 +24,7 @@ namespace {
 /// Less and Stylus; a third list of scripts pushes out the oldest spare.
 constexpr std::size_t mostSpares = 2;
 /// The engine alone lets a long series of compilations grow to several times this.
-constexpr int compilationsPerCollection = 20;
+constexpr int compilationsPerCollection = 50;
 
 std::chrono::nanoseconds threadTime() {
     timespec now{};

@@ -1,6 +1,7 @@
 #include "formats/moz_document.h"
 
-#include "formats/text_scanner.h"
+#include "formats/block_comment.h"
+#include "formats/byte_places.h"
 #include "model/log.h"
 #include "model/text.h"
 
@@ -79,21 +80,14 @@ std::size_t headerEnd(std::string_view chunk) {
 /// The brace that closes the block whose header ends at `start`; npos when the braces never
 /// balance. Braces in comments do not count, those in strings do.
 std::size_t closingBrace(std::string_view chunk, std::size_t start, bool hasLineComments) {
-    NextPlace nextOpening(chunk, "{");
-    NextPlace nextClosing(chunk, "}");
-    NextPlace nextSlash(chunk, "/");
+    BytePlaces<'{', '}', '/'> places(chunk);
     BlockComment comment(chunk);
     std::size_t lineCommentEnd = 0;
     std::size_t opened = 0;
     std::size_t closed = 0;
 
-    for (std::size_t at = 0;; ++at) {
-        const std::size_t slash = nextSlash.from(at);
-        at = comment.isOpen() ? slash
-                              : std::min({nextOpening.from(at), nextClosing.from(at), slash});
-        if (at == npos) return npos;
-
-        if (at == slash) {
+    for (std::size_t at = places.from(0); at != npos; at = places.from(at + 1)) {
+        if (chunk[at] == '/') {
             comment.passSlash(at);
             // A line comment begins in a block comment too, and hides the rest of that line.
             const bool isLineComment = hasLineComments && at >= start && at >= lineCommentEnd &&
@@ -102,12 +96,32 @@ std::size_t closingBrace(std::string_view chunk, std::size_t start, bool hasLine
                 lineCommentEnd = std::min(chunk.find_first_of("\r\n", at), chunk.size());
             continue;
         }
-        if (at < start || at < lineCommentEnd) continue;
+        if (comment.isOpen() || at < start || at < lineCommentEnd) continue;
         if (chunk[at] == '{')
             ++opened;
         else if (++closed == opened)
             return at;
     }
+    return npos;
+}
+
+/// `text` without one tab at the start of every line but the first.
+std::string withoutIndentation(std::string_view text) {
+    std::string result(text.size(), '\0');
+    char* end = result.data();
+    std::size_t done = 0;
+    const auto copyUpTo = [&](std::size_t at) {
+        end = std::copy(text.begin() + done, text.begin() + at, end);
+    };
+    BytePlaces<'\n'> lineBreaks(text);
+    for (std::size_t at = lineBreaks.from(0); at != npos; at = lineBreaks.from(at + 1)) {
+        if (!text.substr(at + 1).starts_with('\t')) continue;
+        copyUpTo(at + 1);
+        done = at + 2;
+    }
+    copyUpTo(text.size());
+    result.resize(static_cast<std::size_t>(end - result.data()));
+    return result;
 }
 
 /// The code of a block without the indentation that writing it as a block gave it.
@@ -123,7 +137,7 @@ std::string blockCode(std::string_view body, std::string_view preprocessor) {
         std::ranges::replace(normalised, '\r', '\n');
         body = normalised;
     }
-    return replacingAll(body, "\n\t", "\n");
+    return withoutIndentation(body);
 }
 
 bool isSingleComment(std::string_view text) {
@@ -222,17 +236,12 @@ std::vector<std::string_view> splitAtMozDocument(std::string_view text) {
 
     std::vector<std::string_view> chunks;
     std::size_t chunkStart = 0;
-    NextPlace nextKeyword(text, keyword);
-    NextPlace nextSlash(text, "/");
+    BytePlaces<'/', '@'> places(text);
     BlockComment comment(text);
-    for (std::size_t at = 0;; ++at) {
-        const std::size_t slash = nextSlash.from(at);
-        at = comment.isOpen() ? slash : std::min(nextKeyword.from(at), slash);
-        if (at == npos) break;
-
-        if (at == slash) {
+    for (std::size_t at = places.from(0); at != npos; at = places.from(at + 1)) {
+        if (text[at] == '/') {
             comment.passSlash(at);
-        } else if (at > 0) {
+        } else if (at > 0 && !comment.isOpen() && text.substr(at).starts_with(keyword)) {
             chunks.push_back(trimmed(text.substr(chunkStart, at - chunkStart)));
             chunkStart = at;
         }

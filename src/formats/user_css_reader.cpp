@@ -120,40 +120,49 @@ private:
     }
 };
 
-/// `block` runs from the opening through the closing marker, which ends its last line.
+/// `block` runs from the opening through the closing marker, or is empty. Its last line, which
+/// holds the closing marker, is not read.
 metadata readMetadata(std::string_view block) {
     std::string text(block);
     std::ranges::replace(text, '\r', '\n');
-    std::vector<std::string_view> lines = split(text, "\n");
-    lines.pop_back(); // a line with the closing marker is not read
 
     MetadataReader reader;
-    for (const std::string_view line : lines)
-        reader.readLine(line);
+    std::size_t start = 0;
+    for (std::size_t end = text.find('\n'); end != std::string::npos;
+         end = text.find('\n', start)) {
+        reader.readLine(std::string_view(text).substr(start, end - start));
+        start = end + 1;
+    }
     return reader.take();
 }
 
-struct styleText {
-    metadata properties;
-    std::string css;
+/// Where the metadata block stands in `text`, markers included; empty and at the end when there is
+/// none. A closing marker before the opening one leaves a text without a block.
+struct blockPlace {
+    std::size_t start;
+    std::size_t end;
 };
 
-/// Closing markers before the opening one leave a text without a block.
-styleText cutStyleText(std::string_view text) {
+blockPlace findBlock(std::string_view text) {
     const std::size_t start = text.find(blockOpening);
-    const std::size_t end = text.find(blockClosing);
-    if (start == std::string_view::npos || end == std::string_view::npos || end < start)
-        return {{}, std::string(text)};
-
-    const std::size_t afterBlock = end + blockClosing.size();
-    std::string css(text.substr(0, start));
-    css.append(text.substr(afterBlock));
-    return {readMetadata(text.substr(start, afterBlock - start)), std::string(trimmed(css))};
+    const std::size_t closing = text.find(blockClosing);
+    if (start == std::string_view::npos || closing == std::string_view::npos || closing < start)
+        return {text.size(), text.size()};
+    return {start, closing + blockClosing.size()};
 }
 
 /// The style without an identifier and not compiled.
 std::optional<styleContainer> readStyle(std::string_view text) {
-    auto [properties, css] = cutStyleText(text);
+    const blockPlace block = findBlock(text);
+    const std::string_view before = trimmed(text.substr(0, block.start));
+    const std::string_view after = trimmed(text.substr(block.end));
+    // Joining copies the whole text, so only where there is something on both sides.
+    std::string joined;
+    if (!before.empty() && !after.empty())
+        joined = std::string(text.substr(0, block.start)).append(text.substr(block.end));
+    const std::string_view css = !joined.empty() ? trimmed(joined) : after.empty() ? before : after;
+
+    metadata properties = readMetadata(text.substr(block.start, block.end - block.start));
     std::string preprocessor = properties.preprocessor.value_or("");
     styleJSON styleData;
     styleData.sections = sectionsFromCSS(css, preprocessor);

@@ -16,6 +16,7 @@ constexpr std::size_t npos = std::string_view::npos;
 constexpr std::array<std::string_view, 8> knownTypes = {"select", "dropdown", "image", "checkbox",
                                                         "color",  "text",     "range", "number"};
 constexpr std::string_view unreadDefault = "Value";
+constexpr std::string_view firstOption = "0";
 
 /// `text` with every run of tabs, carriage returns and spaces as one space.
 std::string withSingleSpaces(std::string_view text) {
@@ -140,13 +141,12 @@ std::string readPlainDefault(std::string_view text) {
 void readDefault(std::string_view text, userVariable& variable) {
     const bool hasBraces = contains(text, "{") && contains(text, "}");
     const bool hasBrackets = contains(text, "[") && contains(text, "]");
-    const auto inside = [&] { return trimmed(dropFirst(dropLast(text))); };
+    const auto inside = [&] { return dropFirst(dropLast(text)); };
 
     if (hasBraces && variable.type == "dropdown") {
-        variable.selectOptions = readHeredocOptions(inside());
-        variable.defaultValue = "0";
+        variable.selectOptions = readHeredocOptions(trimmed(inside()));
     } else if (hasBraces && variable.type == "select") {
-        variable.selectOptions = readObjectOptions(inside());
+        variable.selectOptions = readObjectOptions(trimmed(inside()));
     } else if (hasBrackets && variable.type == "select") {
         variable.selectOptions = readArrayOptions(inside());
     } else if (hasBrackets && isNumeric(variable)) {
@@ -157,8 +157,9 @@ void readDefault(std::string_view text, userVariable& variable) {
     } else {
         variable.defaultValue = readPlainDefault(text);
     }
-    if (variable.type == "select" && variable.selectOptions)
-        variable.defaultValue = markedOption(*variable.selectOptions);
+    if (variable.selectOptions)
+        variable.defaultValue = variable.type == "select" ? markedOption(*variable.selectOptions)
+                                                          : std::string(firstOption);
 }
 
 /// Whether the default was read as far as the type needs it.

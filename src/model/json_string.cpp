@@ -1,6 +1,10 @@
 #include "model/json_string.h"
 
+#include "model/byte_words.h"
+
+#include <bit>
 #include <charconv>
+#include <cstdint>
 #include <cstring>
 #include <optional>
 
@@ -85,6 +89,21 @@ char* readEscape(const char*& from, const char* end, char* to) {
     return writeUTF8(0x10000 + ((*first - 0xD800) << 10) + (*second - 0xDC00), to);
 }
 
+constexpr std::size_t wordSize = sizeof(std::uint64_t);
+
+/// Copies a word whole and gives how many of its bytes stand before a backslash; 0 also near the
+/// end, where no whole word is left.
+std::size_t copyWord(const char* from, const char* end, char* to) {
+    if constexpr (std::endian::native != std::endian::little) return 0;
+    if (static_cast<std::size_t>(end - from) < wordSize) return 0;
+    std::uint64_t word = 0;
+    std::memcpy(&word, from, wordSize);
+    std::memcpy(to, &word, wordSize);
+    const std::uint64_t backslashes = bytesEqual(word, '\\');
+    if (backslashes == 0) return wordSize;
+    return static_cast<std::size_t>(std::countr_zero(backslashes)) / 8;
+}
+
 } // namespace
 
 bool decodeJSONString(std::string_view token, std::string& out) {
@@ -95,15 +114,14 @@ bool decodeJSONString(std::string_view token, std::string& out) {
     out.resize(token.size());
     char* to = out.data();
     while (from < end) {
-        const auto* escape =
-            static_cast<const char*>(std::memchr(from, '\\', static_cast<std::size_t>(end - from)));
-        const auto run = static_cast<std::size_t>((escape ? escape : end) - from);
-        std::memcpy(to, from, run);
-        from += run;
-        to += run;
-        if (!escape) break;
-        to = readEscape(from, end, to);
-        if (!to) return false;
+        if (const std::size_t plain = copyWord(from, end, to)) {
+            from += plain;
+            to += plain;
+        } else if (*from != '\\') {
+            *to++ = *from++;
+        } else if (!(to = readEscape(from, end, to))) {
+            return false;
+        }
     }
     out.resize(static_cast<std::size_t>(to - out.data()));
     return true;

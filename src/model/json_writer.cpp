@@ -1,5 +1,6 @@
 #include "model/json_writer.h"
 
+#include "model/byte_words.h"
 #include "model/text.h"
 
 #include <algorithm>
@@ -13,19 +14,9 @@ namespace tessaril {
 
 namespace {
 
-constexpr std::uint64_t repeated(unsigned char byte) {
-    return 0x0101010101010101U * byte;
-}
-
-/// A word whose byte has its high bit set where `word`'s byte is zero, exact up to the first one.
-constexpr std::uint64_t zeroBytes(std::uint64_t word) {
-    return (word - repeated(0x01)) & ~word & repeated(0x80);
-}
-
-/// The same where a byte must be escaped: a quote, a backslash or a control character.
+/// Marks a quote, a backslash or a control character, exact up to the first one from the low end.
 constexpr std::uint64_t escapedBytes(std::uint64_t word) {
-    const std::uint64_t control = (word - repeated(0x20)) & ~word & repeated(0x80);
-    return control | zeroBytes(word ^ repeated('"')) | zeroBytes(word ^ repeated('\\'));
+    return bytesBelow(word, 0x20) | bytesEqual(word, '"') | bytesEqual(word, '\\');
 }
 
 constexpr bool mustEscape(char c) {
@@ -123,13 +114,6 @@ void JsonWriter::real(double value) {
     // refuse more than 64 bits.
     const bool looksLikeInteger = text.find_first_of(".e") == std::string_view::npos;
     if (looksLikeInteger && (text == "-0" || text.size() > 15)) out.append(".0");
-}
-
-std::size_t jsonStringSize(std::string_view text) {
-    std::size_t escapes = 0;
-    for (const char c : text)
-        escapes += mustEscape(c) ? 1 : 0;
-    return text.size() + escapes + 2;
 }
 
 } // namespace tessaril

@@ -33,8 +33,4 @@ private:
     bool representable = true;
 };
 
-/// How many bytes `text` takes as a JSON string, quotes included; rare control characters, which
-/// take more, are counted short.
-std::size_t jsonStringSize(std::string_view text);
-
 } // namespace tessaril
