@@ -12,6 +12,7 @@
 #include "desktop/shared_container.h"
 #include "desktop/single_instance.h"
 #include "desktop/start_arguments.h"
+#include "desktop/termination_signals.h"
 #include "windows/compiler_error_windows.h"
 #include "windows/main_window.h"
 
@@ -95,19 +96,20 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
         QTimer::singleShot(0, &window, [&, asked] { open(application, asked); });
     };
     onLaterStart = [&](const laterStart& start) {
-        window.bringForward();
+        window.bringForward(start.activationToken);
         openSoon(start.arguments);
     };
     window.show();
     application.styleListShown();
     openSoon(arguments);
 
+    const TerminationSignals termination;
     const int status = QApplication::exec();
     instance.stopListening();
     onLaterStart = nullptr;
     dispatcher.finish();
     application.finish();
-    alerts.finish();
+    if (!termination.haveCome()) alerts.finish();
     return status;
 }
 

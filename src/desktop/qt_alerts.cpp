@@ -5,6 +5,7 @@
 #include <QCheckBox>
 #include <QEventLoop>
 #include <QLabel>
+#include <QMainWindow>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTextBoundaryFinder>
@@ -40,10 +41,20 @@ QString shownText(std::string_view text) {
     return whole.size() <= longest ? whole : whole.left(longest) + u'…';
 }
 
+/// The window that an alert is shown over, also while another program has the focus. Not another
+/// box, which would take the alert with it when it closes.
+QWidget* windowBelow() {
+    QWidget* active = QApplication::activeWindow();
+    if (active && !qobject_cast<QMessageBox*>(active)) return active;
+    for (QWidget* window : QApplication::topLevelWidgets())
+        if (window->isVisible() && qobject_cast<QMainWindow*>(window)) return window;
+    return nullptr;
+}
+
 /// A box with its texts and no buttons yet.
 std::unique_ptr<QMessageBox> makeBox(QMessageBox::Icon icon, std::string_view title,
                                      std::string_view text) {
-    auto box = std::make_unique<QMessageBox>(QApplication::activeWindow());
+    auto box = std::make_unique<QMessageBox>(windowBelow());
     box->setWindowModality(Qt::ApplicationModal);
     box->setWindowTitle(QApplication::applicationDisplayName());
     box->setIcon(icon);

@@ -11,6 +11,8 @@
 #include <fcntl.h>
 #include <sys/file.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <optional>
 #include <utility>
 

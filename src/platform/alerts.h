@@ -21,7 +21,9 @@ struct alertQuestion {
 };
 
 struct alertAnswer {
-    int button = 0;          ///< index into the buttons; closing the alert picks the last
+    /// Index into the buttons; closing the alert picks the last, or the first where the last is
+    /// destructive.
+    int button = 0;
     bool suppressed = false; ///< the check box was ticked
 };
 

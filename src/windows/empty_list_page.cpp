@@ -15,6 +15,7 @@ constexpr const char* headingText = "No Styles Yet";
 constexpr const char* adviceText = "Import a style file to begin, or drop one here.\n"
                                    "UserCSS, plain CSS, Less and Stylus files are understood.";
 constexpr int pictureSize = 72;
+constexpr int buttonPadding = 14;
 
 } // namespace
 
@@ -35,6 +36,7 @@ EmptyListPage::EmptyListPage(QAction& import) {
     auto* button = new QPushButton(import.text());
     button->setObjectName("beginButton");
     button->setAutoDefault(true);
+    button->setMinimumWidth(button->sizeHint().width() + 2 * buttonPadding);
     QObject::connect(button, &QPushButton::clicked, &import, &QAction::trigger);
     setFocusProxy(button);
 

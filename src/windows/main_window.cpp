@@ -62,7 +62,10 @@ MainWindow::MainWindow(StyleList& list, mainWindowCommands windowCommands)
     showListOrAdvice();
 }
 
-void MainWindow::bringForward() {
+void MainWindow::bringForward(const std::string& activationToken) {
+    // Where Qt looks for it when it asks a Wayland desktop for the focus.
+    if (!activationToken.empty())
+        qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(activationToken));
     setWindowState(windowState() & ~Qt::WindowMinimized);
     show();
     raise();
@@ -146,8 +149,12 @@ void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
 }
 
 void MainWindow::dropEvent(QDropEvent* event) {
-    commands.openFiles(localFiles(*event->mimeData()));
     event->acceptProposedAction();
+    // Later, as an opened file may ask a question and the program that it came from waits.
+    const auto openDropped = [this, files = localFiles(*event->mimeData())] {
+        commands.openFiles(files);
+    };
+    QMetaObject::invokeMethod(this, openDropped, Qt::QueuedConnection);
 }
 
 } // namespace tessaril

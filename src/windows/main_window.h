@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <string>
 #include <vector>
 
 class QAction;
@@ -31,8 +32,9 @@ public:
     /// `list` must live longer.
     MainWindow(StyleList& list, mainWindowCommands commands);
 
-    /// Brings the window before all others, out of the minimised state too.
-    void bringForward();
+    /// Brings the window before all others, out of the minimised state too. `activationToken` is
+    /// the desktop's leave to take the focus; empty where it gave none.
+    void bringForward(const std::string& activationToken);
 
 protected:
     void dragEnterEvent(QDragEnterEvent* event) override;
