@@ -12,7 +12,7 @@ build_packages=(
 )
 display_packages=(fonts-dejavu-core imagemagick python3 xauth xvfb)
 desktop_packages=(desktop-file-utils shared-mime-info xdg-utils)
-bench_packages=(libbenchmark-dev rapidjson-dev)
+bench_packages=(libbenchmark-dev libxcb1-dev rapidjson-dev)
 
 say() { printf '==> %s\n' "$*"; }
 

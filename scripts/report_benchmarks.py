@@ -1,0 +1,111 @@
+#!/usr/bin/env python3
+"""Runs the benchmarks and prints each figure beside its reference from the same run.
+
+Usage: report_benchmarks.py BINARY_FOLDER [FILTER]
+Needs an X display for the starts. Times are medians; the exit code says nothing about them.
+"""
+
+import json
+import os
+import shutil
+import statistics
+import subprocess
+import sys
+import tempfile
+
+REPETITIONS = 7
+STARTS = 9
+
+# name in the benchmarks: (what, reference, how many times as long it may take)
+LIMITS = {
+    "decode": ("decode a 50 MB document of 2,000 styles", "simdjson's parse to its DOM", 2.0),
+    "encode": ("encode it whole", "memcpy into fresh memory", 3.0),
+    "save": ("save after one toggle in it", "write, fsync and rename of the same bytes", 1.3),
+    "parseUserCSS": ("parseUserCSS on a 600 KB file", "memchr of an absent byte over it", 30.0),
+    "sectionsFromCSS": ("sectionsFromCSS on it", "memchr of an absent byte over it", 30.0),
+    "compileLess": ("compile a small Less style", "the same, scripts loaded beforehand", 1.5),
+    "compileStylus": ("compile a small Stylus style", "the same, scripts loaded beforehand", 1.5),
+}
+CALLERS_SHARE_MS = 1.0
+MILLISECONDS = {"ns": 1e-6, "us": 1e-3, "ms": 1.0, "s": 1e3}
+
+
+def measure(binaries, chosen):
+    """Median milliseconds by benchmark name."""
+    command = [
+        os.path.join(binaries, "tessaril_bench"),
+        f"--benchmark_filter={chosen}",
+        f"--benchmark_repetitions={REPETITIONS}",
+        "--benchmark_enable_random_interleaving=true",
+        "--benchmark_format=json",
+    ]
+    runs = json.loads(subprocess.run(command, check=True, stdout=subprocess.PIPE).stdout)
+    times = {}
+    for run in runs["benchmarks"]:
+        if run.get("aggregate_name", "") != "median":
+            continue
+        name = "/".join(run["run_name"].split("/")[:2])
+        times[name] = run["real_time"] * MILLISECONDS[run["time_unit"]]
+    return times
+
+
+def start_time(binaries, program):
+    times = []
+    for _ in range(STARTS):
+        command = [os.path.join(binaries, "tessaril_bench_start"), os.path.join(binaries, program)]
+        times.append(float(subprocess.run(command, check=True, stdout=subprocess.PIPE).stdout))
+    return statistics.median(times)
+
+
+def measure_starts(binaries):
+    """Median milliseconds to the first picture: the application's, an empty window's."""
+    home = tempfile.mkdtemp()
+    try:
+        for name in ("DATA", "CONFIG", "RUNTIME"):
+            folder = os.path.join(home, name)
+            os.mkdir(folder, 0o700)
+            os.environ["XDG_RUNTIME_DIR" if name == "RUNTIME" else f"XDG_{name}_HOME"] = folder
+        os.environ["HOME"] = home
+        container = os.path.join(home, "DATA", "7RX2KD84QM.group.com.tessaril.shared")
+        os.mkdir(container, 0o700)
+        document = os.path.join(container, "styledb.sdb")
+        subprocess.run([os.path.join(binaries, "tessaril_bench_document"), document], check=True)
+        return start_time(binaries, "tessaril"), start_time(binaries, "tessaril_bench_empty_window")
+    finally:
+        shutil.rmtree(home)
+
+
+def row(what, reference, figure, base, limit):
+    verdict = "reached" if figure <= base * limit else "MISSED"
+    print(
+        f"{what:42} {figure:10.3f} ms   {reference:42} {base:10.3f} ms   "
+        f"{figure / base:6.2f} x, to reach {limit:4.1f} x: {verdict}"
+    )
+
+
+def main():
+    binaries = sys.argv[1]
+    chosen = sys.argv[2] if len(sys.argv) > 2 else "."
+    times = measure(binaries, chosen)
+    for name, (what, reference, limit) in LIMITS.items():
+        if f"{name}/figure" in times and f"{name}/reference" in times:
+            row(what, reference, times[f"{name}/figure"], times[f"{name}/reference"], limit)
+    share = times.get("callersShare/figure")
+    if share is not None:
+        verdict = "reached" if share < CALLERS_SHARE_MS else "MISSED"
+        print(f"{'the calling thread in that save':42} {share:10.3f} ms   to reach 1 ms: {verdict}")
+    for name in sorted(times):
+        if not name.endswith(("/figure", "/reference")):
+            print(f"{name:42} {times[name]:10.3f} ms   for comparison")
+    if chosen == ".":
+        application, empty = measure_starts(binaries)
+        allowed = 2 * empty + times["decode/figure"]
+        verdict = "reached" if application <= allowed else "MISSED"
+        print(
+            f"{'start to a listed window, 2,000 styles':42} {application:10.3f} ms   "
+            f"{'start of an empty Qt window':42} {empty:10.3f} ms   "
+            f"to reach 2 x and the decode, {allowed:.0f} ms: {verdict}"
+        )
+
+
+main()
