@@ -41,6 +41,7 @@ until stored >/dev/null; do
 done
 sleep 1 # for the list to show the last row
 import -window root "$picture"
+convert "$picture" -trim +repage "$picture" # the bare screen around the window
 
 status=0
 stored || status=$?
