@@ -74,6 +74,21 @@ void readEveryByteOnce(benchmark::State& state) {
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
 }
 
+/// The same text line by line: what a pass costs that stops wherever a reader has to look.
+void findEveryLine(benchmark::State& state) {
+    const std::string& text = styleText();
+    const char* const end = text.data() + text.size();
+    for (auto _ : state) {
+        std::size_t lines = 0;
+        const char* at = text.data();
+        while (const void* found = std::memchr(at, '\n', static_cast<std::size_t>(end - at))) {
+            at = static_cast<const char*>(found) + 1;
+            ++lines;
+        }
+        benchmark::DoNotOptimize(lines);
+    }
+}
+
 void readStyle(benchmark::State& state) {
     const std::string& text = styleText();
     const styleMaking making{[] { return 1; }, [](styleContainer&) {}};
@@ -95,5 +110,6 @@ BENCHMARK(readEveryByteOnce)->Name("parseUserCSS/reference")->Unit(benchmark::kM
 BENCHMARK(readStyle)->Name("parseUserCSS/figure")->Unit(benchmark::kMicrosecond);
 BENCHMARK(readEveryByteOnce)->Name("sectionsFromCSS/reference")->Unit(benchmark::kMicrosecond);
 BENCHMARK(readSections)->Name("sectionsFromCSS/figure")->Unit(benchmark::kMicrosecond);
+BENCHMARK(findEveryLine)->Name("memchr of every line break in it")->Unit(benchmark::kMicrosecond);
 
 } // namespace tessaril

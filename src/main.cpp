@@ -120,7 +120,6 @@ int main(int argc, char* argv[]) {
     growHeapInLargeSteps();
     QApplication qt(argc, argv);
     QApplication::setApplicationName("tessaril");
-    QApplication::setApplicationDisplayName("Tessaril");
     QApplication::setDesktopFileName("com.tessaril.app");
     const bool dark = applyAppearance();
 

@@ -56,7 +56,7 @@ std::unique_ptr<QMessageBox> makeBox(QMessageBox::Icon icon, std::string_view ti
                                      std::string_view text) {
     auto box = std::make_unique<QMessageBox>(windowBelow());
     box->setWindowModality(Qt::ApplicationModal);
-    box->setWindowTitle(QApplication::applicationDisplayName());
+    box->setWindowTitle("Tessaril");
     box->setIcon(icon);
     box->setTextFormat(Qt::PlainText);
     box->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <optional>
 
 namespace tessaril {
@@ -111,7 +112,15 @@ std::string withoutIndentation(std::string_view text) {
     char* end = result.data();
     std::size_t done = 0;
     const auto copyUpTo = [&](std::size_t at) {
-        end = std::copy(text.begin() + done, text.begin() + at, end);
+        // Most lines are short: a copy of fixed size is done with before a call would begin.
+        constexpr std::size_t shortLine = 64;
+        const std::size_t size = at - done;
+        const bool fits = size <= shortLine && done + shortLine <= text.size();
+        if (fits)
+            std::memcpy(end, text.data() + done, shortLine);
+        else
+            std::memcpy(end, text.data() + done, size);
+        end += size;
     };
     BytePlaces<'\n'> lineBreaks(text);
     for (std::size_t at = lineBreaks.from(0); at != npos; at = lineBreaks.from(at + 1)) {

@@ -51,7 +51,7 @@ MainWindow::MainWindow(StyleList& list, mainWindowCommands windowCommands)
     , styleList(new QListView)
     , pages(new QStackedWidget)
     , importAction(new QAction("Import User CSS File…", this)) {
-    setWindowTitle(QApplication::applicationDisplayName());
+    setWindowTitle("Tessaril");
     setAcceptDrops(true);
     makeMenusAndToolbar();
     makeList();
