@@ -44,6 +44,20 @@
         }
     }
 
+    // The engine gives every error its own position, that of the statement in the compiler's script,
+    // and Stylus would take it for the place in the style. A function, not a class: errors of old
+    // make call it without new.
+    const EngineError = global.Error;
+    function Error(...given) {
+        const error = Reflect.construct(EngineError, given, new.target ?? Error);
+        delete error.line;
+        delete error.column;
+        return error;
+    }
+    Object.setPrototypeOf(Error, EngineError);
+    Error.prototype = EngineError.prototype;
+    global.Error = Error;
+
     Object.assign(global, { window: global, self: global, location, document, XMLHttpRequest });
 
     // Options that Less picks up when it loads. A style is a stranger's text: no script in it runs,

@@ -20,7 +20,6 @@
 #include <QApplication>
 #include <QFile>
 #include <QMessageBox>
-#include <QTimer>
 
 #include <span>
 
@@ -36,13 +35,14 @@ std::filesystem::path shippedFolder() {
            "share";
 }
 
+/// Arguments are absolute paths and links.
 void open(Application& application, std::span<const std::string> arguments) {
     std::vector<std::filesystem::path> files;
     for (const std::string& argument : arguments) {
-        if (argument.find("://") != std::string::npos)
-            application.openLink(argument);
-        else
+        if (argument.starts_with('/'))
             files.emplace_back(argument);
+        else
+            application.openLink(argument);
     }
     application.openFiles(files);
 }
@@ -92,9 +92,10 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
          .openFiles = [&](auto dropped) { application.openFiles(dropped); },
          .emailSupport = [&] { application.emailSupport(); },
          .openWebsite = [&] { application.openWebsite(); }});
-    // Queued: an opened file may ask a question, and nobody is to wait for its answer.
+    // Queued: an opened file may ask a question, and nobody is to wait for its answer. What is
+    // queued is done even when the application quits meanwhile.
     const auto openSoon = [&](std::vector<std::string> asked) {
-        QTimer::singleShot(0, &window, [&, asked] { open(application, asked); });
+        dispatcher.onMain([&, asked] { open(application, asked); });
     };
     onLaterStart = [&](const laterStart& start) {
         window.bringForward(start.activationToken);
@@ -110,6 +111,7 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
     onLaterStart = nullptr;
     dispatcher.finish();
     application.finish();
+    dispatcher.finish(); // the last save may have an alert to show
     if (!termination.haveCome()) alerts.finish();
     return status;
 }

@@ -1,6 +1,7 @@
 #include "app/opened_files.h"
 
 #include "events/notification_names.h"
+#include "model/text.h"
 
 namespace tessaril {
 
@@ -24,7 +25,7 @@ void OpenedFiles::open(const std::vector<std::filesystem::path>& files) {
 void OpenedFiles::openDatabase(const std::filesystem::path& file) {
     const alertAnswer answer = alerts.ask(
         {.title = "Do you want to import the styles from the Style Database file at " +
-                  file.string() + "?",
+                  validUTF8(file.string()) + "?",
          .text = "This will add the styles from this file to your current style database.",
          .buttons = {"Yes", "No"}});
     if (answer.button != 0) return;

@@ -17,8 +17,8 @@ struct colorComponents {
 
 /// The colour that `text` spells as "#rgb", "#rrggbb", "rgb(r,g,b)", "rgba(r,g,b,a)" or by name,
 /// white space around it and any ";" aside; nothing for any other text. Numbers of rgb() and rgba()
-/// run from 0 to 255, alpha from 0 to 1; percentages are not understood, and only names may be in
-/// upper case. Anything after "#" is read: "#zz" is black.
+/// run from 0 to 255, alpha from 0 to 1; percentages are not understood, and "rgb" and "rgba" must
+/// be in lower case. Anything after "#" is read: "#zz" is black.
 std::optional<colorComponents> colorFromString(std::string_view text);
 
 } // namespace tessaril

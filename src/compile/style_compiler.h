@@ -18,7 +18,8 @@ public:
     /// Recomputes the compiled output of `style` in place and blocks until it is done. Plain CSS
     /// ("default", "uso" or no preprocessor) writes each section's `compiledcode` and clears
     /// `compSections`; Less and Stylus replace `compSections`, or leave it as it is when they fail.
-    /// A style without `userVariables` or of another preprocessor stays as it is. Compiler errors
+    /// A style without `userVariables` or of another preprocessor stays as it is, with an alert
+    /// where it is "sass". Compiler errors
     /// open windows of their own, shown later; a missing script is a line in the log.
     void compileStyle(styleContainer& style);
 

@@ -6,14 +6,6 @@ namespace tessaril {
 
 namespace {
 
-bool isSelectLike(const userVariable& variable) {
-    return variable.type == "select" || variable.type == "dropdown" || variable.type == "image";
-}
-
-bool isNumeric(const userVariable& variable) {
-    return variable.type == "range" || variable.type == "number";
-}
-
 const variableOption* optionAt(const std::vector<variableOption>& options,
                                std::string_view position) {
     const auto index = parseInteger(position);
@@ -42,7 +34,8 @@ std::string optionText(const userVariable& variable, variableReader reader) {
 
 std::string textWithUnits(const userVariable& variable) {
     const std::string& units = *variable.rangeOptions->units;
-    if (variable.currentValue) return *variable.currentValue + units;
+    if (variable.currentValue && parseDouble(*variable.currentValue))
+        return *variable.currentValue + units;
     // Units alone would be a value of their own.
     return parseDouble(variable.defaultValue) ? variable.defaultValue + units : "";
 }

@@ -14,7 +14,8 @@ enum class variableReader {
 
 /// The text that `variable` has in the code: the chosen option's value, the value with its units,
 /// or the value as stored. A choice that does not exist counts as the default, then as the first
-/// option; a missing value as the default.
+/// option; with units, a value that is no number as the default. Any other missing value is the
+/// default to a page and "null" to a compiler.
 std::string variableText(const userVariable& variable, variableReader reader);
 
 } // namespace tessaril

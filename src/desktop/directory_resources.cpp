@@ -18,8 +18,9 @@ std::optional<scriptSource> DirectoryResources::script(std::string_view name) co
     if (file.error() != QFileDevice::NoError) return std::nullopt;
     auto text = textFromUTF8(bytes.toStdString());
     if (!text) return std::nullopt;
-    return scriptSource{std::move(*text),
-                        QUrl::fromLocalFile(file.fileName()).toString().toStdString()};
+    return scriptSource{
+        std::move(*text),
+        QUrl::fromLocalFile(file.fileName()).toString(QUrl::FullyEncoded).toStdString()};
 }
 
 } // namespace tessaril

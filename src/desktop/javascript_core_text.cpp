@@ -10,7 +10,8 @@ namespace tessaril {
 namespace {
 
 JSStringRef stringFromUTF8(std::string_view utf8) {
-    const bool isASCII = std::ranges::all_of(utf8, [](char c) { return c > 0; });
+    const bool isASCII =
+        std::ranges::all_of(utf8, [](char c) { return static_cast<signed char>(c) > 0; });
     // Gives a string of one byte per character, which the engine reads a good deal faster.
     if (isASCII) return JSStringCreateWithUTF8CString(std::string(utf8).c_str());
 

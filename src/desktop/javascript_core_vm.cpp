@@ -4,12 +4,15 @@
 
 #include <QString>
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <ctime>
+#include <fstream>
 
 // Exported by the library, declared in none of its installed headers. The limit counts processor
-// time of the evaluating thread; the callback says whether to stop. It must say yes: after a no the
-// engine does not ask again.
+// time of the evaluating thread; the callback says whether to stop. After a no the engine asks
+// again only when the limit is set anew.
 extern "C" {
 using JSShouldTerminateCallback = bool (*)(JSContextRef context, void* data);
 void JSContextGroupSetExecutionTimeLimit(JSContextGroupRef group, double seconds,
@@ -25,6 +28,20 @@ namespace {
 constexpr std::size_t mostSpares = 2;
 /// The engine alone lets a long series of compilations grow to several times this.
 constexpr int compilationsPerCollection = 50;
+
+/// How often a running script is looked at.
+constexpr std::chrono::nanoseconds watchInterval = std::chrono::milliseconds(200);
+/// How much the process may grow while a compilation runs: a few lines of a style can ask for more
+/// memory than any machine has, long before their time is over.
+constexpr std::size_t memoryLimit = std::size_t{1} << 30;
+
+/// Bytes of memory that the process holds.
+std::size_t residentMemory() {
+    std::size_t total = 0;
+    std::size_t resident = 0;
+    std::ifstream("/proc/self/statm") >> total >> resident;
+    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
 
 std::chrono::nanoseconds threadTime() {
     timespec now{};
@@ -72,8 +89,7 @@ scriptOutcome JavaScriptCoreVM::begin(std::span<const scriptSource> scripts) {
     } else {
         current = prepare({scripts.begin(), scripts.end()});
     }
-    timeLeft = timeLimit;
-    stopReported = false;
+    startCompilation();
     return std::exchange(current.loading, {});
 }
 
@@ -109,7 +125,7 @@ scriptOutcome JavaScriptCoreVM::global(std::string_view name) {
 void JavaScriptCoreVM::end() {
     JSGlobalContextRelease(current.context);
     ++endedSinceCollection;
-    if (endedSinceCollection >= compilationsPerCollection) collectGarbage();
+    if (endedSinceCollection >= compilationsPerCollection || !stopText.empty()) collectGarbage();
 
     preparedContext next = prepare(std::move(current.scripts));
     current = {};
@@ -130,13 +146,19 @@ void JavaScriptCoreVM::collectGarbage() {
 
 scriptOutcome JavaScriptCoreVM::stoppedOutcome() {
     if (std::exchange(stopReported, true)) return {};
-    return {std::nullopt, {scriptStoppedText(timeLimit)}};
+    return {std::nullopt, {stopText}};
+}
+
+void JavaScriptCoreVM::startCompilation() {
+    timeLeft = timeLimit;
+    memoryAtStart = residentMemory();
+    stopText.clear();
+    stopReported = false;
 }
 
 JavaScriptCoreVM::preparedContext JavaScriptCoreVM::prepare(std::vector<scriptSource> scripts) {
     preparedContext prepared{JSGlobalContextCreateInGroup(group, nullptr), std::move(scripts), {}};
-    timeLeft = timeLimit;
-    stopReported = false;
+    startCompilation();
     for (const scriptSource& script : prepared.scripts) {
         auto outcome = evaluateIn(prepared.context, script.text, &script.address);
         std::ranges::move(outcome.exceptions, std::back_inserter(prepared.loading.exceptions));
@@ -193,17 +215,33 @@ std::string JavaScriptCoreVM::describe(JSContextRef context, JSValueRef exceptio
 
 template <class Call>
 bool JavaScriptCoreVM::withinLimit(Call call) {
-    if (timeLeft <= timeLeft.zero()) return false;
+    if (!stopText.empty()) return false;
 
-    stopped = false;
-    const auto stop = [](JSContextRef, void* flag) { return *static_cast<bool*>(flag) = true; };
-    JSContextGroupSetExecutionTimeLimit(group, std::chrono::duration<double>(timeLeft).count(),
-                                        stop, &stopped);
-    const auto start = threadTime();
+    callStart = threadTime();
+    watch();
     call();
-    timeLeft -= threadTime() - start;
-    if (stopped) timeLeft = {}; // a flag of our own: a stopped promise reaction throws nothing
-    return !stopped;
+    timeLeft -= threadTime() - callStart;
+    // Not by the exception: a stopped promise reaction throws nothing.
+    return stopText.empty();
+}
+
+void JavaScriptCoreVM::watch() {
+    const auto left = std::max(timeLeft - (threadTime() - callStart), std::chrono::nanoseconds(1));
+    const std::chrono::duration<double> slice = std::min(left, watchInterval);
+    const auto callback = [](JSContextRef, void* vm) {
+        return static_cast<JavaScriptCoreVM*>(vm)->mustStop();
+    };
+    JSContextGroupSetExecutionTimeLimit(group, slice.count(), callback, this);
+}
+
+bool JavaScriptCoreVM::mustStop() {
+    if (threadTime() - callStart >= timeLeft)
+        stopText = scriptStoppedText(timeLimit);
+    else if (residentMemory() > memoryAtStart + memoryLimit)
+        stopText = scriptTooLargeText;
+    else
+        watch();
+    return !stopText.empty();
 }
 
 } // namespace tessaril

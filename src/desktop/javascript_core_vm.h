@@ -8,6 +8,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tessaril {
@@ -20,6 +21,10 @@ struct scriptOutcome {
 
 /// The exception text of a compilation that was stopped after `timeLimit`.
 std::string scriptStoppedText(std::chrono::milliseconds timeLimit);
+
+/// The exception text of a compilation that was stopped for the memory that it took.
+inline constexpr std::string_view scriptTooLargeText =
+    "The compiler was stopped: it used too much memory.";
 
 /// One virtual machine of JavaScriptCore, used from one thread only. It serves one compilation
 /// after another, each in a global context of its own; what outlives a context is the bytecode of
@@ -66,13 +71,19 @@ private:
     std::string describe(JSContextRef context, JSValueRef exception) const;
     scriptOutcome stoppedOutcome();
 
-    /// Calls into the engine within the compilation's remaining time; false when that ran out.
+    /// Calls into the engine within what the compilation has left of time and memory; false when
+    /// either ran out.
     template <class Call>
     bool withinLimit(Call call);
+    void watch();
+    bool mustStop();
+    void startCompilation();
 
     Milliseconds timeLimit;
     std::chrono::nanoseconds timeLeft{};
-    bool stopped = false;      ///< set by the engine when the time is over
+    std::chrono::nanoseconds callStart{}; ///< the thread's time when the running call began
+    std::size_t memoryAtStart = 0;        ///< of the process, in bytes
+    std::string stopText;      ///< why the compilation was stopped; empty while it was not
     bool stopReported = false; ///< one exception for a compilation, not one for each later call
     JSContextGroupRef group;
     preparedContext current;

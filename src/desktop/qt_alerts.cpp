@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QEventLoop>
+#include <QGridLayout>
 #include <QLabel>
 #include <QMainWindow>
 #include <QMessageBox>
@@ -51,6 +52,13 @@ QWidget* windowBelow() {
     return nullptr;
 }
 
+/// Left to itself a box is as narrow as its texts can be broken.
+void widen(QMessageBox& box) {
+    constexpr int width = 400;
+    if (auto* layout = qobject_cast<QGridLayout*>(box.layout()))
+        layout->addItem(new QSpacerItem(width, 0), layout->rowCount(), 0, 1, layout->columnCount());
+}
+
 /// A box with its texts and no buttons yet.
 std::unique_ptr<QMessageBox> makeBox(QMessageBox::Icon icon, std::string_view title,
                                      std::string_view text) {
@@ -73,6 +81,7 @@ std::unique_ptr<QMessageBox> makeBox(QMessageBox::Icon icon, std::string_view ti
         bold.setBold(true);
         heading->setFont(bold);
     }
+    widen(*box);
     return box;
 }
 

@@ -28,8 +28,9 @@ styleSection parseSectionHeader(std::string_view header, std::string code);
 /// is nothing to read. Logs one line for each header without a readable rule.
 std::vector<styleSection> sectionsFromCSS(std::string_view css, std::string_view preprocessor);
 
-/// The style's sections as the one text that a compiler reads. Where a block has braces,
-/// `sectionsFromCSS` reads the same rules and code back.
+/// The style's sections as the one text that a compiler reads. `sectionsFromCSS` reads the same
+/// rules and the same code, trimmed, back where the code's braces balance; a rule that holds `"),`
+/// or an escaped slash does not survive.
 std::string joinSectionsForPreprocessor(const styleContainer& style);
 
 } // namespace tessaril

@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::string_view blockOpening = "/* ==UserStyle==";
 constexpr std::string_view blockClosing = "==/UserStyle== */";
+
 /// What the metadata block says; a key that it does not hold has no value.
 struct metadata {
     std::optional<std::string> name;
@@ -51,7 +52,10 @@ constexpr std::array<metadataKey, 12> metadataKeys = {{
     {"@license", &metadata::license},
     {"@preprocessor", &metadata::preprocessor},
 }};
-constexpr std::size_t longestKey = 13;
+constexpr std::size_t longestKey =
+    std::ranges::max_element(metadataKeys, {}, [](const metadataKey& row) {
+        return row.key.size();
+    })->key.size();
 
 /// The key that the trimmed `line` begins with, letter for letter.
 const metadataKey* keyOf(std::string_view line) {

@@ -88,10 +88,6 @@ std::optional<labelAndDefault> readLabel(std::string_view rest) {
     return labelAndDefault{rest.substr(0, space), trimmed(rest.substr(space + 1))};
 }
 
-bool isNumeric(const userVariable& variable) {
-    return variable.type == "range" || variable.type == "number";
-}
-
 rangeOpts defaultBounds(std::string_view type) {
     using limits = std::numeric_limits<double>;
     if (type == "range") return {0, 100, 1, std::nullopt};

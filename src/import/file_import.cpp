@@ -4,6 +4,7 @@
 #include "formats/user_css_reader.h"
 #include "model/text.h"
 
+#include <algorithm>
 #include <string>
 
 namespace tessaril {
@@ -33,6 +34,14 @@ std::string_view withoutUserEnding(std::string_view name) {
     return cut.empty() ? name : cut;
 }
 
+/// The dialog only hides what it does not list; a name that is typed gets past it.
+bool isImportable(const std::filesystem::path& file) {
+    const std::string name = lowercasedASCII(file.filename().string());
+    return std::ranges::any_of(importFileTypes, [&](std::string_view type) {
+        return name.ends_with("." + std::string(type));
+    });
+}
+
 } // namespace
 
 FileImport::FileImport(fileImportSurroundings surroundings) : machine(std::move(surroundings)) {}
@@ -42,9 +51,11 @@ bool FileImport::canImport() const {
 }
 
 void FileImport::importFiles(const std::vector<std::filesystem::path>& files) {
-    for (const auto& file : files)
+    for (const auto& file : files) {
+        if (!isImportable(file)) continue;
         machine.dispatcher.inBackground(taskPriority::utility,
                                         [this, file] { importStyleFile(file); });
+    }
 }
 
 void FileImport::importStyleFile(const std::filesystem::path& file) {
@@ -53,7 +64,8 @@ void FileImport::importStyleFile(const std::filesystem::path& file) {
     auto text = textFromUTF8(std::move(*bytes));
     if (!text) return;
 
-    const std::string baseName = file.stem().string();
+    // A file name may hold any bytes; one that is not text must not get into the document.
+    const std::string baseName = validUTF8(file.stem().string());
     if (!contains(*text, "@-moz-document")) {
         styleJSON data = makeStyleJSON(std::string(plainStyleName), std::move(*text));
         styleContainer style = makeStyleContainer(std::move(data), sourceCustom, noUserstyleID,
@@ -67,7 +79,8 @@ void FileImport::importStyleFile(const std::filesystem::path& file) {
 
     auto style = parseUserCSS(*text, machine.making);
     if (!style) {
-        machine.alerts.showAlert(invalidStyleTitle, invalidStyleText(file.filename().string()));
+        machine.alerts.showAlert(invalidStyleTitle,
+                                 invalidStyleText(validUTF8(file.filename().string())));
         return;
     }
     style->source = style->updateURL && !style->updateURL->empty() ? sourceUserCSS : sourceCustom;

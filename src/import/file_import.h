@@ -37,7 +37,8 @@ public:
     /// Whether the command may open its dialog now; not while the list is locked for sync.
     bool canImport() const;
 
-    /// Imports each file on a background task of its own. Returns at once.
+    /// Imports each file of the types above, in any case, on a background task of its own; others
+    /// are passed over. Returns at once.
     void importFiles(const std::vector<std::filesystem::path>& files);
 
     /// Reads the file and appends its style to the database, on the main thread; alerts as the

@@ -158,6 +158,7 @@ bool decodeObject(ondemand::object object, Type& out) {
         const auto tryField = [&](const auto& f) {
             if (!known && key == f.key) {
                 known = true;
+                if (seen.test(index)) out.*(f.member) = {}; // of two the last counts, whole
                 seen.set(index);
                 read = decode(value, out.*(f.member));
             }

@@ -129,6 +129,21 @@ bool isValidUTF8(std::string_view bytes) {
     return simdjson::validate_utf8(bytes.data(), bytes.size());
 }
 
+std::string validUTF8(std::string_view bytes) {
+    if (isValidUTF8(bytes)) return std::string(bytes);
+    constexpr std::size_t longestCharacter = 4;
+    std::string text;
+    while (!bytes.empty()) {
+        std::size_t length = std::min(longestCharacter, bytes.size());
+        while (length > 0 &&
+               !(characterAt(bytes, 0).length == length && isValidUTF8(bytes.substr(0, length))))
+            --length;
+        text += length > 0 ? bytes.substr(0, length) : "\uFFFD";
+        bytes.remove_prefix(std::max<std::size_t>(length, 1));
+    }
+    return text;
+}
+
 std::optional<std::string> textFromUTF8(std::string bytes) {
     if (!isValidUTF8(bytes)) return std::nullopt;
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";

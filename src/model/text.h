@@ -47,6 +47,9 @@ std::optional<double> parseDouble(std::string_view text);
 
 bool isValidUTF8(std::string_view bytes);
 
+/// `bytes` as UTF-8: every byte that belongs to no character becomes U+FFFD.
+std::string validUTF8(std::string_view bytes);
+
 /// `bytes` as UTF-8 text without a leading byte-order mark; nothing when they are not UTF-8.
 std::optional<std::string> textFromUTF8(std::string bytes);
 

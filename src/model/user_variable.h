@@ -41,4 +41,14 @@ struct userVariable {
     bool operator==(const userVariable&) const = default;
 };
 
+/// Whether the value is the index of an option.
+inline bool isSelectLike(const userVariable& variable) {
+    return variable.type == "select" || variable.type == "dropdown" || variable.type == "image";
+}
+
+/// Whether the value is a number with bounds.
+inline bool isNumeric(const userVariable& variable) {
+    return variable.type == "range" || variable.type == "number";
+}
+
 } // namespace tessaril

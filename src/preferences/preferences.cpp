@@ -2,14 +2,12 @@
 
 #include "preferences/preference_keys.h"
 
-#include <limits>
-
 namespace tessaril {
 
 namespace {
 
-// Earlier than any point in time, so that everything counts as newer.
-constexpr double distantPast = std::numeric_limits<double>::lowest();
+// The first day of the year 1, in seconds since 2001-01-01: everything counts as newer.
+constexpr double distantPast = -63114076800.0;
 
 } // namespace
 

@@ -11,24 +11,31 @@ void SaveQueue::request(bool upload) {
     {
         const std::lock_guard lock(mutex);
         waitingUpload |= upload;
-        if (std::exchange(waiting, true)) return;
+        // Whoever runs a save looks for a waiting one afterwards: no thread is kept for waiting.
+        if (std::exchange(waiting, true) || running) return;
     }
-    dispatcher.inBackground(taskPriority::utility, [this] { runWaiting(); });
+    dispatcher.inBackground(taskPriority::utility, [this] {
+        std::unique_lock lock(mutex);
+        if (!running) runWaiting(std::move(lock));
+    });
 }
 
 void SaveQueue::finish() {
-    runWaiting();
+    std::unique_lock lock(mutex);
+    ended.wait(lock, [this] { return !running; });
+    runWaiting(std::move(lock));
 }
 
-void SaveQueue::runWaiting() {
-    const std::lock_guard oneAtATime(running);
-    bool upload = false;
-    {
-        const std::lock_guard lock(mutex);
-        if (!std::exchange(waiting, false)) return;
-        upload = std::exchange(waitingUpload, false);
+void SaveQueue::runWaiting(std::unique_lock<std::mutex> lock) {
+    running = true;
+    while (std::exchange(waiting, false)) {
+        const bool upload = std::exchange(waitingUpload, false);
+        lock.unlock();
+        save(upload);
+        lock.lock();
     }
-    save(upload);
+    running = false;
+    ended.notify_all();
 }
 
 } // namespace tessaril

@@ -2,6 +2,7 @@
 
 #include "platform/dispatcher.h"
 
+#include <condition_variable>
 #include <functional>
 #include <mutex>
 
@@ -21,12 +22,13 @@ public:
     void finish();
 
 private:
-    void runWaiting();
+    void runWaiting(std::unique_lock<std::mutex> lock);
 
     Dispatcher& dispatcher;
     std::function<void(bool)> save;
-    std::mutex running; ///< held while a save runs
-    std::mutex mutex;   ///< guards what follows
+    std::mutex mutex; ///< guards what follows
+    std::condition_variable ended;
+    bool running = false;
     bool waiting = false;
     bool waitingUpload = false;
 };

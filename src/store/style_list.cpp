@@ -2,6 +2,8 @@
 
 #include "events/notification_names.h"
 
+#include <algorithm>
+
 namespace tessaril {
 
 StyleList::StyleList(StyleStore& styleStore, NotificationCenter& center, Dispatcher& mainDispatcher,
@@ -32,10 +34,20 @@ void StyleList::onToggle(std::size_t row) {
     if (row >= rows.size()) return;
     if (lockedForSync) {
         alerts.beep();
-    } else if (const auto style = store.styleWithID(rows[row].uniqueID)) {
-        store.setEnabled(style->uniqueID, !style->isEnabled);
-        rows[row].isEnabled = !style->isEnabled;
+        tellChanged(row); // the box shows what is, not what was clicked
+        return;
     }
+    const auto style = store.styleWithID(rows[row].uniqueID);
+    if (!style) return;
+    store.setEnabled(style->uniqueID, !style->isEnabled);
+    // Of two styles with one identifier, which only a file from elsewhere can hold, it is the first
+    // that changed.
+    const auto changed = std::ranges::find(rows, style->uniqueID, &styleObject::uniqueID);
+    changed->isEnabled = !style->isEnabled;
+    tellChanged(static_cast<std::size_t>(changed - rows.begin()));
+}
+
+void StyleList::tellChanged(std::size_t row) {
     if (observer) observer->rowChanged(row);
 }
 

@@ -48,6 +48,7 @@ public:
     void setLockedForSync(bool locked) { lockedForSync = locked; }
 
 private:
+    void tellChanged(std::size_t row);
     void refreshTable();
     void refreshTableAndScroll();
     void addLatestStyle();

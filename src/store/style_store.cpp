@@ -84,10 +84,15 @@ void StyleStore::saveDatabaseWithoutUpload() {
 
 void StyleStore::finishSaves() {
     saves.finish();
+    if (!lastSaveFailed) return;
+    // What the failed save held is in memory only, and about to be gone.
+    saves.request(false);
+    saves.finish();
 }
 
 void StyleStore::save(bool withUpload) {
-    if (!writer.write(snapshot())) {
+    lastSaveFailed = !writer.write(snapshot());
+    if (lastSaveFailed) {
         reportSaveFailure();
         return;
     }

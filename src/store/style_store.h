@@ -12,6 +12,7 @@
 #include "store/save_queue.h"
 #include "store/style_object.h"
 
+#include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -58,7 +59,8 @@ public:
     /// The same without stamp and upload: for a database that came from the cloud.
     void saveDatabaseWithoutUpload();
 
-    /// Returns when every save asked for so far has been written; for quitting.
+    /// Returns when every save asked for so far has been written, and tries once more where the
+    /// last one failed; for quitting.
     void finishSaves();
 
     /// Writes the live database to `file` in the background.
@@ -128,6 +130,7 @@ private:
     storeSurroundings machine;
     std::filesystem::path container;
     std::function<void()> upload;
+    std::atomic<bool> lastSaveFailed = false;
     std::once_flag loaded;
     std::mutex mutex; ///< guards `database`
     liveDatabase database;

@@ -9,6 +9,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QDir>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFile>
@@ -132,7 +133,8 @@ void MainWindow::selectRow(int row) {
 
 void MainWindow::importFromFile() {
     if (!commands.canImport()) return;
-    auto* dialog = new QFileDialog(this, qtText(importDialogTitle), {}, importFilter());
+    auto* dialog =
+        new QFileDialog(this, qtText(importDialogTitle), QDir::homePath(), importFilter());
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setFileMode(QFileDialog::ExistingFiles);
     connect(dialog, &QFileDialog::filesSelected, this, [this](const QStringList& chosen) {

@@ -27,6 +27,7 @@ constexpr int iconSize = 32;
 
 PreproErrorController::PreproErrorController(const compilerError& error)
     : exclamImage(new QLabel), errorHeaderLabel(new QLabel), errorTextView(new QTextEdit) {
+    setObjectName("preproErrorWindow");
     setWindowTitle(windowTitleText(error.title));
     makeErrorText(error);
 
@@ -43,7 +44,7 @@ PreproErrorController::PreproErrorController(const compilerError& error)
     rows->addWidget(makeHeader(error));
     rows->addWidget(errorTextView, 1);
     rows->addWidget(buttons);
-    resize(640, 360);
+    resize(800, 400);
     close->setFocus();
 }
 
