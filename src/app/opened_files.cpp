@@ -14,12 +14,18 @@ OpenedFiles::OpenedFiles(StyleStore& styleStore, FileImport& fileImporter, Notif
     , alerts(alertPresenter) {}
 
 void OpenedFiles::open(const std::vector<std::filesystem::path>& files) {
-    for (const auto& file : files) {
+    waiting.insert(waiting.end(), files.begin(), files.end());
+    if (isOpening) return;
+    isOpening = true;
+    while (!waiting.empty()) {
+        const std::filesystem::path file = std::move(waiting.front());
+        waiting.pop_front();
         const std::string extension = file.extension().string();
         if (extension == ".sdb") openDatabase(file);
         if (extension == ".css" || extension == ".styl" || extension == ".less")
             importer.importFiles({file});
     }
+    isOpening = false;
 }
 
 void OpenedFiles::openDatabase(const std::filesystem::path& file) {

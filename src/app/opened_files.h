@@ -6,6 +6,7 @@
 #include "platform/dispatcher.h"
 #include "store/style_store.h"
 
+#include <deque>
 #include <filesystem>
 #include <vector>
 
@@ -18,6 +19,7 @@ public:
     OpenedFiles(StyleStore& store, FileImport& importer, NotificationCenter& center,
                 Dispatcher& dispatcher, Alerts& alerts);
 
+    /// Files that arrive while a question is open wait for its answer.
     void open(const std::vector<std::filesystem::path>& files);
 
 private:
@@ -28,6 +30,8 @@ private:
     NotificationCenter& center;
     Dispatcher& dispatcher;
     Alerts& alerts;
+    std::deque<std::filesystem::path> waiting;
+    bool isOpening = false;
 };
 
 } // namespace tessaril

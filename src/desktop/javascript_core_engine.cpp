@@ -4,6 +4,7 @@
 
 #include <pthread.h>
 
+#include <algorithm>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -70,12 +71,19 @@ public:
 
     bool isStuck() const { return stuck; }
 
+    /// Whether nothing is left to do, the preparation of the next context included.
+    bool isReady() const {
+        const std::lock_guard lock(queue->mutex);
+        return !queue->working && queue->jobs.empty();
+    }
+
 private:
     /// What the thread needs; it may outlive the machine.
     struct jobQueue {
         std::mutex mutex;
         std::condition_variable wake;
         std::deque<Job> jobs;
+        bool working = false;
         bool closed = false;
     };
 
@@ -93,9 +101,11 @@ private:
             if (queue.closed) return;
             const Job job = std::move(queue.jobs.front());
             queue.jobs.pop_front();
+            queue.working = true;
             lock.unlock();
             job(vm);
             lock.lock();
+            queue.working = false;
         }
     }
 
@@ -165,10 +175,14 @@ JavaScriptCoreEngine::makeContext(std::span<const scriptSource> scripts,
 
 std::unique_ptr<JavaScriptCoreEngine::Machine> JavaScriptCoreEngine::takeMachine() {
     {
+        // One that still prepares its next context is taken only when there are no more to be made:
+        // with two, one prepares while the other compiles.
         const std::lock_guard lock(mutex);
-        if (!idle.empty()) {
-            auto machine = std::move(idle.back());
-            idle.pop_back();
+        auto chosen = std::ranges::find_if(idle, [](const auto& m) { return m->isReady(); });
+        if (chosen == idle.end() && idle.size() == mostIdleMachines) chosen = idle.begin();
+        if (chosen != idle.end()) {
+            auto machine = std::move(*chosen);
+            idle.erase(chosen);
             return machine;
         }
     }

@@ -38,7 +38,7 @@ private:
 
     std::chrono::milliseconds timeLimit;
     std::mutex mutex;
-    std::vector<std::unique_ptr<Machine>> idle; ///< the last one back is the first one out
+    std::vector<std::unique_ptr<Machine>> idle; ///< in the order in which they came back
 };
 
 } // namespace tessaril
