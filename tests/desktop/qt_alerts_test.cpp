@@ -1,163 +1,162 @@
 #include "desktop/qt_alerts.h"
 #include "desktop/qt_dispatcher.h"
+#include "support/event_loop.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QLabel>
 #include <QMessageBox>
-#include <QPushButton>
-#include <QTest>
+#include <QThread>
 #include <QTimer>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <atomic>
 
 namespace tessaril {
 namespace {
 
-QMessageBox* shownBox() {
-    return qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+using testing::eventually;
+using Act = std::function<void(QMessageBox&)>;
+
+Act click(const QString& text) {
+    return [text](QMessageBox& box) {
+        for (QAbstractButton* button : box.buttons())
+            if (button->text().remove('&') == text) button->click();
+    };
 }
 
-QPushButton* buttonNamed(const QString& text) {
-    for (auto* button : shownBox()->findChildren<QPushButton*>())
-        if (button->text().remove('&') == text) return button;
-    return nullptr;
+Act press(Qt::Key key) {
+    return [key](QMessageBox& box) { QTest::keyClick(&box, key); };
 }
 
 class QtAlertsTest : public ::testing::Test {
 protected:
-    /// Asks, and does `act` with the box once it is on the screen.
-    alertAnswer ask(const alertQuestion& asked, const std::function<void()>& act) {
-        QTimer timer;
-        QObject::connect(&timer, &QTimer::timeout, &timer, [&] {
-            if (!shownBox() || !shownBox()->isVisible()) return;
-            timer.stop();
-            act();
+    /// Does `act` with every box that comes on the screen.
+    void onBox(const Act& act) {
+        timer.disconnect();
+        QObject::connect(&timer, &QTimer::timeout, &timer, [act] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (box && box->isActiveWindow()) act(*box);
         });
         timer.start(0);
-        return alerts.ask(asked);
     }
 
-    static void waitForBox() {
-        while (!shownBox())
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-
+    QTimer timer;
     QtDispatcher dispatcher;
     QtAlerts alerts{dispatcher};
-    const alertQuestion question{
-        .title = "Title", .text = "Text", .buttons = {"Yes", "Perhaps", "No"}};
+    alertQuestion question{.title = "Title", .text = "Text", .buttons = {"Yes", "Perhaps", "No"}};
 };
 
-TEST_F(QtAlertsTest, AnswersWithTheButtonTheUserChose) {
-    for (const int chosen : {0, 1, 2}) {
-        const auto click = [&] {
-            QTest::mouseClick(buttonNamed(QString::fromStdString(question.buttons[chosen])),
-                              Qt::LeftButton);
-        };
-        EXPECT_EQ(ask(question, click).button, chosen);
-    }
-    const auto pressReturn = [] { QTest::keyClick(shownBox(), Qt::Key_Return); };
-    const auto pressEscape = [] { QTest::keyClick(shownBox(), Qt::Key_Escape); };
-    EXPECT_EQ(ask(question, pressReturn).button, 0);
-    EXPECT_EQ(ask(question, pressEscape).button, 2);
-    EXPECT_EQ(ask(question, [] { shownBox()->close(); }).button, 2);
-}
-
-TEST_F(QtAlertsTest, ClosingNeverPicksADestructiveButton) {
-    const alertQuestion reset{.title = "Delete everything?",
+TEST_F(QtAlertsTest, AnswerWithWhatTheUserChoseAndNeverDestroyByClosing) {
+    const alertQuestion reset{.title = "Reset?",
                               .text = "",
                               .buttons = {"No", "Yes"},
-                              .style = alertStyle::critical,
-                              .destructiveButton = 1};
-    EXPECT_EQ(ask(reset, [] { QTest::keyClick(shownBox(), Qt::Key_Escape); }).button, 0);
-    EXPECT_EQ(ask(reset, [] { QTest::keyClick(shownBox(), Qt::Key_Return); }).button, 0);
-    const auto agree = [] {
-        EXPECT_EQ(shownBox()->icon(), QMessageBox::Critical);
-        QTest::mouseClick(buttonNamed("Yes"), Qt::LeftButton);
-    };
-    EXPECT_EQ(ask(reset, agree).button, 1);
-}
-
-TEST_F(QtAlertsTest, OffersSuppressionWhereAsked) {
-    alertQuestion suppressible = question;
-    suppressible.offersSuppression = true;
-    const auto tickAndEscape = [] {
-        shownBox()->checkBox()->click();
-        QTest::keyClick(shownBox(), Qt::Key_Escape);
-    };
-    const alertAnswer ticked = ask(suppressible, tickAndEscape);
-    EXPECT_EQ(ticked.button, 2);
-    EXPECT_TRUE(ticked.suppressed);
-    EXPECT_FALSE(ask(suppressible, [] { shownBox()->close(); }).suppressed);
-    const auto lookAndClose = [] {
-        EXPECT_FALSE(shownBox()->checkBox());
-        shownBox()->close();
-    };
-    EXPECT_FALSE(ask(question, lookAndClose).suppressed);
-}
-
-TEST_F(QtAlertsTest, ShowsTextsAsTheyAre) {
-    const std::string markup = "<b>bold</b> &amp; <img src='file:///x.png'>";
-    const std::string endless = std::string(5'000, 'x');
-    const alertQuestion odd{.title = markup, .text = markup + " " + endless, .buttons = {"OK"}};
-    const auto look = [&] {
-        int texts = 0;
-        for (const QLabel* label : shownBox()->findChildren<QLabel*>()) {
-            if (!label->text().contains("bold")) continue;
-            ++texts;
-            EXPECT_EQ(label->textFormat(), Qt::PlainText);
-            EXPECT_TRUE(label->textInteractionFlags() & Qt::TextSelectableByMouse);
-            EXPECT_TRUE(label->textInteractionFlags() & Qt::TextSelectableByKeyboard);
-        }
-        EXPECT_EQ(texts, 2);
-        EXPECT_LT(shownBox()->width(), 1'200);
-        EXPECT_LT(shownBox()->height(), 600);
-        shownBox()->close();
-    };
-    ask(odd, look);
-}
-
-TEST_F(QtAlertsTest, ShowsAlertsOneAfterAnotherFromAnyThread) {
-    std::vector<std::string> shown;
-    alerts.showAlert("first", "");
-    EXPECT_FALSE(shownBox()); // the caller goes on
-    dispatcher.inBackground(taskPriority::utility, [this] {
-        alerts.showAlert("second", "");
-        alerts.showAlert("third", "");
-    });
-    for (int alert = 0; alert < 3; ++alert) {
-        waitForBox();
-        dispatcher.finish();
-        EXPECT_EQ(QApplication::topLevelWidgets().count(shownBox()), 1);
-        shown.push_back(shownBox()->text().toStdString());
-        EXPECT_EQ(shownBox()->icon(), QMessageBox::Warning);
-        EXPECT_EQ(shownBox()->buttons().size(), 1);
-        const QPointer<QMessageBox> box = shownBox();
-        QTest::keyClick(box, Qt::Key_Escape);
-        while (box)
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+                              .destructiveButton = 1,
+                              .offersSuppression = true};
+    const std::tuple<const alertQuestion&, Act, int> cases[] = {
+        {question, click("Yes"), 0},
+        {question, click("Perhaps"), 1},
+        {question, press(Qt::Key_Return), 0},
+        {question, press(Qt::Key_Escape), 2},
+        {reset, press(Qt::Key_Return), 0},
+        {reset, press(Qt::Key_Escape), 0},
+        {reset, click("Yes"), 1}};
+    for (const auto& [asked, act, button] : cases) {
+        onBox(act);
+        const alertAnswer answer = alerts.ask(asked);
+        EXPECT_EQ(answer.button, button) << asked.title;
+        EXPECT_FALSE(answer.suppressed);
     }
-    EXPECT_THAT(shown, ::testing::ElementsAre("first", "second", "third"));
-    EXPECT_FALSE(shownBox());
+    onBox([](QMessageBox& box) {
+        box.checkBox()->click();
+        box.close();
+    });
+    EXPECT_TRUE(alerts.ask(reset).suppressed);
 }
 
-TEST_F(QtAlertsTest, AnAlertWaitsBehindAQuestionAndQuittingWaitsForTheAlert) {
-    const auto alertMeanwhile = [this] {
-        alerts.showAlert("meanwhile", "");
-        dispatcher.finish();
-        EXPECT_EQ(shownBox()->text(), "Title");
-        shownBox()->close();
-    };
-    ask(question, alertMeanwhile);
-    ASSERT_TRUE(shownBox());
-    EXPECT_EQ(shownBox()->text(), "meanwhile");
-    QTimer::singleShot(0, [] { buttonNamed("OK")->click(); });
+TEST_F(QtAlertsTest, ShowTextsAsTheyAre) {
+    onBox([](QMessageBox& box) {
+        int texts = 0;
+        for (const QLabel* label : box.findChildren<QLabel*>())
+            texts += label->text().contains("bold") && label->textFormat() == Qt::PlainText;
+        EXPECT_EQ(texts, 2);
+        EXPECT_TRUE(QSize(1'200, 600).expandedTo(box.size()) == QSize(1'200, 600));
+        box.close();
+    });
+    question.title = "<b>bold</b> &amp; <img src='file:///x.png'> ";
+    question.text = question.title + std::string(5'000, 'x');
+    alerts.ask(question);
+}
+
+TEST_F(QtAlertsTest, ComeOneAfterAnotherBehindAQuestionAndQuittingWaitsForThem) {
+    std::vector<std::string> shown;
+    onBox([&](QMessageBox& box) {
+        if (shown.empty()) {
+            alerts.showAlert("first", "");
+            dispatcher.inBackground(taskPriority::utility, [this] {
+                alerts.showAlert("second", "");
+                alerts.showAlert("third", "");
+            });
+            dispatcher.finish();
+        }
+        shown.push_back(box.text().toStdString());
+        QTest::keyClick(&box, Qt::Key_Escape);
+    });
+    alerts.ask(question);
     alerts.finish();
-    EXPECT_FALSE(shownBox());
+    EXPECT_THAT(shown, ::testing::ElementsAre("Title", "first", "second", "third"));
+}
+
+TEST(QtDispatcherThreads, RunTasksOnTheirSideInOrder) {
+    QtDispatcher dispatcher;
+    std::atomic<int> misplaced = 0;
+    std::vector<int> order;
+    for (int task = 0; task < 60; ++task) {
+        dispatcher.inBackground(static_cast<taskPriority>(task % 3),
+                                [&] { misplaced += QThread::currentThread() == qApp->thread(); });
+        dispatcher.onMain([&, task] { order.push_back(task); });
+    }
+    EXPECT_TRUE(order.empty()); // queued, even from the main thread
+    ASSERT_TRUE(eventually([&] { return order.size() == 60; }));
+    EXPECT_TRUE(std::ranges::is_sorted(order));
+    EXPECT_EQ(misplaced, 0);
+}
+
+TEST(QtDispatcherThreads, ABusyPriorityKeepsNoOtherWaiting) {
+    QtDispatcher dispatcher;
+    std::atomic<bool> release = false;
+    for (int task = 0; task < 50; ++task)
+        dispatcher.inBackground(taskPriority::background, [&] { release.wait(false); });
+    std::atomic<bool> saved = false;
+    dispatcher.inBackground(taskPriority::utility, [&] { saved = true; });
+    EXPECT_TRUE(eventually([&] { return saved.load(); }));
+    release = true;
+    release.notify_all();
+}
+
+TEST(QtDispatcherThreads, FinishLosesNothingThatWasBegun) {
+    int steps = 0;
+    const auto held = std::make_shared<int>();
+    auto owner = std::make_unique<QtDispatcher>();
+    QtDispatcher& dispatcher = *owner;
+    // Main to background and back, several times over.
+    std::function<void()> next = [&] {
+        if (++steps < 10)
+            dispatcher.inBackground(taskPriority::utility, [&] { dispatcher.onMain(next); });
+    };
+    dispatcher.onMain(next);
+    dispatcher.inBackground(taskPriority::background, [held] {});
+    dispatcher.finish();
+    EXPECT_EQ(steps, 10);
+    EXPECT_EQ(held.use_count(), 1);
+
+    steps = 8;
+    dispatcher.onMain(next);
+    owner.reset(); // finishes too
+    EXPECT_EQ(steps, 10);
+    QCoreApplication::processEvents(); // left-over wake-ups find nothing
 }
 
 } // namespace

@@ -9,25 +9,11 @@
 #include "support/sample_styles.h"
 #include "support/thread_dispatcher.h"
 
-#include <charconv>
 #include <cstdio>
-
-namespace {
+#include <cstdlib>
 
 using namespace tessaril;
 using namespace tessaril::testing;
-
-constexpr std::int64_t styleCount = 6;
-constexpr int savesPerState = 3;
-
-std::int64_t stateOf(const styleContainer& style) {
-    const std::string& code = style.styleData.sections.front().code;
-    std::int64_t state = 0;
-    std::from_chars(code.data(), code.data() + code.size(), state);
-    return state;
-}
-
-} // namespace
 
 int main(int, char* argv[]) {
     const std::filesystem::path container = argv[1];
@@ -47,17 +33,19 @@ int main(int, char* argv[]) {
                       .compileStyle = [](styleContainer&) {}},
                      container);
 
+    constexpr std::int64_t styleCount = 6;
     for (std::int64_t id = 0; id < styleCount; ++id)
         if (!store.styleWithID(id)) store.appendStyle(namedStyle(std::to_string(id), id));
-    for (std::int64_t state = stateOf(*store.styleWithID(0)) + 1;; ++state) {
+    const std::string last = store.styleWithID(0)->styleData.sections.front().code;
+    for (int state = std::atoi(last.c_str()) + 1;; ++state) {
         const std::string code = std::to_string(state) + std::string(20000, ' ');
         for (std::int64_t id = 0; id < styleCount; ++id) {
             store.setStyleData(id, makeStyleJSON(std::to_string(id), code));
-            if (id % (styleCount / savesPerState) == 0) store.saveDatabase();
+            if (id % 2 == 0) store.saveDatabase();
         }
         store.saveDatabase();
         store.finishSaves();
-        std::printf("%lld\n", static_cast<long long>(state));
+        std::printf("%d\n", state);
         std::fflush(stdout);
         if (!alerts.alerts.empty()) return 1;
     }

@@ -1,157 +1,130 @@
 #include "desktop/single_instance.h"
+#include "desktop/start_arguments.h"
+#include "support/event_loop.h"
 #include "support/temporary_folder.h"
 
-#include <QCoreApplication>
 #include <QLocalSocket>
 #include <QThread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <sys/stat.h>
-#include <sys/un.h>
 
 #include <atomic>
-#include <memory>
 
 namespace tessaril {
 namespace {
 
 using namespace testing;
+using ::testing::ElementsAre;
 using role = SingleInstance::role;
+namespace fs = std::filesystem;
 
-/// A start on a thread of its own, as it would be in a process of its own.
-class ElsewhereStart {
-public:
-    ElsewhereStart(const std::filesystem::path& container, laterStart start)
-        : thread(QThread::create([this, container, start = std::move(start)] {
-            SingleInstance other(container);
-            result = other.begin(start, [](const laterStart&) {});
-        })) {
-        thread->start();
-    }
-
-    /// Lets the main thread's event loop run until the start has ended.
-    role outcome() {
-        while (!thread->wait(0))
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        return result;
-    }
-
-private:
+/// What came of a start on a thread of its own, as it would be in a process of its own, while the
+/// main thread does `meanwhile` and then runs its event loop.
+role startElsewhere(
+    const fs::path& container, const laterStart& start,
+    const std::function<void()>& meanwhile = [] {}) {
     role result = role::refused;
-    std::unique_ptr<QThread> thread;
+    const std::unique_ptr<QThread> thread(QThread::create(
+        [&] { result = SingleInstance(container).begin(start, [](const laterStart&) {}); }));
+    thread->start();
+    meanwhile();
+    EXPECT_TRUE(eventually([&] { return thread->isFinished(); }));
+    return result;
+}
+
+class SingleInstanceTest : public ::testing::Test {
+protected:
+    role beginFirst(SingleInstance& first) {
+        return first.begin({}, [this](laterStart start) { received.push_back(std::move(start)); });
+    }
+
+    const TemporaryFolder folder;
+    std::vector<laterStart> received;
 };
 
-TEST(SingleInstance, HandsArgumentsOfAnyBytesAndLengthToTheFirst) {
-    const TemporaryFolder container;
-    std::vector<laterStart> received;
-    SingleInstance first(container.path);
-    ASSERT_EQ(first.begin({}, [&](laterStart start) { received.push_back(std::move(start)); }),
-              role::first);
+TEST_F(SingleInstanceTest, HandsArgumentsOfAnyBytesAndLengthToTheFirst) {
+    // Left by one that was killed.
+    writeFile(folder / "instance.socket", "");
+    writeFile(folder / "instance.lock", std::string(300, 'x'));
+    SingleInstance first(folder.path);
+    ASSERT_EQ(beginFirst(first), role::first);
+    EXPECT_TRUE(fs::is_socket(folder / "instance.socket"));
+    EXPECT_EQ(fs::status(folder / "instance.socket").permissions() & fs::perms(0077), fs::perms());
 
     const laterStart none;
     const laterStart odd{{"", "a\nb", std::string("nul\0byte", 8), "\xff\xfe", "--flag"}, "token"};
     const laterStart large{std::vector<std::string>(50, std::string(100'000, 'x')), ""};
-    for (const laterStart& start : {none, odd, large}) {
-        ElsewhereStart elsewhere(container.path, start);
-        EXPECT_EQ(elsewhere.outcome(), role::handedOver);
-    }
-    EXPECT_THAT(received, ::testing::ElementsAre(none, odd, large));
-
-    struct stat status {};
-    ASSERT_EQ(::stat((container / "instance.socket").c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0077, 0u); // this user's alone
+    for (const laterStart& start : {none, odd, large})
+        EXPECT_EQ(startElsewhere(folder.path, start), role::handedOver);
+    EXPECT_THAT(received, ElementsAre(none, odd, large));
 }
 
-TEST(SingleInstance, OfManyStartsAtOneInstantExactlyOneIsTheFirst) {
-    const TemporaryFolder container;
+TEST_F(SingleInstanceTest, OfManyStartsAtOneInstantExactlyOneIsTheFirst) {
     constexpr int starts = 6;
-    std::atomic<int> ready = 0;
-    std::atomic<int> firsts = 0;
-    std::atomic<int> ended = 0;
-    std::atomic<int> received = 0;
+    std::atomic<int> ready = 0, firsts = 0, ended = 0, handedOver = 0;
     std::vector<std::unique_ptr<QThread>> threads;
-    for (int start = 0; start < starts; ++start)
+    for (int start = 0; start < starts; ++start) {
         threads.emplace_back(QThread::create([&] {
-            SingleInstance instance(container.path);
+            SingleInstance instance(folder.path);
             ++ready;
             while (ready < starts)
                 QThread::yieldCurrentThread();
-            if (instance.begin({{"file"}, ""}, [&](const laterStart&) { ++received; }) ==
+            if (instance.begin({{"file"}, ""}, [&](const laterStart&) { ++handedOver; }) ==
                 role::first) {
                 ++firsts;
-                QEventLoop loop;
-                while (ended < starts - 1)
-                    loop.processEvents(QEventLoop::AllEvents, 20);
+                EXPECT_TRUE(eventually([&] { return ended + firsts >= starts; }));
             }
             ++ended;
         }));
-    for (const auto& thread : threads)
-        thread->start();
+        threads.back()->start();
+    }
     for (const auto& thread : threads)
         thread->wait();
     EXPECT_EQ(firsts, 1);
-    EXPECT_EQ(received, starts - 1);
+    EXPECT_EQ(handedOver, starts - 1);
 }
 
-TEST(SingleInstance, ASocketLeftByAKilledProcessIsNoObstacle) {
-    const TemporaryFolder container;
-    const std::string path = container / "instance.socket";
-    {
-        // Bound, never unlinked: what is left when a process is killed.
-        const FileDescriptor dead(::socket(AF_UNIX, SOCK_STREAM, 0));
-        sockaddr_un address{AF_UNIX, {}};
-        path.copy(address.sun_path, sizeof address.sun_path - 1);
-        ASSERT_EQ(::bind(dead.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    }
-    writeFile(container / "instance.lock", path + "/a longer address from before");
-
-    int received = 0;
-    SingleInstance first(container.path);
-    ASSERT_EQ(first.begin({}, [&](const laterStart&) { ++received; }), role::first);
-    ElsewhereStart elsewhere(container.path, {});
-    EXPECT_EQ(elsewhere.outcome(), role::handedOver);
-    EXPECT_EQ(received, 1);
-}
-
-TEST(SingleInstance, AStartDuringTheEndOfTheFirstTakesItsPlace) {
-    const TemporaryFolder container;
-    SingleInstance first(container.path);
-    ASSERT_EQ(first.begin({}, [](const laterStart&) { FAIL(); }), role::first);
-    ElsewhereStart elsewhere(container.path, {{"file"}, ""});
-    first.stopListening();
-    first.release();
-    EXPECT_EQ(elsewhere.outcome(), role::first);
-}
-
-TEST(SingleInstance, AFirstThatDoesNotAnswerIsReported) {
-    const TemporaryFolder container;
-    SingleInstance first(container.path);
-    ASSERT_EQ(first.begin({}, [](const laterStart&) {}), role::first);
-    SingleInstance second(container.path); // on the same thread, so that the first cannot answer
+TEST_F(SingleInstanceTest, AFirstThatDoesNotAnswerIsReportedAndOneThatEndsReplaced) {
+    SingleInstance first(folder.path);
+    ASSERT_EQ(beginFirst(first), role::first);
+    SingleInstance second(folder.path); // on the same thread, so that the first cannot answer
     EXPECT_EQ(second.begin({}, {}, std::chrono::milliseconds(50)), role::refused);
+    EXPECT_EQ(startElsewhere(folder.path, {{"file"}, ""}, [&] { first.release(); }), role::first);
+    EXPECT_THAT(received, ElementsAre());
 }
 
-TEST(SingleInstance, AContainerTooDeepForASocketAndStrangersDoNoHarm) {
-    const TemporaryFolder folder;
-    const std::filesystem::path container = folder / std::string(150, 'd');
-    std::filesystem::create_directory(container);
-    std::vector<laterStart> received;
+TEST_F(SingleInstanceTest, AContainerTooDeepForASocketAndStrangersDoNoHarm) {
+    const fs::path container = folder / std::string(150, 'd');
+    fs::create_directory(container);
     SingleInstance first(container);
-    ASSERT_EQ(first.begin({}, [&](laterStart start) { received.push_back(std::move(start)); }),
-              role::first);
+    ASSERT_EQ(beginFirst(first), role::first);
 
     QLocalSocket stranger;
     stranger.connectToServer(QString::fromStdString(fileContent(container / "instance.lock")));
     ASSERT_TRUE(stranger.waitForConnected());
-    stranger.write(QByteArray(1'000, '\xff'));
-    while (stranger.state() != QLocalSocket::UnconnectedState)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    stranger.write(QByteArray(1'000, '\x7f'));
+    EXPECT_TRUE(eventually([&] { return stranger.state() == QLocalSocket::UnconnectedState; }));
 
-    ElsewhereStart elsewhere(container, {{"file"}, ""});
-    EXPECT_EQ(elsewhere.outcome(), role::handedOver);
-    EXPECT_THAT(received, ::testing::ElementsAre(laterStart{{"file"}, ""}));
+    EXPECT_EQ(startElsewhere(container, {{"file"}, ""}), role::handedOver);
+    EXPECT_THAT(received, ElementsAre(laterStart{{"file"}, ""}));
+}
+
+TEST(StartArguments, MeanTheSameInAnotherProcess) {
+    const std::string given[] = {"tessaril://openstyle/12?a=%20#b",
+                                 "./not utf-8 \xff.css",
+                                 "../up",
+                                 "/absolute/a b.less",
+                                 "",
+                                 "file:///a%20b/%E6%BC%A2.styl",
+                                 "FILE://localhost/x%2523.css?query#part",
+                                 "file://elsewhere/x.css",
+                                 "file:",
+                                 "odd name: // here.css"};
+    EXPECT_THAT(absoluteArguments(given, "/work"),
+                ElementsAre(given[0], "/work/not utf-8 \xff.css", "/work/../up", given[3],
+                            "/a b/\xE6\xBC\xA2.styl", "/x%23.css",
+                            "/work/file:", "/work/odd name: // here.css"));
 }
 
 } // namespace

@@ -1,0 +1,106 @@
+#include "model/database_json.h"
+#include "store/style_store.h"
+#include "support/event_loop.h"
+#include "support/temporary_folder.h"
+
+#include <QProcess>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tessaril {
+namespace {
+
+using namespace testing;
+namespace fs = std::filesystem;
+
+/// The program as a user starts it, in a home of its own.
+class ApplicationProcess : public ::testing::Test {
+protected:
+    std::unique_ptr<QProcess> start(const QStringList& arguments) const {
+        const QString folder = home.path.c_str();
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const char* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_DATA_HOME", "XDG_CONFIG_HOME"})
+            environment.insert(name, folder);
+        environment.insert("QT_QPA_PLATFORM", "offscreen");
+        auto process = std::make_unique<QProcess>();
+        process->setProcessEnvironment(environment);
+        process->setWorkingDirectory(folder);
+        process->start(TESSARIL_PROGRAMS "/tessaril", arguments);
+        return process;
+    }
+
+    static int exitCode(const std::unique_ptr<QProcess>& process) {
+        EXPECT_TRUE(eventually([&] { return process->state() == QProcess::NotRunning; }));
+        return process->exitStatus() == QProcess::NormalExit ? process->exitCode() : -1;
+    }
+
+    bool isListening() const { return fs::exists(container / "instance.socket"); }
+    std::vector<styleContainer> styles() const {
+        const auto document = decodeDatabase(fileContent(container / "styledb.sdb"));
+        return document ? document->styles : std::vector<styleContainer>();
+    }
+
+    bool messageIsTheDocument() const {
+        return fileContent(container / "wormhole/styleDBUpdated") ==
+               fileContent(container / "styledb.sdb");
+    }
+
+    const TemporaryFolder home;
+    const fs::path container = home / std::string(applicationGroup);
+};
+
+bool isCompiled(const styleJSON& data) {
+    const auto hasCode = [](const auto& section) { return !section.code.empty(); };
+    if (data.compSections)
+        return !data.compSections->empty() && std::ranges::all_of(*data.compSections, hasCode);
+    return std::ranges::all_of(data.sections, [](const auto& section) {
+        return !section.compiledcode.value_or("").empty();
+    });
+}
+
+TEST_F(ApplicationProcess, StartsAfterAKilledOneOverADamagedDocument) {
+    const std::string damaged = R"({"dbVersion":1,"styles":[{"uniqueID)";
+    fs::create_directories(container);
+    writeFile(container / "styledb.sdb", damaged);
+    const auto killed = start({});
+    ASSERT_TRUE(eventually([&] { return isListening(); }));
+    killed->kill();
+    EXPECT_EQ(exitCode(killed), -1);
+    EXPECT_TRUE(isListening()); // the socket is in the next one's way
+
+    QStringList examples;
+    for (const auto& file : fs::directory_iterator(TESSARIL_EXAMPLES))
+        examples.append(QString::fromStdString(file.path()));
+    const auto next = start(examples);
+    ASSERT_TRUE(eventually([&] { return styles().size() == std::size_t(examples.size()); }));
+    EXPECT_TRUE(eventually([&] { return messageIsTheDocument(); }));
+    for (const styleContainer& style : styles())
+        EXPECT_TRUE(isCompiled(style.styleData)) << style.styleData.name;
+    std::vector<std::string> kept;
+    for (const auto& file : fs::directory_iterator(container))
+        if (file.path().filename().string().starts_with("styledb-unreadable-"))
+            kept.push_back(fileContent(file));
+    EXPECT_THAT(kept, ::testing::ElementsAre(damaged));
+}
+
+TEST_F(ApplicationProcess, TakesWhatLaterStartsHandOverUntilItIsToldToEnd) {
+    writeFile(home / "late.css", R"(@-moz-document domain("a.example") { a { color: red } })");
+    const auto first = start({});
+    ASSERT_TRUE(eventually([&] { return isListening(); }));
+    EXPECT_EQ(exitCode(start({"late.css", "tessaril://openstyle/12"})), 0);
+    EXPECT_TRUE(eventually([&] { return styles().size() == 1; }));
+    EXPECT_EQ(styles().at(0).styleData.name, "late");
+
+    // Below a question that nobody answers, and with work for some time.
+    EXPECT_EQ(exitCode(start({"backup.sdb"})), 0);
+    EXPECT_EQ(exitCode(start(QStringList(30, TESSARIL_EXAMPLES "/night-forum.user.less"))), 0);
+    EXPECT_EQ(first->state(), QProcess::Running);
+    first->terminate();
+    EXPECT_EQ(exitCode(first), 0);
+    EXPECT_EQ(styles().size(), 31u);
+    EXPECT_TRUE(messageIsTheDocument());
+}
+
+} // namespace
+} // namespace tessaril

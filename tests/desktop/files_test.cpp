@@ -1,0 +1,261 @@
+#include "desktop/extension_state.h"
+#include "desktop/folder_message_channel.h"
+#include "desktop/posix_file_system.h"
+#include "desktop/settings_store.h"
+#include "desktop/shared_container.h"
+#include "model/database_json.h"
+#include "support/captured_log.h"
+#include "support/temporary_folder.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <limits>
+#include <random>
+
+namespace tessaril {
+namespace {
+
+using namespace testing;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::UnorderedElementsAre;
+namespace fs = std::filesystem;
+
+class PosixFileSystemTest : public ::testing::Test {
+protected:
+    std::unique_ptr<StagedFile> stage(std::string_view content) {
+        return files.stage(folder.path, std::span(&content, 1));
+    }
+
+    TemporaryFolder folder;
+    PosixFileSystem files;
+};
+
+TEST_F(PosixFileSystemTest, ReadsWholeRegularFilesOnly) {
+    std::string content(300'000, 'x');
+    content[7] = '\0';
+    writeFile(folder / "file", content);
+    writeFile(folder / "empty", "");
+    const auto read = files.read(folder / "file");
+    ASSERT_TRUE(read == content);
+    EXPECT_GE(read->capacity(), read->size() + 64);
+    EXPECT_EQ(files.read(folder / "empty"), "");
+    // A file whose size the system does not know beforehand.
+    EXPECT_THAT(files.read("/proc/self/status").value_or(""), HasSubstr("Name:"));
+
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+    fs::resize_file(folder / "empty", std::uintmax_t{5} << 30); // sparse
+    for (const fs::path& none : {folder / "pipe", folder.path, fs::path("/dev/zero"),
+                                 folder / "missing", folder / "empty"})
+        EXPECT_FALSE(files.read(none)) << none;
+}
+
+TEST_F(PosixFileSystemTest, PublishesOneContentUnderSeveralNames) {
+    writeFile(folder / "first", "old");
+    std::vector<std::string_view> pieces(5'000, "abc"); // more than one system call takes
+    pieces[1] = "";
+    auto staged = files.stage(folder.path, pieces);
+    ASSERT_TRUE(staged && fileContent(folder / "first") == "old");
+    for (const char* name : {"first", "second", "second"}) // at last onto itself
+        EXPECT_TRUE(staged->publishAs(folder / name));
+    staged.reset();
+    EXPECT_EQ(fileContent(folder / "first").size(), 3 * 4'999u);
+    EXPECT_TRUE(fs::equivalent(folder / "first", folder / "second"));
+    EXPECT_THAT(folder.names(), UnorderedElementsAre("first", "second"));
+    EXPECT_EQ(fs::status(folder / "first").permissions(),
+              fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST_F(PosixFileSystemTest, CopiesWhereTheContentCannotBeLinked) {
+    const fs::path other = "/dev/shm/" + folder.path.filename().string(); // another file system
+    fs::create_directory(other);
+    EXPECT_TRUE(stage("content")->publishAs(other / "file"));
+    EXPECT_EQ(fileContent(other / "file"), "content");
+    EXPECT_EQ(std::distance(fs::directory_iterator(other), {}), 1);
+    EXPECT_THAT(folder.names(), IsEmpty());
+    fs::remove_all(other);
+}
+
+TEST_F(PosixFileSystemTest, LeavesNothingBehindWhereWritingFails) {
+    EXPECT_FALSE(files.stage(folder / "missing", {}));
+
+    // A disk that is full in the middle of a write.
+    rlimit before{};
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small{100'000, before.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &small);
+    const auto staged = stage(std::string(1 << 20, 'x'));
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_FALSE(staged);
+    EXPECT_THAT(folder.names(), IsEmpty());
+
+    fs::create_directory(folder / "taken");
+    EXPECT_FALSE(stage("content")->publishAs(folder / "taken"));
+    EXPECT_FALSE(stage("content")->publishAs(folder / "missing" / "file"));
+    EXPECT_THAT(folder.names(), ::testing::ElementsAre("taken"));
+}
+
+TEST_F(PosixFileSystemTest, ReplacesWhatASymbolicLinkLeadsTo) {
+    fs::create_directory(folder / "elsewhere");
+    writeFile(folder / "elsewhere" / "real", "old");
+    for (const char* name : {"real", "dangling"}) {
+        const fs::path link = folder / (std::string("to ") + name);
+        fs::create_symlink(fs::path("elsewhere") / name, link);
+        EXPECT_EQ(files.exists(link), fs::exists(link));
+        EXPECT_TRUE(stage("new")->publishAs(link));
+        EXPECT_TRUE(fs::is_symlink(link));
+        EXPECT_EQ(fileContent(folder / "elsewhere" / name), "new");
+    }
+    fs::create_symlink("circle", folder / "circle");
+    EXPECT_TRUE(files.exists(folder / "circle"));
+    EXPECT_FALSE(stage("new")->publishAs(folder / "circle"));
+}
+
+TEST_F(PosixFileSystemTest, KeepsAFileThroughItsReplacement) {
+    writeFile(folder / "real", "old");
+    fs::create_symlink("real", folder / "file");
+    EXPECT_TRUE(files.keep(folder / "file", folder / "kept"));
+    EXPECT_TRUE(stage("new")->publishAs(folder / "file"));
+    EXPECT_EQ(fileContent(folder / "file"), "new");
+    EXPECT_FALSE(files.keep(folder / "file", folder / "kept")); // not free
+    EXPECT_EQ(fileContent(folder / "kept"), "old");
+    EXPECT_FALSE(files.keep(folder / "missing", folder / "other"));
+}
+
+TEST_F(PosixFileSystemTest, SendsMessagesThatShareTheirFileWithTheDocument) {
+    FolderMessageChannel channel(files, folder.path);
+    const fs::path messages = folder / "wormhole";
+    const std::string_view pieces[] = {"first ", "message"};
+    EXPECT_TRUE(channel.send("changed", pieces) && channel.send("other", pieces));
+    const auto payload = stage("message");
+    EXPECT_TRUE(channel.send("changed", *payload) && payload->publishAs(folder / "document"));
+    EXPECT_EQ(fileContent(messages / "other"), "first message");
+    EXPECT_TRUE(fs::equivalent(messages / "changed", folder / "document"));
+    EXPECT_EQ(fs::status(messages).permissions(), fs::perms::owner_all);
+
+    fs::remove_all(messages); // as the browser side may
+    EXPECT_TRUE(channel.send("changed", *payload));
+    EXPECT_FALSE(channel.send("../escaped", *payload));
+}
+
+TEST_F(PosixFileSystemTest, RemovesOnlyWhatKilledProcessesLeft) {
+    const auto staged = stage("content");
+    writeFile(folder / "styledb.sdb", "");
+    writeFile(folder / ".tessaril-notes.staged", "");
+    fs::create_directory(folder / ".tessaril-0123456789abcdef.staged");
+    removeStaleStagedFiles(folder.path);
+    EXPECT_THAT(folder.names(), UnorderedElementsAre("styledb.sdb", ".tessaril-notes.staged",
+                                                     ".tessaril-0123456789abcdef.staged"));
+}
+
+/// The state of every style in the document, in order; nothing when it is not whole or not as a
+/// save may have found the styles: all in one state, or the first ones one further.
+std::optional<std::vector<int>> expectedStatesIn(const std::filesystem::path& file) {
+    const auto document = decodeDatabase(fileContent(file));
+    if (!document || document->styles.size() != 6) return std::nullopt;
+    std::vector<int> states;
+    for (const styleContainer& style : document->styles)
+        states.push_back(std::atoi(style.styleData.sections.front().code.c_str()));
+    const bool isOrdered = std::is_sorted(states.rbegin(), states.rend());
+    return isOrdered && states.front() - states.back() <= 1 ? std::optional(states) : std::nullopt;
+}
+
+TEST(KilledSaves, LeaveAWholeDocumentInAnExpectedStateThatNeverGoesBack) {
+    constexpr int kills = 220;
+    const TemporaryFolder container;
+    std::mt19937 random(17);
+    int confirmed = 0;
+    for (int kill = 0; kill < kills; ++kill) {
+        SCOPED_TRACE(kill);
+        QProcess process;
+        process.start(TESSARIL_PROGRAMS "/tessaril_saving_process",
+                      {QString::fromStdString(container.path.string())});
+        // Some saves are confirmed first, then the instant is random within the next ones.
+        for (auto confirmations = 1 + random() % 3; confirmations > 0; --confirmations) {
+            while (!process.canReadLine())
+                ASSERT_TRUE(process.waitForReadyRead(60000));
+            confirmed = process.readLine().trimmed().toInt();
+        }
+        const auto instant = static_cast<qint64>(random() % 6'000'000); // nanoseconds
+        QElapsedTimer timer;
+        timer.start();
+        while (timer.nsecsElapsed() < instant) {
+        }
+        ASSERT_EQ(::kill(static_cast<pid_t>(process.processId()), SIGKILL), 0);
+        ASSERT_TRUE(process.waitForFinished(60000));
+        ASSERT_EQ(process.exitStatus(), QProcess::CrashExit) << "it ended by itself";
+        while (process.canReadLine())
+            confirmed = process.readLine().trimmed().toInt();
+
+        const auto document = expectedStatesIn(container / "styledb.sdb");
+        ASSERT_TRUE(document && expectedStatesIn(container / "wormhole/styleDBUpdated"));
+        ASSERT_GE(document->back(), confirmed) << "a finished save is lost";
+    }
+    EXPECT_GT(confirmed, kills);
+
+    removeStaleStagedFiles(container.path);
+    removeStaleStagedFiles(container / "wormhole");
+    EXPECT_EQ(container.names().size(), 2U) << "the document and the channel, nothing torn";
+}
+
+TEST(ExtensionState, IsWhatTheBrowserSideWroteLast) {
+    const TemporaryFolder container;
+    const PosixFileSystem files;
+    const ExtensionState extension(files, container.path, {});
+    EXPECT_EQ(extension.isEnabled(), std::nullopt);
+    writeFile(container / "extension-state", "enabled\r\nversion 2\n");
+    EXPECT_EQ(extension.isEnabled(), true);
+    writeFile(container / "extension-state", "disabled\nenabled\n");
+    EXPECT_EQ(extension.isEnabled(), false);
+}
+
+TEST(SharedContainer, IsMadeForThisUserOnlyOrNotAtAll) {
+    const QByteArray before = qgetenv("XDG_DATA_HOME");
+    const TemporaryFolder folder;
+    qputenv("XDG_DATA_HOME", QByteArray::fromStdString(folder / "new" / "data"));
+    const auto container = makeSharedContainer();
+    ASSERT_EQ(container, folder / "new/data/7RX2KD84QM.group.com.tessaril.shared");
+    EXPECT_EQ(fs::status(*container).permissions(), fs::perms::owner_all);
+    EXPECT_EQ(makeSharedContainer(), container);
+    fs::remove(*container);
+    writeFile(*container, "in the way");
+    EXPECT_FALSE(makeSharedContainer());
+    qputenv("XDG_DATA_HOME", before);
+}
+
+TEST(SettingsStore, KeepsEveryTypeInAFileThatOtherProgramsReadAndWrite) {
+    const TemporaryFolder folder;
+    const fs::path file = folder / "new" / "settings.ini";
+    const std::pair<std::string_view, preferenceValue> values[] = {
+        {"no", false},
+        {"large", std::numeric_limits<std::int64_t>::min()},
+        {"past", std::numeric_limits<double>::lowest()},
+        {"text", std::string("@Invalid(), \"ünïcode\" \\ ; # = %1\n\t漢字 ")},
+        {"listLike", std::string("a, b, c")}};
+    for (const auto& [key, value] : values)
+        SettingsStore(file).setValue(key, value);
+    for (const auto& [key, value] : values)
+        EXPECT_EQ(SettingsStore(file).value(key, value), value) << key;
+    EXPECT_FALSE(SettingsStore(file).value("text", true));
+    EXPECT_THAT(fileContent(file), HasSubstr("[General]\n"));
+    EXPECT_THAT(fileContent(file), HasSubstr("no=false\n"));
+    writeFile(file, "[General]\nauthor=Doe, Jane\nflag=1\n"); // typed
+    EXPECT_EQ(SettingsStore(file).value("author", ""), preferenceValue("Doe, Jane"));
+    EXPECT_EQ(SettingsStore(file).value("flag", false), preferenceValue(true));
+
+    CapturedLog log;
+    SettingsStore("/proc/tessaril/settings.ini").setValue("flag", true);
+    EXPECT_EQ(log.take(), "Error writing preferences.\n");
+}
+
+} // namespace
+} // namespace tessaril

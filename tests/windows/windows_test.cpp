@@ -1,0 +1,163 @@
+#include "events/notification_names.h"
+#include "support/event_loop.h"
+#include "support/sample_styles.h"
+#include "support/stand_in_machine.h"
+#include "windows/compiler_error_windows.h"
+#include "windows/main_window.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QClipboard>
+#include <QDragEnterEvent>
+#include <QFileDialog>
+#include <QLabel>
+#include <QListView>
+#include <QMimeData>
+#include <QPointer>
+#include <QPushButton>
+#include <QTextEdit>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tessaril {
+namespace {
+
+using namespace testing;
+using ::testing::ElementsAre;
+using Paths = std::vector<std::filesystem::path>;
+
+class MainWindowTest : public ::testing::Test {
+protected:
+    MainWindowTest() {
+        window.show();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+    }
+
+    void add(int count) {
+        for (int id = 1; id <= count; ++id) {
+            application.store().appendStyle(namedStyle("Quiet %1\nNight", id));
+            application.notificationCenter().post(notifications::addLatestStyle);
+        }
+    }
+
+    bool isEnabled(std::int64_t id) { return application.store().styleWithID(id)->isEnabled; }
+    QRect rowRect(int row) { return view.visualRect(view.model()->index(row, 0)); }
+    QPoint checkBox(int row) { return {rowRect(row).left() + 20, rowRect(row).center().y()}; }
+
+    void click(const QPoint& from, const QPoint& to, Qt::MouseButton button = Qt::LeftButton) {
+        QTest::mousePress(view.viewport(), button, {}, from);
+        QTest::mouseRelease(view.viewport(), button, {}, to);
+    }
+    void click(const QPoint& place) { click(place, place); }
+
+    StandInMachine machine;
+    Application application{machine.surroundings()};
+    bool canImport = false;
+    Paths imported;
+    Paths opened;
+    MainWindow window{application.styleList(),
+                      {.canImport = [this] { return canImport; },
+                       .importFiles = [this](const Paths& paths) { imported = paths; },
+                       .openFiles = [this](const Paths& paths) { opened = paths; },
+                       .emailSupport = [] {},
+                       .openWebsite = [] {}}};
+    QListView& view = *window.findChild<QListView*>("styleList");
+    QPushButton& beginButton = *window.findChild<QPushButton*>("beginButton");
+};
+
+TEST_F(MainWindowTest, TheCheckBoxWorksByMouseAndSpaceKeyOnly) {
+    add(2);
+    click(checkBox(1));
+    EXPECT_TRUE(isEnabled(1) && !isEnabled(2));
+    click(checkBox(1));
+    click(rowRect(0).center()); // selects
+    EXPECT_TRUE(isEnabled(1) && isEnabled(2));
+    QTest::keyClick(&view, Qt::Key_Space);
+    EXPECT_FALSE(isEnabled(1));
+
+    // A press elsewhere that ends on the box, and one on the box of another row, are no clicks.
+    click(rowRect(1).center(), checkBox(1));
+    click(checkBox(0), checkBox(1));
+    click(checkBox(1), checkBox(1), Qt::RightButton);
+    EXPECT_TRUE(isEnabled(2));
+    application.styleList().setLockedForSync(true);
+    click(checkBox(1));
+    EXPECT_TRUE(isEnabled(2));
+    EXPECT_EQ(machine.alerts.beeps, 1);
+}
+
+TEST_F(MainWindowTest, SaysHowToBeginUntilThereIsAStyleToShow) {
+    EXPECT_TRUE(beginButton.isVisible() && beginButton.hasFocus());
+    add(100);
+    EXPECT_TRUE(view.isVisible() && view.hasFocus() && !beginButton.isVisible());
+    EXPECT_EQ(view.selectionModel()->selectedIndexes(),
+              QModelIndexList{view.model()->index(99, 0)});
+    EXPECT_TRUE(view.viewport()->rect().contains(rowRect(99)));
+    QAccessibleInterface* row = QAccessible::queryAccessibleInterface(&view)->child(99);
+    EXPECT_EQ(row->text(QAccessible::Name), "Quiet %1 Night, Custom Style, enabled");
+    click(checkBox(99));
+    EXPECT_FALSE(row->state().checked);
+}
+
+TEST_F(MainWindowTest, TakesFilesFromTheDialogAndByDropping) {
+    QTest::keyClick(&window, Qt::Key_O, Qt::ControlModifier);
+    EXPECT_FALSE(window.findChild<QFileDialog*>());
+    canImport = true;
+    QTest::mouseClick(&beginButton, Qt::LeftButton);
+    auto* dialog = window.findChild<QFileDialog*>();
+    ASSERT_TRUE(dialog);
+    EXPECT_TRUE(dialog->nameFilters().join("").endsWith("(*.user.css *.css *.styl *.less)"));
+    emit dialog->filesSelected({"/styles/ä b.user.css", "/styles/c.less"});
+    EXPECT_THAT(imported, ElementsAre("/styles/ä b.user.css", "/styles/c.less"));
+    dialog->close();
+
+    QMimeData data;
+    const auto isTaken = [&] {
+        QDragEnterEvent enters({10, 10}, Qt::CopyAction, &data, Qt::LeftButton, {});
+        enters.ignore();
+        QApplication::sendEvent(&window, &enters);
+        return enters.isAccepted();
+    };
+    const QUrl address("https://a.example/c.css");
+    data.setUrls({address});
+    EXPECT_FALSE(isTaken());
+    data.setUrls({QUrl("file:///styles/a%20b.css"), address});
+    EXPECT_TRUE(isTaken());
+    QDropEvent drop({10, 10}, Qt::CopyAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(&window, &drop);
+    EXPECT_THAT(opened, ElementsAre()); // the source of the drag does not wait
+    QCoreApplication::processEvents();
+    EXPECT_THAT(opened, ElementsAre("/styles/a b.css"));
+}
+
+TEST(CompilerErrorWindows, ShowTextsAsTheyAreToBeCopiedAndCloseByButtonAndKey) {
+    SteppedDispatcher dispatcher;
+    CompilerErrorWindows windows(dispatcher);
+    const std::string text = "<b>ParseError</b>: \n\tat line 2 &amp;\n\nlast";
+    windows.show({.title = "Other", .header = std::nullopt, .text = "other"});
+    windows.show({.title = "Compiler Error (a[*]b\nc)", .header = "<i>H</i>", .text = text});
+    dispatcher.runAll();
+    QPointer<QWidget> shown[2];
+    for (QWidget* window : QApplication::topLevelWidgets())
+        if (window->isVisible()) shown[window->windowTitle() == "Other"] = window;
+    ASSERT_TRUE(shown[0] && shown[1]);
+    EXPECT_EQ(shown[0]->windowTitle(), "Compiler Error (a[*][*]b c)"); // doubled, for itself
+    EXPECT_EQ(shown[0]->findChild<QLabel*>("errorHeaderLabel")->textFormat(), Qt::PlainText);
+    EXPECT_EQ(shown[1]->findChild<QLabel*>("errorHeaderLabel")->text(),
+              "A compilation error occurred.");
+    QTest::mouseClick(shown[1]->findChild<QPushButton*>(), Qt::LeftButton);
+    ASSERT_TRUE(eventually([&] { return !shown[1]; }));
+
+    ASSERT_TRUE(shown[0] && QTest::qWaitForWindowActive(shown[0]));
+    auto* view = shown[0]->findChild<QTextEdit*>();
+    QTest::keyClicks(view, "typed");
+    QTest::keyClick(view, Qt::Key_A, Qt::ControlModifier);
+    QTest::keyClick(view, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), text);
+    QTest::keyClick(view, Qt::Key_Escape); // from within the text too
+    EXPECT_TRUE(eventually([&] { return !shown[0]; }));
+}
+
+} // namespace
+} // namespace tessaril
