@@ -52,8 +52,7 @@ protected:
     MemoryChannel channel{files};
     RecordingAlerts alerts;
     SteppedDispatcher dispatcher;
-    MemoryPreferences standard;
-    MemoryPreferences shared;
+    MemoryPreferences standard, shared;
     NoScripts scripts;
     RecordingCompilerErrors compilerErrors;
     ::testing::NiceMock<Extension> extension;
@@ -173,8 +172,7 @@ TEST_F(ApplicationTest, theHelpMenuReachesTheMakers) {
 }
 
 TEST(Preferences, giveDefaultsThatAreNeverWritten) {
-    MemoryPreferences standardStore;
-    MemoryPreferences sharedStore;
+    MemoryPreferences standardStore, sharedStore;
     Preferences standard(standardStore);
     Preferences shared(sharedStore);
     registerPreferenceDefaults(standard, shared, 4294967295, true);
@@ -195,8 +193,7 @@ TEST(Preferences, giveDefaultsThatAreNeverWritten) {
 TEST(NotificationCenter, survivesHandlersThatComeAndGoWhileItDelivers) {
     NotificationCenter center;
     std::vector<std::string> heard;
-    NotificationCenter::Subscription second;
-    NotificationCenter::Subscription late;
+    NotificationCenter::Subscription second, late;
     const auto first = center.observe("x", [&](const notification&) {
         heard.emplace_back("first");
         second = {};

@@ -49,17 +49,16 @@ struct ScriptedEngine : ScriptEngine {
                                                ExceptionHandler onException) override {
         for (const scriptSource& script : scripts)
             asked.push_back(script.address + script.text);
-        for (const std::string& exception : loadExceptions)
-            onException(exception);
+        if (!loadError.empty()) onException(loadError);
         return std::make_unique<Context>(*this, std::move(onException));
     }
 
     std::vector<std::string> asked;
-    std::string source;                      ///< the global that was set
-    texts globals;                           ///< what global() finds
-    texts values;                            ///< what evaluating a statement gives
-    texts exceptions;                        ///< statements that throw
-    std::vector<std::string> loadExceptions; ///< what the scripts throw
+    std::string source;    ///< the global that was set
+    texts globals;         ///< what global() finds
+    texts values;          ///< what evaluating a statement gives
+    texts exceptions;      ///< statements that throw
+    std::string loadError; ///< what the scripts throw
 };
 
 struct ListedResources : Resources {
@@ -67,7 +66,6 @@ struct ListedResources : Resources {
         if (name == missing) return std::nullopt;
         return scriptSource{" of " + std::string(name), "file:///" + std::string(name)};
     }
-
     std::string missing;
 };
 
@@ -201,7 +199,7 @@ TEST_F(StyleCompilerTest, logsMissingScripts) {
 }
 
 TEST_F(StyleCompilerTest, opensAWindowForEachError) {
-    engine.loadExceptions = {"first"};
+    engine.loadError = "first";
     engine.exceptions = {{renderLess, "second"}, {"renderer.render();", "Error: stylus:1:1"}};
     engine.globals["errorMsg"] = "ParseError: x\n    at Error.captureStackTrace (y)\n    at z";
     engine.globals["compiled"] = "a{b:c}";
@@ -215,7 +213,7 @@ TEST_F(StyleCompilerTest, opensAWindowForEachError) {
     EXPECT_EQ(firstCompiled(style), "a{b:c}"); // what there is counts all the same
 
     errors.errors.clear();
-    engine.loadExceptions.clear();
+    engine.loadError.clear();
     engine.exceptions.erase(renderLess);
     for (const char* error : {"undefined", "null"}) { // null: thrown by the compiler itself
         engine.globals["errorMsg"] = error;

@@ -9,21 +9,19 @@ namespace {
 
 using enum variableReader;
 
-userVariable variable(std::string type, std::string name, std::optional<std::string> value) {
-    userVariable made;
-    made.type = std::move(type);
-    made.name = std::move(name);
-    made.currentValue = std::move(value);
-    return made;
+using text = std::optional<std::string>;
+
+userVariable variable(std::string type, std::string name, text value) {
+    return {.type = std::move(type), .name = std::move(name), .currentValue = std::move(value)};
 }
 
-userVariable range(std::string name, std::optional<std::string> value) {
+userVariable range(std::string name, text value) {
     userVariable made = variable("range", std::move(name), std::move(value));
     made.rangeOptions = rangeOpts{0, 20, 1, "px"};
     return made;
 }
 
-userVariable select(std::optional<std::string> value, std::string defaultValue = "") {
+userVariable select(text value, std::string defaultValue = "") {
     userVariable made = variable("select", "s", std::move(value));
     made.defaultValue = std::move(defaultValue);
     made.selectOptions = {{"A", "A", "a"}, {"B*", "B", "b*"}, {"C", "C", std::nullopt}};
@@ -47,8 +45,8 @@ std::string placeholders(std::vector<userVariable> variables, std::string code) 
 /// "R,G,B" as a placeholder shows it; "-" for no colour.
 std::string rgb(std::string_view color) {
     const std::string code = "/*[[c-rgb]]*/";
-    const std::string text = placeholders({variable("color", "c", std::string(color))}, code);
-    return text == code ? "-" : text;
+    const std::string made = placeholders({variable("color", "c", std::string(color))}, code);
+    return made == code ? "-" : made;
 }
 
 } // namespace
@@ -88,7 +86,7 @@ TEST(VariableText, joinsUnitsAndFallsBackFromMissingValues) {
 }
 
 TEST(Colors, areReadInTheirSpellings) {
-    for (const auto& [text, bytes] : std::vector<std::pair<std::string_view, std::string_view>>{
+    for (const auto& [color, bytes] : std::vector<std::pair<std::string_view, std::string_view>>{
              {"#ff8000", "255,128,0"},
              {" #f80; \u2028", "255,136,0"},
              {"#F8", "0,0,248"},  // a number, however short
@@ -103,11 +101,11 @@ TEST(Colors, areReadInTheirSpellings) {
              {"aliceblue", "240,248,255"}, // the table's ends
              {"yellowgreen", "154,205,50"},
              {"lightgrey", "211,211,211"}})
-        EXPECT_EQ(rgb(text), bytes) << text;
+        EXPECT_EQ(rgb(color), bytes) << color;
     EXPECT_EQ(colorFromString("rgba(255,0,51,.25)"), (colorComponents{1, 0, 0.2, 0.25}));
     for (int value = 0; value <= 255; ++value) { // no byte loses one in the division
-        const std::string text = std::to_string(value);
-        EXPECT_EQ(rgb("rgb(" + text + ",0,0)"), text + ",0,0");
+        const std::string red = std::to_string(value);
+        EXPECT_EQ(rgb("rgb(" + red + ",0,0)"), red + ",0,0");
     }
     for (const char* wrong :
          {"", "rgb(1,2)", "rgb(1,2,3,4)", "rgba(1,2,3)", "rgb(1,2,x)", "rgb(10%,2,3)", "rgb(,2,3)",
@@ -121,12 +119,19 @@ TEST(Substitution, fillsPlaceholdersInOrder) {
               "#f80 255,136,0 /*[[ACCENT]]*/ #f80");
     EXPECT_EQ(placeholders({variable("text", "c", "red")}, "/*[[c]]*/ /*[[c-rgb]]*/"),
               "red /*[[c-rgb]]*/");
-    // What one variable puts in, a later one replaces.
     EXPECT_EQ(placeholders({variable("text", "a", "/*[[b]]*/"), range("b", "1")}, "x/*[[a]]*/"),
-              "x1px");
+              "x1px"); // what one variable puts in, a later one replaces
 }
 
-TEST(Substitution, writesOnlyTheCompiledCode) {
+TEST(Substitution, declaresCustomPropertiesAndWritesOnlyTheCompiledCode) {
+    styleContainer declared = styleWith({range("b", "4"), select("2")}, {"", "x/*[[b]]*/"});
+    compileCustomProperties(declared);
+    EXPECT_EQ(declared.styleData.sections[1].compiledcode,
+              ":root {\n\t--b: 4px;\n\t--s: ;\n}\nx/*[[b]]*/");
+    declared.userVariables.emplace();
+    compileCustomProperties(declared);
+    EXPECT_EQ(declared.styleData.sections[1].compiledcode, "x/*[[b]]*/");
+
     for (auto* compile : {&compilePlaceholders, &compileCustomProperties}) {
         styleContainer style = styleWith({range("a", "1")}, {"/*[[a]]*/", ""});
         const styleContainer before = style;
@@ -138,18 +143,6 @@ TEST(Substitution, writesOnlyTheCompiledCode) {
         }
         EXPECT_EQ(style, before);
     }
-}
-
-TEST(Substitution, declaresCustomProperties) {
-    styleContainer style = styleWith({range("b", "4"), select("2")}, {"x/*[[b]]*/", "y"});
-    compileCustomProperties(style);
-    const std::string rule = ":root {\n\t--b: 4px;\n\t--s: ;\n}\n";
-    EXPECT_EQ(style.styleData.sections[0].compiledcode, rule + "x/*[[b]]*/");
-    EXPECT_EQ(style.styleData.sections[1].compiledcode, rule + "y");
-
-    styleContainer plain = styleWith({}, {"code"});
-    compileCustomProperties(plain);
-    EXPECT_EQ(plain.styleData.sections[0].compiledcode, "code");
 }
 
 } // namespace tessaril

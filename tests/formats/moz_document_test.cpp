@@ -50,8 +50,7 @@ TEST(MozDocument, cutsAtKeywordsOutsideComments) {
         {"/*/@-moz-document a", {"/*/", "@-moz-document a"}}, // opens and closes
         {"/**/@-moz-document a", {"/**/", "@-moz-document a"}},
         {"/*/*@-moz-document a", {"/*/*@-moz-document a"}},
-        {"*/@-moz-document a/*@-moz-document b", {"*/", "@-moz-document a/*@-moz-document b"}},
-    };
+        {"*/@-moz-document a/*@-moz-document b", {"*/", "@-moz-document a/*@-moz-document b"}}};
     for (const auto& [text, chunks] : cuts)
         EXPECT_EQ(splitAtMozDocument(text), chunks) << text;
 }
@@ -67,61 +66,55 @@ TEST(MozDocument, readsHeaders) {
         {R"(domain("a") , url("b"))", R"(d:a") , url("b )"},
         {R"(domain("), url(x"))", "u:x\" "},
         {"@-moz-document\u00E9domain(a)", "d:a "}, // one whole character after the keyword
-        {"@-moz-document", ""},
-    };
+        {"@-moz-document", ""}};
     for (const auto& [header, rules] : headers)
         EXPECT_EQ(brief(parseSectionHeader(header, "x")), rules + "|x") << header;
 }
 
 TEST(MozDocument, findsTheHeadersEndAndTheBlock) {
     const std::string a = "@-moz-document domain(\"a\")";
-    expectReadings({
-        {"", {}},
-        {" \r\n", {}},
-        {" a{}\r\n b{} ", {"|a{}\r\n b{}"}},
-        {"x{} " + a + " { b{} } " + a + "{c{}}", {"|x{}", "d:a |b{}", "d:a |c{}"}},
-        {a + "\r\n{b{}}", {"d:a |b{}"}},
-        {a + "\n{b {}}", {"d:a |b {}"}},
-        {a + "{}" + a + " { }", {"d:a |"}},    // empty: dropped; a space: kept
-        {a + " {b{}" + a + "{c}", {"d:a |c"}}, // never balances
-        {a + " }{b{}", {}},
-        {a + "\t{b {c}}", {"d:a |c", "|}"}},
-        {block + "/*}*/b}", {"d:a |/*}*/b"}},
-        {block + "/*/}", {"d:a |/*/"}},
-        {block + "b:'}'}", {"d:a |b:'", "|'}"}},
-        {block + "\r\n\t\tb {\r\n\t\t}\r\tc\r\n}", {"d:a |b {\n\t}\nc"}},
-    });
+    expectReadings({{"", {}},
+                    {" \r\n", {}},
+                    {" a{}\r\n b{} ", {"|a{}\r\n b{}"}},
+                    {"x{} " + a + " { b{} } " + a + "{c{}}", {"|x{}", "d:a |b{}", "d:a |c{}"}},
+                    {a + "\r\n{b{}}", {"d:a |b{}"}},
+                    {a + "\n{b {}}", {"d:a |b {}"}},
+                    {a + "{}" + a + " { }", {"d:a |"}},    // empty: dropped; a space: kept
+                    {a + " {b{}" + a + "{c}", {"d:a |c"}}, // never balances
+                    {a + " }{b{}", {}},
+                    {a + "\t{b {c}}", {"d:a |c", "|}"}},
+                    {block + "/*}*/b}", {"d:a |/*}*/b"}},
+                    {block + "/*/}", {"d:a |/*/"}},
+                    {block + "b:'}'}", {"d:a |b:'", "|'}"}},
+                    {block + "\r\n\t\tb {\r\n\t\t}\r\tc\r\n}", {"d:a |b {\n\t}\nc"}}});
 }
 
 TEST(MozDocument, knowsLineCommentsAndIndentedBlocksByPreprocessor) {
-    expectReadings({
-        {block + "b // }\n}", {"d:a |b // }"}, "LESS"},
-        {block + "b // }\r}", {"d:a |b // }"}, "stylus"},
-        {block + "b // }\n}", {"d:a |b //", "|}"}, "css"},
-        {block + "/* // */ }\n}", {"d:a |/* // */ }"}, "less"}, // hides the rest of that line
-        {"@-moz-document url(http://a){b}", {"u:http://a |b"}, "less"}, // not in the header
-        {"@-moz-document\nurl-prefix(http://a) {b}", {"p:http://a |b"}, "less"},
-        {"@-moz-document domain(a)\r\nb\n\tc d", {"d:a |\nb\n\tc d"}, "Stylus"},
-        {"@-moz-document domain(a)\nb", {}, "less"},
-        {"@-moz-document domain(a)", {}, "stylus"},
-        {block + "\n    b\n        c  d}", {"d:a |b\n\tc  d"}, "stylus"},
-        {block + "\n    b\n        c  d}", {"d:a |b\n        c  d"}, "Stylus"},
-        {block + "b    c\r    d}", {"d:a |b    c\n    d"}, "stylus"},
-    });
+    expectReadings(
+        {{block + "b // }\n}", {"d:a |b // }"}, "LESS"},
+         {block + "b // }\r}", {"d:a |b // }"}, "stylus"},
+         {block + "b // }\n}", {"d:a |b //", "|}"}, "css"},
+         {block + "/* // */ }\n}", {"d:a |/* // */ }"}, "less"}, // hides the rest of that line
+         {"@-moz-document url(http://a){b}", {"u:http://a |b"}, "less"}, // not in the header
+         {"@-moz-document\nurl-prefix(http://a) {b}", {"p:http://a |b"}, "less"},
+         {"@-moz-document domain(a)\r\nb\n\tc d", {"d:a |\nb\n\tc d"}, "Stylus"},
+         {"@-moz-document domain(a)\nb", {}, "less"},
+         {"@-moz-document domain(a)", {}, "stylus"},
+         {block + "\n    b\n        c  d}", {"d:a |b\n\tc  d"}, "stylus"},
+         {block + "\n    b\n        c  d}", {"d:a |b\n        c  d"}, "Stylus"},
+         {block + "b    c\r    d}", {"d:a |b    c\n    d"}, "stylus"}});
 }
 
 TEST(MozDocument, givesWhatStandsBetweenBlocksItsPlace) {
-    expectReadings({
-        {block + "b} /* c */ " + block + "d}" + block + "e}",
-         {"d:a |b", "d:a |/* c */\n\nd", "d:a |e"}},
-        {block + "b}\n// c\r" + block + "d}", {"d:a |b", "d:a |// c\n\nd"}},
-        {block + "b} // c\rd", {"d:a |b", "|// c\nd"}},
-        {block + "b}/*c*//*d*/" + block + "e}", {"d:a |b", "|/*c*//*d*/", "d:a |e"}},
-        {block + "b}/*/" + block + "e}", {"d:a |b", "d:a |/*/\n\ne"}},
-        {block + "b}/*c*/" + block + "{" + block + " }", {"d:a |b", "d:a |/*c*/\n\n"}},
-        {block + "b}/*c*/", {"d:a |b"}},
-        {block + "b} c{}\r\nd{} ", {"d:a |b", "|c{}\n\nd{}"}},
-    });
+    expectReadings({{block + "b} /* c */ " + block + "d}" + block + "e}",
+                     {"d:a |b", "d:a |/* c */\n\nd", "d:a |e"}},
+                    {block + "b}\n// c\r" + block + "d}", {"d:a |b", "d:a |// c\n\nd"}},
+                    {block + "b} // c\rd", {"d:a |b", "|// c\nd"}},
+                    {block + "b}/*c*//*d*/" + block + "e}", {"d:a |b", "|/*c*//*d*/", "d:a |e"}},
+                    {block + "b}/*/" + block + "e}", {"d:a |b", "d:a |/*/\n\ne"}},
+                    {block + "b}/*c*/" + block + "{" + block + " }", {"d:a |b", "d:a |/*c*/\n\n"}},
+                    {block + "b}/*c*/", {"d:a |b"}},
+                    {block + "b} c{}\r\nd{} ", {"d:a |b", "|c{}\n\nd{}"}}});
 }
 
 TEST(MozDocument, tellsOfAHeaderThatAppliesEverywhere) {

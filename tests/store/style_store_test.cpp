@@ -234,7 +234,7 @@ TEST_F(StyleStoreTest, importSkipsWhatIsInstalled) {
     otherSite.userstyleID = 77;
     styleContainer disabled = namedStyle("Disabled", 6);
     disabled.isEnabled = false;
-    const styleContainer twice = namedStyle("Twice the same", 4);
+    const styleContainer twice = namedStyle("Twice the same", 8);
     putDocument({otherCode, userCSS("Same origin", 11, "https://a.example/a.user.css", ""),
                  userCSS("Same update", 11, "elsewhere", "https://b.example/b.user.css"),
                  userCSS("Blank update address", 5, "elsewhere", " \n"), compiled, otherSite, twice,

@@ -77,15 +77,13 @@ struct MemoryChannel : MessageChannel {
     explicit MemoryChannel(MemoryFiles& ownFiles) : files(ownFiles) {}
 
     bool send(std::string_view identifier, std::span<const std::string_view> pieces) override {
-        return files.publish(pathOf(identifier), MemoryFiles::joined(pieces));
+        return files.publish(folder / identifier, MemoryFiles::joined(pieces));
     }
     bool send(std::string_view identifier, StagedFile& payload) override {
-        return payload.publishAs(pathOf(identifier));
-    }
-    static std::filesystem::path pathOf(std::string_view identifier) {
-        return std::filesystem::path("wormhole") / identifier;
+        return payload.publishAs(folder / identifier);
     }
     MemoryFiles& files;
+    const std::filesystem::path folder = "wormhole";
 };
 
 /// Stored preferences in memory.

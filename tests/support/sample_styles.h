@@ -15,20 +15,19 @@ inline styleContainer namedStyle(std::string name, std::int64_t id) {
 /// A style in which every field of every type holds something; most texts hold their field's name.
 inline styleContainer fullStyle(std::int64_t id) {
     using texts = std::vector<std::string>;
-    const styleSection section{{"https://a.example/?q=\"1\""},
-                               {"https://b.example/", ""},
-                               {"c.example"},
-                               {"https?://\\w+\\.example/.*"},
-                               "a\t{\r\n content: '\\201C \u20AC \U0001F600'; }\n",
-                               "",
-                               "Main \u0001"};
-    styleJSON data{"url", "updateUrl", "md5Url", "originalMd5", "name", {section, {}}, {{section}}};
+    const texts urls{"https://a.example/?q=\"1\""}, prefixes{"https://b.example/", ""},
+        domains{"c.example"}, regexps{"https?://\\w+\\.example/.*"};
+    const std::string code = "a\t{\r\n content: '\\201C \u20AC \U0001F600'; }\n";
+    const styleSection section{urls, prefixes, domains, regexps, code, "", "Main \u0001"};
+    const styleJSON data{"url",  "updateUrl",   "md5Url",   "originalMd5",
+                         "name", {section, {}}, {{section}}};
     const std::vector<variableOption> options{{}, {"n*", "", "x"}};
     const rangeOpts bounds{-1.7976931348623157e308, 1.7976931348623157e308, 0.1, "px"};
     const std::vector<userVariable> variables{{"select", "v", "V", "0", options, {}, ""},
                                               {"number", "w", "W", "1", {}, bounds, {}}};
+    const texts none, excluded{"exclDomain"}, two{"y", "z"};
     return {id,
-            std::move(data),
+            data,
             false,
             "usorg",
             0,
@@ -41,10 +40,10 @@ inline styleContainer fullStyle(std::int64_t id) {
             "license",
             "downloadedFrom",
             "preprocessor",
-            texts{},
-            texts{"exclDomain"},
-            texts{"y", "z"},
-            texts{"\\d"},
+            none,
+            excluded,
+            two,
+            regexps,
             false,
             "updateURL",
             "systemTheme",

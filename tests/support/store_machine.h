@@ -41,13 +41,8 @@ struct StoreMachine {
     MemoryPreferences stored;
     Preferences preferences{stored};
     std::function<void(styleContainer&)> compile = [](styleContainer&) {};
-    StyleStore store{{.files = files,
-                      .channel = channel,
-                      .alerts = alerts,
-                      .dispatcher = dispatcher,
-                      .center = center,
-                      .preferences = preferences,
-                      .compileStyle = [this](styleContainer& style) { compile(style); }},
+    StyleStore store{{files, channel, alerts, dispatcher, center, preferences,
+                      [this](styleContainer& style) { compile(style); }},
                      document.parent_path()};
 };
 
