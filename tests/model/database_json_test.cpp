@@ -170,7 +170,8 @@ TEST(DatabaseJSON, refusesAnyPieceOfADocumentAndAnythingBehindIt) {
         EXPECT_FALSE(decodeDatabase(good + tail)) << tail;
     for (const char* text : {"", " ", "null", "[]", "\"x\"", "1", "{", "{}"})
         EXPECT_FALSE(decodeDatabase(text)) << text;
-    EXPECT_FALSE(decodeDatabase(withReplaced(good, "c.example", "\xFF.example")));
+    for (const char* text : {"\xFF", "\\ud800", "\\udc00", "\\q"})
+        EXPECT_FALSE(decodeDatabase(withReplaced(good, "c.example", text))) << text;
     EXPECT_FALSE(decodeDatabase("\xEF\xBB" + good));
 }
 

@@ -310,6 +310,16 @@ TEST_F(StyleStoreTest, answersQueries) {
     EXPECT_TRUE(store.mostStylesEnabled());
 }
 
+TEST_F(StyleStoreTest, aChangeMadeWhileAnotherCompilesIsKept) {
+    putDocument({namedStyle("A", 1)});
+    compile = [this](styleContainer&) {
+        if (store.styleWithID(1)->isEnabled) store.setEnabled(1, false);
+    };
+    store.applyStyleProperties(1, fullStyle(2));
+    EXPECT_FALSE(store.styleWithID(1)->isEnabled);
+    EXPECT_EQ(store.styleWithID(1)->systemTheme, "systemTheme");
+}
+
 TEST_F(StyleStoreTest, fieldUpdatesCopyTheirFieldsAndNoOthers) {
     styleContainer expected = namedStyle("A", 1);
     const styleContainer from = fullStyle(2);
