@@ -4,95 +4,118 @@
 #include "model/database_json.h"
 #include "preferences/preference_keys.h"
 #include "support/captured_log.h"
+#include "support/memory_files.h"
+#include "support/recording_alerts.h"
+#include "support/recording_compiler_errors.h"
 #include "support/sample_styles.h"
-#include "support/stand_in_machine.h"
+#include "support/stepped_dispatcher.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace tessaril {
-
 namespace {
 
 using namespace testing;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using ::testing::ElementsAre, ::testing::IsEmpty, ::testing::Return;
 
+/// The application on a machine in memory.
 class ApplicationTest : public ::testing::Test {
 protected:
-    /// Shows the list and lets the launch checks run.
-    void launch() {
-        application.styleListShown();
-        machine.dispatcher.passDelays();
-        machine.dispatcher.runAll();
+    struct NoScripts : ScriptEngine, Resources {
+        using Context = std::unique_ptr<ScriptContext>;
+        Context makeContext(std::span<const scriptSource>, ExceptionHandler) override { return {}; }
+        std::optional<scriptSource> script(std::string_view) const override { return {}; }
+    };
+    struct Extension : BrowserExtension {
+        MOCK_METHOD(std::optional<bool>, isEnabled, (), (const, override));
+        MOCK_METHOD(void, showPreferences, (), (override));
+    };
+    struct Externals : ExternalApplications {
+        using view = std::string_view;
+        MOCK_METHOD(bool, composeEmail, (view recipient, view subject), (override));
+        MOCK_METHOD(bool, openAddress, (view address), (override));
+    };
+
+    applicationSurroundings surroundings() {
+        return {files,   channel, alerts,         dispatcher, standard,  shared,
+                scripts, scripts, compilerErrors, extension,  externals, "/container"};
     }
 
-    StandInMachine machine;
-    Application application{machine.surroundings()};
+    /// Shows the list and lets the launch checks run.
+    void launch(Application& launched) {
+        launched.styleListShown();
+        dispatcher.passDelays();
+        dispatcher.runAll();
+    }
+
+    MemoryFiles files;
+    MemoryChannel channel{files};
+    RecordingAlerts alerts;
+    SteppedDispatcher dispatcher;
+    MemoryPreferences standard, shared;
+    NoScripts scripts;
+    RecordingCompilerErrors compilerErrors;
+    ::testing::NiceMock<Extension> extension;
+    ::testing::StrictMock<Externals> externals;
+    Application application{surroundings()};
 };
 
-TEST_F(ApplicationTest, launchChecksRunHalfASecondAfterTheListIsShown) {
-    application.styleListShown();
-    ASSERT_EQ(machine.dispatcher.delayedTasks.size(), 1U);
-    EXPECT_EQ(machine.dispatcher.delayedTasks[0].delay, std::chrono::milliseconds(500));
-}
-
 TEST_F(ApplicationTest, warnsOncePerProcessButNotOnTheFirstLaunch) {
-    launch();
-    EXPECT_THAT(machine.alerts.questions, IsEmpty());
-    EXPECT_EQ(machine.standard.values.at("isFirstLaunch"), preferenceValue(false));
+    application.styleListShown();
+    ASSERT_EQ(dispatcher.delayedTasks.size(), 1U);
+    EXPECT_EQ(dispatcher.delayedTasks[0].delay, std::chrono::milliseconds(500));
+    dispatcher.passDelays();
+    dispatcher.runAll();
+    EXPECT_THAT(alerts.questions, IsEmpty());
+    EXPECT_EQ(standard.values.at("isFirstLaunch"), preferenceValue(false));
 
-    machine.alerts.answers.push_back({.button = 0});
-    launch();
-    launch();
+    EXPECT_CALL(extension, showPreferences());
+    alerts.answers.push_back({.button = 0});
+    launch(application);
+    launch(application);
     EXPECT_THAT(
-        machine.alerts.questions,
+        alerts.questions,
         ElementsAre(alertQuestion{
             .title = "Extension Not Enabled",
             .text = "To use your custom styles, you'll need to enable the Tessaril extension in "
                     "Safari's Preferences.",
             .buttons = {"Open Safari Preferences", "Later"},
             .offersSuppression = true}));
-    EXPECT_EQ(machine.extension.preferencesShown, 1);
-    EXPECT_FALSE(machine.standard.values.contains("WarnIfDisabled"));
+    EXPECT_FALSE(standard.values.contains("WarnIfDisabled"));
 }
 
 TEST_F(ApplicationTest, theWarningCanBeTurnedOff) {
-    machine.standard.setValue("isFirstLaunch", false);
-    machine.extension.enabled = true;
-    launch();
-    EXPECT_THAT(machine.alerts.questions, IsEmpty()) << "enabled";
+    standard.setValue("isFirstLaunch", false);
+    EXPECT_CALL(extension, isEnabled()).WillOnce(Return(true)).WillRepeatedly(Return(false));
+    EXPECT_CALL(extension, showPreferences()).Times(0);
+    launch(application);
+    EXPECT_THAT(alerts.questions, IsEmpty()) << "enabled";
 
-    machine.extension.enabled = false;
-    machine.alerts.answers.push_back({.button = 1, .suppressed = true});
-    launch();
-    EXPECT_EQ(machine.extension.preferencesShown, 0);
-    EXPECT_EQ(machine.standard.values.at("WarnIfDisabled"), preferenceValue(false));
-
-    Application next(machine.surroundings());
-    next.styleListShown();
-    machine.dispatcher.passDelays();
-    machine.dispatcher.runAll();
-    EXPECT_EQ(machine.alerts.questions.size(), 1U);
+    alerts.answers.push_back({.button = 1, .suppressed = true});
+    launch(application);
+    EXPECT_EQ(standard.values.at("WarnIfDisabled"), preferenceValue(false));
+    Application next(surroundings());
+    launch(next);
+    EXPECT_EQ(alerts.questions.size(), 1U);
 }
 
 TEST_F(ApplicationTest, opensFilesByTheirExactExtension) {
     const std::string block = "@-moz-document domain(\"a\") { b {} }";
-    for (const char* name :
-         {"/a.less", "/b.styl", "/c.css", "/d.txt", "/e.CSS", "/f.sdb.txt", "/g"})
-        machine.files.contents[name] = block;
-    machine.files.contents["/in.sdb"] = *encodeDatabase({.styles = {namedStyle("From file", 1)}});
-
-    application.openFiles(
-        {"/in.sdb", "/a.less", "/d.txt", "/e.CSS", "/b.styl", "/f.sdb.txt", "/g", "/c.css"});
-    EXPECT_THAT(machine.alerts.questions,
+    std::vector<std::filesystem::path> paths = {"/a.less", "/b.styl",    "/c.css", "/d.txt",
+                                                "/e.CSS",  "/f.sdb.txt", "/g"};
+    for (const auto& path : paths)
+        files.contents[path] = block;
+    files.contents["/in.sdb"] = *encodeDatabase({.styles = {namedStyle("From file", 1)}});
+    paths.push_back("/in.sdb");
+    application.openFiles(paths);
+    EXPECT_THAT(alerts.questions,
                 ElementsAre(alertQuestion{
                     .title = "Do you want to import the styles from the Style Database file at "
                              "/in.sdb?",
                     .text = "This will add the styles from this file to your current style "
                             "database.",
                     .buttons = {"Yes", "No"}}));
-    machine.dispatcher.runAll();
+    dispatcher.runAll();
     EXPECT_EQ(application.store().snapshot().styles.size(), 3U) << "answered No";
 
     int refreshed = 0;
@@ -101,10 +124,10 @@ TEST_F(ApplicationTest, opensFilesByTheirExactExtension) {
             ++refreshed;
             EXPECT_EQ(application.store().snapshot().styles.size(), 4U) << "after the merge";
         });
-    machine.alerts.answers.push_back({.button = 0});
+    alerts.answers.push_back({.button = 0});
     application.openFiles({"/in.sdb"});
     EXPECT_EQ(refreshed, 0);
-    machine.dispatcher.runAll();
+    dispatcher.runAll();
     EXPECT_EQ(refreshed, 1);
 }
 
@@ -132,37 +155,33 @@ TEST_F(ApplicationTest, aLinkOpensEveryStyleThatItNames) {
 }
 
 TEST_F(ApplicationTest, theHelpMenuReachesTheMakers) {
+    EXPECT_CALL(externals, composeEmail("support@tessaril.example", "I need some Tessaril help!"))
+        .WillOnce(Return(true));
+    EXPECT_CALL(externals, openAddress("https://tessaril.example/"));
     application.emailSupport();
-    EXPECT_THAT(machine.externals.emails,
-                ElementsAre("support@tessaril.example: I need some Tessaril help!"));
-    EXPECT_THAT(machine.alerts.alerts, IsEmpty());
+    application.openWebsite();
+    EXPECT_THAT(alerts.alerts, IsEmpty());
 
-    machine.externals.hasEmail = false;
-    machine.standard.setValue(preferenceKeys::supportAddress, "help@other.example");
+    standard.setValue(preferenceKeys::supportAddress, "help@other.example");
+    EXPECT_CALL(externals, composeEmail("help@other.example", ::testing::_));
     application.emailSupport();
-    EXPECT_THAT(machine.alerts.alerts,
+    EXPECT_THAT(alerts.alerts,
                 ElementsAre(RecordingAlerts::shown{
                     "No Email Client Set Up",
                     "However, you can still email me at help@other.example if you need to!"}));
-    application.openWebsite();
-    EXPECT_EQ(machine.externals.addresses.size(), 1U);
 }
 
 TEST(Preferences, giveDefaultsThatAreNeverWritten) {
-    MemoryPreferences standardStore;
-    MemoryPreferences sharedStore;
+    MemoryPreferences standardStore, sharedStore;
     Preferences standard(standardStore);
     Preferences shared(sharedStore);
     registerPreferenceDefaults(standard, shared, 4294967295, true);
     EXPECT_EQ(standard.string("DefaultNamespace"), "tessaril4294967295");
     EXPECT_EQ(standard.string("ACETheme"), "dark");
-    EXPECT_EQ(standard.integer("ACEFontSize"), 12);
-    EXPECT_TRUE(standard.boolean("isFirstLaunch"));
     EXPECT_LT(standard.real("lastSuccessfulSync"), -1e9);
     EXPECT_FALSE(shared.boolean("InjectIframes"));
     EXPECT_TRUE(shared.boolean("toggleShortcut"));
-    EXPECT_TRUE(standardStore.values.empty());
-    EXPECT_TRUE(sharedStore.values.empty());
+    EXPECT_TRUE(standardStore.values.empty() && sharedStore.values.empty());
 
     standard.set("DefaultAuthor", "");
     EXPECT_EQ(standard.string("DefaultAuthor"), "") << "an emptied text is a value";
@@ -174,8 +193,7 @@ TEST(Preferences, giveDefaultsThatAreNeverWritten) {
 TEST(NotificationCenter, survivesHandlersThatComeAndGoWhileItDelivers) {
     NotificationCenter center;
     std::vector<std::string> heard;
-    NotificationCenter::Subscription second;
-    NotificationCenter::Subscription late;
+    NotificationCenter::Subscription second, late;
     const auto first = center.observe("x", [&](const notification&) {
         heard.emplace_back("first");
         second = {};
@@ -190,5 +208,4 @@ TEST(NotificationCenter, survivesHandlersThatComeAndGoWhileItDelivers) {
 }
 
 } // namespace
-
 } // namespace tessaril

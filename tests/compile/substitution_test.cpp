@@ -5,24 +5,23 @@
 #include <gtest/gtest.h>
 
 namespace tessaril {
-
 namespace {
 
-userVariable variable(std::string type, std::string name, std::optional<std::string> value) {
-    userVariable made;
-    made.type = std::move(type);
-    made.name = std::move(name);
-    made.currentValue = std::move(value);
-    return made;
+using enum variableReader;
+
+using text = std::optional<std::string>;
+
+userVariable variable(std::string type, std::string name, text value) {
+    return {.type = std::move(type), .name = std::move(name), .currentValue = std::move(value)};
 }
 
-userVariable range(std::string name, std::optional<std::string> value) {
+userVariable range(std::string name, text value) {
     userVariable made = variable("range", std::move(name), std::move(value));
     made.rangeOptions = rangeOpts{0, 20, 1, "px"};
     return made;
 }
 
-userVariable select(std::optional<std::string> value, std::string defaultValue = "") {
+userVariable select(text value, std::string defaultValue = "") {
     userVariable made = variable("select", "s", std::move(value));
     made.defaultValue = std::move(defaultValue);
     made.selectOptions = {{"A", "A", "a"}, {"B*", "B", "b*"}, {"C", "C", std::nullopt}};
@@ -32,13 +31,8 @@ userVariable select(std::optional<std::string> value, std::string defaultValue =
 styleContainer styleWith(std::vector<userVariable> variables, std::vector<std::string> codes) {
     styleContainer style;
     style.userVariables = std::move(variables);
-    for (std::string& code : codes) {
-        styleSection section;
-        section.domains = {"example.org"};
-        section.code = std::move(code);
-        style.styleData.sections.push_back(std::move(section));
-    }
-    style.styleData.compSections = {styleSection{}};
+    for (std::string& code : codes)
+        style.styleData.sections.push_back({.domains = {"a.example"}, .code = std::move(code)});
     return style;
 }
 
@@ -51,44 +45,35 @@ std::string placeholders(std::vector<userVariable> variables, std::string code) 
 /// "R,G,B" as a placeholder shows it; "-" for no colour.
 std::string rgb(std::string_view color) {
     const std::string code = "/*[[c-rgb]]*/";
-    const std::string text = placeholders({variable("color", "c", std::string(color))}, code);
-    return text == code ? "-" : text;
+    const std::string made = placeholders({variable("color", "c", std::string(color))}, code);
+    return made == code ? "-" : made;
 }
 
 } // namespace
 
 TEST(VariableText, choosesOptions) {
-    using enum variableReader;
     EXPECT_EQ(variableText(select("0"), page), "a");
-    EXPECT_EQ(variableText(select("1"), page), "b");
-    EXPECT_EQ(variableText(select("2"), page), "");
-    EXPECT_EQ(variableText(select("2"), compiler), "null");
-    for (const char* type : {"dropdown", "image"}) {
+    for (const char* type : {"select", "dropdown", "image"}) {
         userVariable other = select("1");
         other.type = type;
         EXPECT_EQ(variableText(other, page), "b");
     }
+    EXPECT_EQ(variableText(select("2"), page), "");
+    EXPECT_EQ(variableText(select("2"), compiler), "null");
 
     userVariable bare = variable("select", "s", "1");
     EXPECT_EQ(variableText(bare, page), "1"); // no options: a text like any other
     bare.selectOptions.emplace();
     EXPECT_EQ(variableText(bare, compiler), "");
-}
 
-TEST(VariableText, fallsBackFromChoicesThatDoNotExist) {
-    using enum variableReader;
-    for (const auto& wrong : {std::optional<std::string>(), std::optional<std::string>("3"),
-                              std::optional<std::string>("-1"), std::optional<std::string>("x"),
-                              std::optional<std::string>("99999999999999999999")}) {
-        EXPECT_EQ(variableText(select(wrong, "1"), compiler), "b");
-        EXPECT_EQ(variableText(select(wrong, "7"), compiler), "a");
-    }
+    for (const char* wrong : {"3", "-1", "x", "99999999999999999999"})
+        EXPECT_EQ(variableText(select(wrong, "1"), compiler), "b") << wrong;
+    EXPECT_EQ(variableText(select({}, "1"), compiler), "b");
+    EXPECT_EQ(variableText(select({}, "7"), compiler), "a");
 }
 
 TEST(VariableText, joinsUnitsAndFallsBackFromMissingValues) {
-    using enum variableReader;
     EXPECT_EQ(variableText(range("r", "12"), page), "12px");
-    EXPECT_EQ(variableText(range("r", "12"), compiler), "12px");
     userVariable missing = range("r", std::nullopt);
     EXPECT_EQ(variableText(missing, compiler), "");
     missing.defaultValue = "4";
@@ -101,78 +86,63 @@ TEST(VariableText, joinsUnitsAndFallsBackFromMissingValues) {
 }
 
 TEST(Colors, areReadInTheirSpellings) {
-    EXPECT_EQ(rgb("#ff8000"), "255,128,0");
-    EXPECT_EQ(rgb(" #f80; \u2028"), "255,136,0");
-    EXPECT_EQ(rgb("#F8"), "0,0,248");  // a number, however short
-    EXPECT_EQ(rgb("#12zz"), "0,0,18"); // up to the first character that is no digit
-    EXPECT_EQ(rgb("#zz"), "0,0,0");
-    EXPECT_EQ(rgb("#1\u00E92"), "0,0,17"); // three characters, one of them of two bytes
-    EXPECT_EQ(rgb("#99ff8000"), "255,128,0");
-    EXPECT_EQ(rgb("#ff112233445566778899"), "119,136,153");
-    EXPECT_EQ(rgb("rgb( 1 , 2.9,-3)"), "1,2,-3");
-    EXPECT_EQ(rgb("rgba(1,2,3,0.5);"), "1,2,3");
-    EXPECT_EQ(rgb("rgb(1e300,-1e300,0)"), "1000000000000000000,-1000000000000000000,0");
+    for (const auto& [color, bytes] : std::vector<std::pair<std::string_view, std::string_view>>{
+             {"#ff8000", "255,128,0"},
+             {" #f80; \u2028", "255,136,0"},
+             {"#F8", "0,0,248"},  // a number, however short
+             {"#12zz", "0,0,18"}, // up to the first character that is no digit
+             {"#zz", "0,0,0"},
+             {"#1\u00E92", "0,0,17"}, // three characters, one of them of two bytes
+             {"#ff112233445566778899", "119,136,153"},
+             {"rgb( 1 , 2.9,-3)", "1,2,-3"},
+             {"rgba(1,2,3,0.5);", "1,2,3"},
+             {"rgb(1e300,-1e300,0)", "1000000000000000000,-1000000000000000000,0"},
+             {"RebeccaPurple;", "102,51,153"},
+             {"aliceblue", "240,248,255"}, // the table's ends
+             {"yellowgreen", "154,205,50"},
+             {"lightgrey", "211,211,211"}})
+        EXPECT_EQ(rgb(color), bytes) << color;
     EXPECT_EQ(colorFromString("rgba(255,0,51,.25)"), (colorComponents{1, 0, 0.2, 0.25}));
     for (int value = 0; value <= 255; ++value) { // no byte loses one in the division
-        const std::string text = std::to_string(value);
-        EXPECT_EQ(rgb("rgb(" + text + ",0,0)"), text + ",0,0");
+        const std::string red = std::to_string(value);
+        EXPECT_EQ(rgb("rgb(" + red + ",0,0)"), red + ",0,0");
     }
-    for (const char* wrong : {"", "rgb(1,2)", "rgb(1,2,3,4)", "rgba(1,2,3)", "rgb(1,2,x)",
-                              "rgb(10%,2,3)", "RGB(1,2,3)", "hsl(1,2,3)", "rgb(,2,3)"})
+    for (const char* wrong :
+         {"", "rgb(1,2)", "rgb(1,2,3,4)", "rgba(1,2,3)", "rgb(1,2,x)", "rgb(10%,2,3)", "rgb(,2,3)",
+          "RGB(1,2,3)", "hsl(1,2,3)", "lightgray", "grey", "transparent", "tom ato"})
         EXPECT_EQ(rgb(wrong), "-") << wrong;
-}
-
-TEST(Colors, areReadByName) {
-    EXPECT_EQ(rgb("tomato"), "255,99,71");
-    EXPECT_EQ(rgb("RebeccaPurple;"), "102,51,153");
-    EXPECT_EQ(rgb("aliceblue"), "240,248,255"); // the table's ends
-    EXPECT_EQ(rgb("yellowgreen"), "154,205,50");
-    EXPECT_EQ(rgb("lightgrey"), "211,211,211");
-    EXPECT_EQ(rgb("darkslategray"), "47,79,79");
-    for (const char* absent :
-         {"lightgray", "grey", "dimgrey", "transparent", "ButtonFace", "notacolour", "tom ato"})
-        EXPECT_EQ(rgb(absent), "-") << absent;
 }
 
 TEST(Substitution, fillsPlaceholdersInOrder) {
     EXPECT_EQ(placeholders({variable("color", "accent", "#f80")},
                            "/*[[accent]]*/ /*[[accent-rgb]]*/ /*[[ACCENT]]*/ /*[[accent]]*/"),
               "#f80 255,136,0 /*[[ACCENT]]*/ #f80");
-    EXPECT_EQ(placeholders({variable("color", "c", "nocolour")}, "/*[[c]]*/ /*[[c-rgb]]*/"),
-              "nocolour /*[[c-rgb]]*/");
-    EXPECT_EQ(placeholders({variable("text", "c", "red")}, "/*[[c-rgb]]*/"), "/*[[c-rgb]]*/");
-    // What one variable puts in, a later one replaces.
+    EXPECT_EQ(placeholders({variable("text", "c", "red")}, "/*[[c]]*/ /*[[c-rgb]]*/"),
+              "red /*[[c-rgb]]*/");
     EXPECT_EQ(placeholders({variable("text", "a", "/*[[b]]*/"), range("b", "1")}, "x/*[[a]]*/"),
-              "x1px");
-    EXPECT_EQ(placeholders({}, "/*[[a]]*/"), "/*[[a]]*/");
+              "x1px"); // what one variable puts in, a later one replaces
 }
 
-TEST(Substitution, writesOnlyTheCompiledCode) {
+TEST(Substitution, declaresCustomPropertiesAndWritesOnlyTheCompiledCode) {
+    styleContainer declared = styleWith({range("b", "4"), select("2")}, {"", "x/*[[b]]*/"});
+    compileCustomProperties(declared);
+    EXPECT_EQ(declared.styleData.sections[1].compiledcode,
+              ":root {\n\t--b: 4px;\n\t--s: ;\n}\nx/*[[b]]*/");
+    declared.userVariables.emplace();
+    compileCustomProperties(declared);
+    EXPECT_EQ(declared.styleData.sections[1].compiledcode, "x/*[[b]]*/");
+
     for (auto* compile : {&compilePlaceholders, &compileCustomProperties}) {
         styleContainer style = styleWith({range("a", "1")}, {"/*[[a]]*/", ""});
-        styleContainer expected = style;
+        const styleContainer before = style;
+        style.styleData.compSections.emplace();
         compile(style);
-        EXPECT_FALSE(style.styleData.compSections);
         for (styleSection& section : style.styleData.sections) {
             EXPECT_TRUE(section.compiledcode);
             section.compiledcode.reset();
         }
-        expected.styleData.compSections.reset();
-        EXPECT_EQ(style, expected);
+        EXPECT_EQ(style, before);
     }
-}
-
-TEST(Substitution, declaresCustomProperties) {
-    styleContainer style = styleWith({variable("text", "a", "red"), range("b", "4"), select("2")},
-                                     {"x/*[[a]]*/", "y"});
-    compileCustomProperties(style);
-    const std::string rule = ":root {\n\t--a: red;\n\t--b: 4px;\n\t--s: ;\n}\n";
-    EXPECT_EQ(style.styleData.sections[0].compiledcode, rule + "x/*[[a]]*/");
-    EXPECT_EQ(style.styleData.sections[1].compiledcode, rule + "y");
-
-    styleContainer plain = styleWith({}, {"code"});
-    compileCustomProperties(plain);
-    EXPECT_EQ(plain.styleData.sections[0].compiledcode, "code");
 }
 
 } // namespace tessaril

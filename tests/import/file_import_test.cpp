@@ -1,25 +1,19 @@
 #include "events/notification_names.h"
 #include "import/file_import.h"
-#include "support/memory_files.h"
-#include "support/recording_alerts.h"
-#include "support/sample_styles.h"
-#include "support/stepped_dispatcher.h"
+#include "support/store_machine.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace tessaril {
-
 namespace {
 
 using namespace testing;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using ::testing::ElementsAre, ::testing::IsEmpty;
 
-class FileImportTest : public ::testing::Test {
+class FileImportTest : public ::testing::Test, public StoreMachine<> {
 protected:
-    /// Imports files of these names and contents together.
-    void importFiles(const std::vector<std::pair<std::string, std::string>>& named) {
+    /// Imports files of these names and contents together and gives the last style.
+    styleContainer imported(const std::vector<std::pair<std::string, std::string>>& named) {
         std::vector<std::filesystem::path> paths;
         for (const auto& [name, text] : named) {
             paths.emplace_back("/in/" + name);
@@ -27,34 +21,18 @@ protected:
         }
         importer.importFiles(paths);
         dispatcher.runAll();
+        const liveDatabase live = store.snapshot();
+        return live.styles.empty() ? styleContainer() : *live.styles.back();
     }
 
-    styleContainer last() { return *store.snapshot().styles.back(); }
-
-    MemoryFiles files;
-    MemoryChannel channel{files};
-    RecordingAlerts alerts;
-    SteppedDispatcher dispatcher;
-    NotificationCenter center;
-    MemoryPreferences stored;
-    Preferences preferences{stored};
-    StyleStore store{{.files = files,
-                      .channel = channel,
-                      .alerts = alerts,
-                      .dispatcher = dispatcher,
-                      .center = center,
-                      .preferences = preferences,
-                      .compileStyle = [](styleContainer&) {}},
-                     "/container"};
     StyleList list{store, center, dispatcher, alerts};
-    FileImport importer{{.files = files,
-                         .alerts = alerts,
-                         .dispatcher = dispatcher,
-                         .center = center,
-                         .store = store,
-                         .list = list,
-                         .making = {.generateUniqueID = [this] { return store.generateUniqueID(); },
-                                    .compileStyle = [](styleContainer&) {}}}};
+    FileImport importer{{files,
+                         alerts,
+                         dispatcher,
+                         center,
+                         store,
+                         list,
+                         {[this] { return store.generateUniqueID(); }, compile}}};
 };
 
 const std::string block = "@-moz-document domain(\"a.example\") { b { color: red } }";
@@ -65,14 +43,10 @@ std::string userCSS(const std::string& metadata) {
 
 TEST_F(FileImportTest, plainCSSKeepsItsTextAndWarnsThatItAppliesEverywhere) {
     const std::string text = "\n/* ==UserStyle==\n@name Ignored\n==/UserStyle== */\nb { }\n";
-    importFiles({{"dark.user.css", text}});
-    const styleContainer style = last();
-    EXPECT_EQ(style.styleData.name, "dark");
+    const styleContainer style = imported({{"dark.user.css", text}});
     EXPECT_EQ(style.source, "custom");
     EXPECT_EQ(style.userstyleID, -1);
-    ASSERT_EQ(style.styleData.sections.size(), 1U);
-    EXPECT_EQ(style.styleData.sections[0].code, text) << "metadata and blanks included";
-    EXPECT_TRUE(style.styleData.sections[0].appliesEverywhere());
+    EXPECT_EQ(style.styleData, makeStyleJSON("dark", text)) << "metadata and blanks included";
     EXPECT_THAT(alerts.alerts,
                 ElementsAre(RecordingAlerts::shown{
                     "CSS File Imported With No Rules",
@@ -81,29 +55,21 @@ TEST_F(FileImportTest, plainCSSKeepsItsTextAndWarnsThatItAppliesEverywhere) {
                     "sites."}));
 }
 
-TEST_F(FileImportTest, sourceFollowsTheUpdateAddress) {
-    importFiles({{"a.user.css", userCSS("@name A\n@updateURL https://a.example/a.user.css")}});
-    EXPECT_EQ(last().source, "usercss");
-    EXPECT_EQ(last().styleData.name, "A");
-    importFiles({{"b.user.css", userCSS("@name B")}});
-    EXPECT_EQ(last().source, "custom");
-    importFiles({{"c.user.css", userCSS("@name C\n@updateURL")}});
-    EXPECT_EQ(last().source, "custom") << "an empty address is none";
-    EXPECT_THAT(alerts.alerts, IsEmpty());
-}
-
-TEST_F(FileImportTest, takesTheNameFromTheFileAndCutsTheUserEnding) {
-    for (const auto& [file, text, name] :
-         std::vector<std::tuple<std::string, std::string, std::string>>{
-             {"site.user.css", block, "site"},
-             {"site.css", block, "site"},
-             {"site.user.v2.css", block, "site.user.v2"},
-             {"a.user.b.user.css", block, "a"},
-             {"x.css", userCSS("@name Named.user"), "Named"},
-             {".user.css", "b {}", ".user"},
-             {"\u00FC.user.styl", block, "\u00FC"}}) {
-        importFiles({{file, text}});
-        EXPECT_EQ(last().styleData.name, name) << file;
+TEST_F(FileImportTest, takesTheNameFromTheFileAndTheSourceFromTheUpdateAddress) {
+    for (const auto& [file, text, name, source] :
+         std::vector<std::tuple<std::string, std::string, std::string, std::string>>{
+             {"site.user.css", block, "site", "custom"},
+             {"site.css", block, "site", "custom"},
+             {"site.user.v2.css", block, "site.user.v2", "custom"},
+             {"a.user.b.user.css", block, "a", "custom"},
+             {".user.css", "b {}", ".user", "custom"},
+             {"\u00FC.user.styl", block, "\u00FC", "custom"},
+             {"x.css", userCSS("@name Named.user"), "Named", "custom"},
+             {"x.css", userCSS("@name C\n@updateURL"), "C", "custom"},
+             {"x.css", userCSS("@name A\n@updateURL https://a.example/"), "A", "usercss"}}) {
+        const styleContainer style = imported({{file, text}});
+        EXPECT_EQ(style.styleData.name, name) << file;
+        EXPECT_EQ(style.source, source) << text;
     }
 }
 
@@ -111,16 +77,20 @@ TEST_F(FileImportTest, eachFileIsOneStyleOneSaveAndOneNotification) {
     int announced = 0;
     const auto subscription =
         center.observe(notifications::addLatestStyle, [&](const notification&) { ++announced; });
-    importFiles({{"a.css", block}, {"a.less", block}, {"a.css", block}});
+    imported({{"a.css", block}, {"a.less", block}, {"a.css", block}});
     EXPECT_EQ(announced, 3);
-    EXPECT_EQ(store.snapshot().styles.size(), 3U) << "never merged with what is there";
+    EXPECT_EQ(written().styles.size(), 3U) << "never merged with what is there";
     EXPECT_THAT(dispatcher.priorities, ::testing::Each(taskPriority::utility));
-    EXPECT_TRUE(files.contents.at("/container/styledb.sdb").find("a.example") != std::string::npos);
+    EXPECT_THAT(alerts.alerts, IsEmpty());
+
+    EXPECT_TRUE(importer.canImport());
+    list.setLockedForSync(true);
+    EXPECT_FALSE(importer.canImport());
 }
 
 TEST_F(FileImportTest, saysWhichFileHasNoSection) {
-    importFiles({{"broken.user.css", "@-moz-document domain(\"a\") {"}});
-    EXPECT_TRUE(store.snapshot().styles.empty());
+    imported({{"broken.user.css", "@-moz-document domain(\"a\") {"}});
+    EXPECT_THAT(names(), IsEmpty());
     EXPECT_THAT(alerts.alerts,
                 ElementsAre(RecordingAlerts::shown{
                     "Invalid Style",
@@ -131,22 +101,14 @@ TEST_F(FileImportTest, saysWhichFileHasNoSection) {
 TEST_F(FileImportTest, passesOverWhatIsNoUTF8Text) {
     files.unreadable.insert("/in/folder.css");
     importer.importFiles({"/in/folder.css", "/in/gone.css"});
-    importFiles({{"latin.css", "/* caf\xE9 */ " + block}});
-    EXPECT_TRUE(store.snapshot().styles.empty());
+    imported({{"latin.css", "/* caf\xE9 */ " + block}});
+    EXPECT_THAT(names(), IsEmpty());
     EXPECT_THAT(alerts.alerts, IsEmpty());
 
-    importFiles({{"mark.css", "\xEF\xBB\xBF" + block}});
-    EXPECT_EQ(last().styleData.sections.size(), 1U) << "a byte-order mark is no code";
-    importFiles({{"empty.css", ""}});
-    EXPECT_EQ(last().styleData.sections.at(0).code, "");
-}
-
-TEST_F(FileImportTest, waitsForTheLockedList) {
-    EXPECT_TRUE(importer.canImport());
-    list.setLockedForSync(true);
-    EXPECT_FALSE(importer.canImport());
+    EXPECT_EQ(imported({{"mark.css", "\xEF\xBB\xBF" + block}}).styleData.sections.size(), 1U)
+        << "a byte-order mark is no code";
+    EXPECT_EQ(imported({{"empty.css", ""}}).styleData.sections.at(0).code, "");
 }
 
 } // namespace
-
 } // namespace tessaril

@@ -1,7 +1,8 @@
 """Reads a document strictly and holds it against what was put into it.
 
 Usage: check_document.py DOCUMENT EXPECTED
-A line of EXPECTED is a style: its identifier, the bits of its date, its name and code in hex.
+EXPECTED holds, for each style and each closed by a zero byte: its identifier, the bits of its date,
+its name and its code.
 """
 
 import json
@@ -14,22 +15,16 @@ def refuse(text):
 
 
 def fields(pairs):
-    if len(dict(pairs)) != len(pairs):
-        refuse("a key occurs twice")
-    return dict(pairs)
+    return dict(pairs) if len(dict(pairs)) == len(pairs) else refuse("a key occurs twice")
 
 
-with open(sys.argv[1], encoding="utf-8", errors="strict") as document:
-    text = document.read()
-styles = json.loads(text, parse_constant=refuse, object_pairs_hook=fields)["styles"]
-with open(sys.argv[2], encoding="ascii") as expected:
-    lines = [line.split() for line in expected]
-
-assert len(styles) == len(lines)
-for style, (identifier, date, name, code) in zip(styles, lines):
-    assert type(style["uniqueID"]) is int and style["uniqueID"] == int(identifier)
-    assert struct.unpack("<Q", struct.pack("<d", style["dateModified"]))[0] == int(date)
-    assert style["styleData"]["name"].encode().hex() == name[1:]
-    assert style["styleData"]["sections"][0]["code"].encode().hex() == code[1:]
+text = open(sys.argv[1], "rb").read().decode("utf-8", "strict")
+values = []
+for style in json.loads(text, parse_constant=refuse, object_pairs_hook=fields)["styles"]:
+    assert type(style["uniqueID"]) is int
+    bits = struct.unpack("<Q", struct.pack("<d", style["dateModified"]))[0]
+    code = style["styleData"]["sections"][0]["code"]
+    values += [str(style["uniqueID"]), str(bits), style["styleData"]["name"], code]
     assert style["exclURL"] == [] and "currentValue" not in style["userVariables"][1]
     assert style["userVariables"][1]["rangeOptions"]["max"] == sys.float_info.max
+assert "\0".join(values + [""]).encode() == open(sys.argv[2], "rb").read()

@@ -1,5 +1,6 @@
 #include "model/database_json.h"
 #include "support/sample_styles.h"
+#include "support/temporary_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -9,21 +10,13 @@
 #include <random>
 
 namespace tessaril {
-
 namespace {
 
-using testing::fullStyle;
-using testing::namedStyle;
-
-styleDatabase sampleDatabase() {
-    return {.dbVersion = 7,
-            .styles = {fullStyle(4294967295), namedStyle("Plain", 0)},
-            .randomHash = std::numeric_limits<std::int64_t>::min(),
-            .dateModified = 0.1 + 0.2};
-}
+using testing::fullStyle, testing::namedStyle;
+using limits = std::numeric_limits<std::int64_t>;
 
 std::string sampleJSON() {
-    return *encodeDatabase(sampleDatabase());
+    return *encodeDatabase({.dbVersion = 7, .styles = {fullStyle(4294967295)}});
 }
 
 std::string withReplaced(std::string text, std::string_view from, std::string_view to) {
@@ -38,16 +31,38 @@ std::string withMember(std::string_view member) {
     return "{" + std::string(member) + R"(,"dbVersion":1,"styles":[],"randomHash":2})";
 }
 
+std::string withDate(std::string_view number) {
+    return withMember("\"dateModified\":" + std::string(number));
+}
+
+/// Text of all kinds of characters, the awkward ones often.
+std::string randomText(std::mt19937_64& random) {
+    constexpr const char* pieces[] = {"a",      "\"",     "\\",         "/",      "\n", "\r\n",
+                                      "\t",     "\x01",   "\x1f",       "\x7f",   "\b", "\f",
+                                      "\u00e9", "\u2028", "\U0001F600", "\uffff", "<>", "\\u0041"};
+    std::string text;
+    for (auto size = random() % (random() % 20 ? 40 : 4000); size > 0; --size)
+        text += pieces[random() % std::size(pieces)];
+    return text;
+}
+
 } // namespace
 
 TEST(DatabaseJSON, readsBackWhatItWrote) {
-    const styleDatabase database = sampleDatabase();
+    const styleDatabase database{.dbVersion = -7,
+                                 .styles = {fullStyle(4294967295), namedStyle("Plain", 0)},
+                                 .randomHash = limits::min(),
+                                 .dateModified = 0.1 + 0.2};
     EXPECT_EQ(decodeDatabase(*encodeDatabase(database)), database);
     EXPECT_EQ(decodeDatabase(R"({"styles":[],"randomHash":9223372036854775807,"dbVersion":-7})"),
-              (styleDatabase{.dbVersion = -7,
-                             .styles = {},
-                             .randomHash = std::numeric_limits<std::int64_t>::max(),
-                             .dateModified = std::nullopt}));
+              (styleDatabase{.dbVersion = -7, .styles = {}, .randomHash = limits::max()}));
+
+    const std::string json = sampleJSON();
+    for (const std::string key :
+         {"url", "updateUrl", "md5Url", "originalMd5", "name", "version", "namespace",
+          "description", "author", "homepageURL", "supportURL", "license", "downloadedFrom",
+          "preprocessor", "updateURL", "systemTheme"})
+        EXPECT_NE(json.find("\"" + key + "\":\"" + key + "\""), std::string::npos) << key;
 }
 
 TEST(DatabaseJSON, leavesAbsentFieldsOutAndReadsNullAsAbsent) {
@@ -71,16 +86,12 @@ TEST(DatabaseJSON, leavesAbsentFieldsOutAndReadsNullAsAbsent) {
 
 TEST(DatabaseJSON, refusesEveryRequiredFieldMissingNullOrOfAnotherForm) {
     const std::string good = sampleJSON();
-    // The first occurrence of each stands at the depth named.
-    const std::vector<std::pair<std::string, std::string>> members = {
-        {R"("dbVersion":7)", "document"},          {R"("uniqueID":4294967295)", "style"},
-        {R"("isEnabled":false)", "style"},         {R"("source":"usorg")", "style"},
-        {R"("userstyleID":0)", "style"},           {R"("namespace":"n")", "style"},
-        {R"("preprocessor":"less")", "style"},     {R"("originalMd5":"o")", "styleData"},
-        {R"("domains":["c.example"])", "section"}, {R"("type":"select")", "variable"},
-        {R"("defaultValue":"0")", "variable"},     {R"("step":0.1)", "range"},
-    };
-    for (const auto& [member, depth] : members) {
+    for (const std::string member : // of the document, a style, its data and what these hold
+         {R"("dbVersion":7)", R"("uniqueID":4294967295)", R"("isEnabled":false)",
+          R"("source":"usorg")", R"("userstyleID":0)", R"("namespace":"namespace")",
+          R"("preprocessor":"preprocessor")", R"("originalMd5":"originalMd5")",
+          R"("domains":["c.example"])", R"("type":"select")", R"("defaultValue":"0")",
+          R"("step":0.1)"}) {
         const std::string key = member.substr(0, member.find(':') + 1);
         EXPECT_FALSE(decodeDatabase(withReplaced(good, member, R"("unknown":1)"))) << member;
         for (const char* value : {"null", "{}", "\"x", "[1]"})
@@ -88,25 +99,23 @@ TEST(DatabaseJSON, refusesEveryRequiredFieldMissingNullOrOfAnotherForm) {
                 << member << " as " << value;
     }
     // Of another form than its own, an optional field refuses the document as well.
-    for (const auto& [member, other] : std::vector<std::pair<std::string, std::string>>{
-             {R"("allowIframe":false)", R"("allowIframe":0)"},
-             {R"("exclDomain":["x"])", R"("exclDomain":"x")"},
-             {R"("exclDomain":["x"])", R"("exclDomain":[null])"},
-             {R"("systemTheme":"dark")", R"("systemTheme":1)"},
-             {R"("currentValue":"")", R"("currentValue":false)"}})
+    for (const auto& [member, other] :
+         {std::pair{R"("allowIframe":false)", R"("allowIframe":0)"},
+          {R"("exclDomain":["exclDomain"])", R"("exclDomain":"x")"},
+          {R"("exclDomain":["exclDomain"])", R"("exclDomain":[null])"},
+          {R"("systemTheme":"systemTheme")", R"("systemTheme":1)"},
+          {R"("currentValue":"")", R"("currentValue":false)"}})
         EXPECT_FALSE(decodeDatabase(withReplaced(good, member, other))) << other;
 }
 
 TEST(DatabaseJSON, keepsIntegersAndDoublesExact) {
-    for (const char* integer : {"5.0", "1e3", "9223372036854775808", "-9223372036854775809", "01",
-                                "+1", "0x1", "true", "\"1\"", "-"})
-        EXPECT_FALSE(decodeDatabase(R"({"dbVersion":1,"styles":[],"randomHash":)" +
-                                    std::string(integer) + "}"))
+    for (const std::string integer : {"5.0", "1e3", "9223372036854775808", "-9223372036854775809",
+                                      "01", "+1", "0x1", "true", "\"1\"", "-"})
+        EXPECT_FALSE(decodeDatabase(R"({"dbVersion":1,"styles":[],"randomHash":)" + integer + "}"))
             << integer;
 
-    std::vector<double> values = {0.0,  -0.0, 5.0,    1e22,   1e21,     1180591620717411303424.0,
-                                  1e15, 1e16, 1e-308, 5e-324, 631152000};
-    values.push_back(std::numeric_limits<double>::max());
+    std::vector<double> values = {0.0,  -0.0, 5.0,    1e22,   1e21,      1180591620717411303424.0,
+                                  1e15, 1e16, 1e-308, 5e-324, 631152000, 1.7976931348623157e308};
     std::mt19937_64 random(7);
     for (int i = 0; i < 2000; ++i) {
         const auto value = std::bit_cast<double>(random());
@@ -121,21 +130,18 @@ TEST(DatabaseJSON, keepsIntegersAndDoublesExact) {
             << *json;
     }
     // Spelled by others: integers beyond 64 bits are doubles like any other.
-    EXPECT_EQ(decodeDatabase(withMember(R"("dateModified":100000000000000000000)"))->dateModified,
-              1e20);
-    EXPECT_FALSE(decodeDatabase(withMember(R"("dateModified":1e999)")));
-    for (const char* number : {"1.", ".5", "01.5", "-", "1e", "NaN", "Infinity"})
-        EXPECT_FALSE(decodeDatabase(withMember(R"("dateModified":)" + std::string(number))))
-            << number;
+    EXPECT_EQ(decodeDatabase(withDate("100000000000000000000"))->dateModified, 1e20);
+    for (const char* number : {"1e999", "1.", ".5", "01.5", "-", "1e", "NaN", "Infinity"})
+        EXPECT_FALSE(decodeDatabase(withDate(number))) << number;
 }
 
 TEST(DatabaseJSON, refusesWhatCannotBeRepresented) {
     EXPECT_FALSE(encodeDatabase({.dateModified = std::numeric_limits<double>::infinity()}));
+    EXPECT_FALSE(encodeFrame(1, 2, std::numeric_limits<double>::infinity()));
     styleContainer style = namedStyle("x", 1);
     style.userVariables = {{.rangeOptions = rangeOpts{.max = std::nan("")}}};
     EXPECT_FALSE(encodeStyle(style));
     EXPECT_FALSE(encodeStyle(namedStyle("half \xC3", 1)));
-    EXPECT_FALSE(encodeFrame(1, 2, std::numeric_limits<double>::infinity()));
 }
 
 TEST(DatabaseJSON, ignoresUnknownMembersButOnlyJSONOnes) {
@@ -156,7 +162,7 @@ TEST(DatabaseJSON, ignoresUnknownMembersButOnlyJSONOnes) {
 }
 
 TEST(DatabaseJSON, refusesAnyPieceOfADocumentAndAnythingBehindIt) {
-    const std::string good = *encodeDatabase({.styles = {fullStyle(1)}});
+    const std::string good = sampleJSON();
     for (std::size_t size = 0; size < good.size(); ++size)
         ASSERT_FALSE(decodeDatabase(good.substr(0, size))) << size;
     EXPECT_TRUE(decodeDatabase(" \n" + good + "\t\r\n"));
@@ -164,20 +170,19 @@ TEST(DatabaseJSON, refusesAnyPieceOfADocumentAndAnythingBehindIt) {
         EXPECT_FALSE(decodeDatabase(good + tail)) << tail;
     for (const char* text : {"", " ", "null", "[]", "\"x\"", "1", "{", "{}"})
         EXPECT_FALSE(decodeDatabase(text)) << text;
-    EXPECT_FALSE(decodeDatabase(withReplaced(good, "Full", "F\xFFll")));
+    for (const char* text : {"\xFF", "\\ud800", "\\udc00", "\\q"})
+        EXPECT_FALSE(decodeDatabase(withReplaced(good, "c.example", text))) << text;
     EXPECT_FALSE(decodeDatabase("\xEF\xBB" + good));
 }
 
 TEST(DatabaseJSON, survivesFlippedBytes) {
-    const std::string good = *encodeDatabase({.styles = {fullStyle(1)}});
+    const std::string good = sampleJSON();
     std::mt19937 random(1);
     for (int i = 0; i < 20000; ++i) {
         std::string bytes = good;
         bytes[random() % bytes.size()] = static_cast<char>(random());
-        // Whatever was read can be written.
-        if (const auto read = decodeDatabase(bytes)) {
-            ASSERT_TRUE(encodeDatabase(*read));
-        }
+        const auto read = decodeDatabase(bytes);
+        ASSERT_TRUE(!read || encodeDatabase(*read)) << "whatever was read can be written";
     }
 }
 
@@ -185,11 +190,36 @@ TEST(DatabaseJSON, decodesTheSharingSitesStyle) {
     const std::string json =
         R"({"name":"N","url":"","updateUrl":"u","md5Url":"m","originalMd5":"o","extra":{},
             "sections":[{"urls":[],"urlPrefixes":[],"domains":["d"],"regexps":[],"code":"c"}]})";
-    const auto data = decodeStyleJSON(json);
-    ASSERT_TRUE(data);
-    EXPECT_EQ(data->sections.at(0).domains, std::vector<std::string>{"d"});
-    EXPECT_FALSE(data->compSections);
+    EXPECT_EQ(decodeStyleJSON(json),
+              (styleJSON{"", "u", "m", "o", "N", {{.domains = {"d"}, .code = "c"}}, {}}));
     EXPECT_FALSE(decodeStyleJSON(withReplaced(json, R"("code":"c")", R"("code":null)")));
+}
+
+// Another maker's strict reader sees the values that were written.
+TEST(DatabaseJSON, meansTheSameToPython) {
+    const testing::TemporaryFolder folder;
+    std::mt19937_64 random(3);
+    styleDatabase database;
+    std::string expected;
+    for (int i = 0; i < 500; ++i) {
+        styleContainer style = testing::fullStyle(static_cast<std::int64_t>(random()));
+        std::uint64_t bits = i ? random() : 1ULL << 63; // minus zero, too
+        while (!std::isfinite(std::bit_cast<double>(bits)))
+            bits = random();
+        style.dateModified = std::bit_cast<double>(bits);
+        const std::string name = style.styleData.name = randomText(random);
+        const std::string code = style.styleData.sections[0].code = randomText(random);
+        for (const std::string& text :
+             {std::to_string(style.uniqueID), std::to_string(bits), name, code})
+            expected.append(text).push_back('\0');
+        database.styles.push_back(std::move(style));
+    }
+    testing::writeFile(folder / "document", *encodeDatabase(database));
+    testing::writeFile(folder / "expected", expected);
+    const std::string command = "python3 " TESSARIL_TESTS "/model/check_document.py " +
+                                (folder / "document").string() + " " +
+                                (folder / "expected").string();
+    EXPECT_EQ(std::system(command.c_str()), 0);
 }
 
 } // namespace tessaril

@@ -1,28 +1,21 @@
 #include "events/notification_names.h"
-#include "model/database_json.h"
 #include "store/style_list.h"
-#include "support/memory_files.h"
-#include "support/recording_alerts.h"
-#include "support/sample_styles.h"
-#include "support/stepped_dispatcher.h"
+#include "support/store_machine.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace tessaril {
-
 namespace {
 
 using namespace testing;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using ::testing::ElementsAre, ::testing::IsEmpty;
 
-class StyleListTest : public ::testing::Test, public StyleListObserver {
+class StyleListTest : public ::testing::Test, public StyleListObserver, public StoreMachine<> {
 protected:
     StyleListTest() {
-        files.contents["/container/styledb.sdb"] =
-            *encodeDatabase({.styles = {namedStyle("A", 1), namedStyle("B", 2)}});
+        putDocument({namedStyle("A", 1), namedStyle("B", 2)});
         list.setObserver(this);
+        EXPECT_THAT(tellings(), ElementsAre("reset"));
     }
 
     void rowsReset() override { told.emplace_back("reset"); }
@@ -35,47 +28,33 @@ protected:
         return std::exchange(told, {});
     }
 
-    std::vector<std::string> names() {
-        std::vector<std::string> result;
+    std::string shown() const {
+        std::string all;
         for (const styleObject& row : list.styles())
-            result.push_back(row.name);
-        return result;
+            all += row.name;
+        return all;
     }
 
-    MemoryFiles files;
-    MemoryChannel channel{files};
-    RecordingAlerts alerts;
-    SteppedDispatcher dispatcher;
-    NotificationCenter center;
-    MemoryPreferences stored;
-    Preferences preferences{stored};
-    StyleStore store{{.files = files,
-                      .channel = channel,
-                      .alerts = alerts,
-                      .dispatcher = dispatcher,
-                      .center = center,
-                      .preferences = preferences,
-                      .compileStyle = [](styleContainer&) {}},
-                     "/container"};
     StyleList list{store, center, dispatcher, alerts};
     std::vector<std::string> told;
 };
 
 TEST_F(StyleListTest, rowsFollowTheDatabaseByTheBus) {
-    EXPECT_THAT(tellings(), ElementsAre("reset"));
-    EXPECT_THAT(names(), ElementsAre("A", "B"));
+    EXPECT_EQ(shown(), "AB");
+    center.post(notifications::openStyleNotif, 2);
+    center.post(notifications::openStyleNotif, 3);
+    EXPECT_THAT(tellings(), ElementsAre("select 1")) << "a link to a style selects its row";
 
     store.appendStyle(namedStyle("C", 3));
     center.post(notifications::addLatestStyle);
     EXPECT_THAT(tellings(), ElementsAre("appended"));
-    EXPECT_THAT(names(), ElementsAre("A", "B", "C"));
+    EXPECT_EQ(shown(), "ABC");
 
-    // Rows and database disagree: everything is read anew.
     store.appendStyle(namedStyle("D", 4));
     store.appendStyle(namedStyle("E", 5));
     center.post(notifications::addLatestStyle);
-    EXPECT_THAT(tellings(), ElementsAre("reset", "select 4"));
-    EXPECT_THAT(names(), ElementsAre("A", "B", "C", "D", "E"));
+    EXPECT_THAT(tellings(), ElementsAre("reset", "select 4")) << "more than one is new: read anew";
+    EXPECT_EQ(shown(), "ABCDE");
 
     center.post(notifications::refreshTableAndScroll);
     EXPECT_THAT(tellings(), ElementsAre("reset", "select 4"));
@@ -85,36 +64,25 @@ TEST_F(StyleListTest, rowsFollowTheDatabaseByTheBus) {
     center.post(notifications::refreshTable);
     center.post(notifications::refreshTableAndScroll);
     EXPECT_THAT(tellings(), ElementsAre("reset", "reset"));
-    EXPECT_THAT(names(), IsEmpty());
+    EXPECT_EQ(shown(), "");
 }
 
 TEST_F(StyleListTest, theCheckBoxFlipsTheStyleAndSaves) {
-    tellings();
     list.onToggle(1);
     EXPECT_THAT(tellings(), ElementsAre("changed 1"));
     EXPECT_FALSE(list.styles()[1].isEnabled);
-    EXPECT_FALSE(store.styleWithID(2)->isEnabled);
-    EXPECT_TRUE(store.styleWithID(1)->isEnabled);
-    EXPECT_TRUE(files.contents.contains("wormhole/styleDBUpdated"));
+    EXPECT_TRUE(written().styles[0].isEnabled);
+    EXPECT_FALSE(written().styles[1].isEnabled);
     list.onToggle(1);
     EXPECT_TRUE(store.styleWithID(2)->isEnabled);
 
     list.setLockedForSync(true);
     list.onToggle(0);
+    list.onToggle(17);
     EXPECT_EQ(alerts.beeps, 1);
     EXPECT_TRUE(store.styleWithID(1)->isEnabled);
     EXPECT_TRUE(list.styles()[0].isEnabled);
-    list.onToggle(17);
-    EXPECT_EQ(alerts.beeps, 1);
-}
-
-TEST_F(StyleListTest, aLinkToAStyleSelectsItsRow) {
-    tellings();
-    center.post(notifications::openStyleNotif, 2);
-    center.post(notifications::openStyleNotif, 3);
-    EXPECT_THAT(tellings(), ElementsAre("select 1"));
 }
 
 } // namespace
-
 } // namespace tessaril

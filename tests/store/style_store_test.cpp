@@ -1,25 +1,17 @@
 #include "events/notification_names.h"
-#include "model/database_json.h"
 #include "preferences/preference_keys.h"
-#include "store/style_store.h"
 #include "support/captured_log.h"
-#include "support/memory_files.h"
-#include "support/recording_alerts.h"
-#include "support/sample_styles.h"
-#include "support/stepped_dispatcher.h"
+#include "support/store_machine.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
+
+#include <set>
 
 namespace tessaril {
-
 namespace {
 
 using namespace testing;
 using ::testing::ElementsAre;
-
-const std::filesystem::path container = "/container";
-const std::filesystem::path document = container / "styledb.sdb";
 
 const RecordingAlerts::shown saveFailed{
     "Error writing style database",
@@ -33,88 +25,72 @@ const RecordingAlerts::shown importFailed{
     "Error reading style database",
     "The style database file you selected may not be valid, or is corrupt."};
 
-class StyleStoreTest : public ::testing::Test {
+class StyleStoreTest : public ::testing::Test, public StoreMachine<> {
 protected:
-    StyleStore makeStore() {
-        return StyleStore({.files = files,
-                           .channel = channel,
-                           .alerts = alerts,
-                           .dispatcher = dispatcher,
-                           .center = center,
-                           .preferences = preferences,
-                           .compileStyle =
-                               [](styleContainer& style) {
-                                   style.styleData.sections.at(0).compiledcode = "compiled";
-                               }},
-                          container);
+    StyleStoreTest() {
+        compile = [](styleContainer& style) {
+            style.styleData.sections.at(0).compiledcode = "compiled";
+        };
+        store.setUploadHandler([this] { files.journal.emplace_back("upload"); });
+        stored.setValue(preferenceKeys::useiCloud, true);
     }
 
-    void putDocument(const std::vector<styleContainer>& styles) {
-        files.contents[document] = *encodeDatabase({.styles = styles, .randomHash = -1});
+    void save() {
+        store.saveDatabase();
+        dispatcher.runAll();
     }
-
-    styleDatabase written(const std::filesystem::path& path = document) {
-        return decodeDatabase(files.contents.at(path)).value();
-    }
-
-    std::vector<std::string> names(const liveDatabase& database) {
-        std::vector<std::string> result;
-        for (const auto& style : database.styles)
-            result.push_back(style->styleData.name);
-        return result;
-    }
-
-    MemoryFiles files;
-    MemoryChannel channel{files};
-    RecordingAlerts alerts;
-    SteppedDispatcher dispatcher;
-    NotificationCenter center;
-    MemoryPreferences stored;
-    Preferences preferences{stored};
 };
 
+/// What the properties window sets, but for the variables.
+void copySettings(const styleContainer& from, styleContainer& to) {
+    to.allowIframe = from.allowIframe;
+    to.exclURL = from.exclURL;
+    to.exclDomain = from.exclDomain;
+    to.exclPrefix = from.exclPrefix;
+    to.exclRegExp = from.exclRegExp;
+    to.systemTheme = from.systemTheme;
+}
+
+/// A style from a style file.
+styleContainer userCSS(std::string name, std::int64_t id, std::string from, std::string update) {
+    styleContainer style = namedStyle(std::move(name), id);
+    style.source = sourceUserCSS;
+    style.downloadedFrom = std::move(from);
+    style.updateURL = std::move(update);
+    return style;
+}
+
 TEST_F(StyleStoreTest, firstStartWritesAnEmptyDatabase) {
-    auto store = makeStore();
     EXPECT_TRUE(files.contents.empty()) << "nothing is loaded before the first access";
     EXPECT_TRUE(store.styleRows().empty());
     EXPECT_EQ(written().dbVersion, 1);
-    EXPECT_THAT(files.journal, ElementsAre("wrote styledb.sdb")) << "no message, no second load";
     store.loadDatabase();
-    EXPECT_EQ(files.filesWritten, 1);
-    EXPECT_NE(store.snapshot().randomHash, written().randomHash);
-}
+    EXPECT_THAT(files.journal, ElementsAre("wrote styledb.sdb")) << "no message, no second load";
 
-TEST_F(StyleStoreTest, firstStartOnAFullDiskSaysSoAndGoesOn) {
-    files.full = true;
     CapturedLog log;
-    auto store = makeStore();
-    EXPECT_TRUE(store.snapshot().styles.empty());
+    StoreMachine machine;
+    machine.files.full = true;
+    EXPECT_TRUE(machine.store.styleRows().empty());
     EXPECT_EQ(log.take(), "Error writing style database.\n");
-    EXPECT_THAT(alerts.alerts, ElementsAre(saveFailed));
+    EXPECT_THAT(machine.alerts.alerts, ElementsAre(saveFailed));
 }
 
 TEST_F(StyleStoreTest, anUnreadableDocumentIsKeptBeforeTheFirstSaveReplacesIt) {
     files.contents[document] = "{\"torn";
     CapturedLog log;
-    auto store = makeStore();
     EXPECT_TRUE(store.snapshot().styles.empty());
     EXPECT_EQ(log.take(), "Error decoding style database.\n");
     EXPECT_TRUE(alerts.alerts.empty());
     EXPECT_EQ(files.contents.at(document), "{\"torn");
 
-    // As long as it cannot be kept, it is not replaced.
-    store.saveDatabase();
     files.full = true;
-    dispatcher.runAll();
-    EXPECT_EQ(files.contents.at(document), "{\"torn");
+    save();
+    EXPECT_EQ(files.contents.at(document), "{\"torn") << "not replaced while it cannot be kept";
     EXPECT_THAT(alerts.alerts, ElementsAre(saveFailed));
 
     files.full = false;
-    store.saveDatabase();
-    store.saveDatabase();
-    dispatcher.runAll();
-    store.saveDatabase();
-    dispatcher.runAll();
+    save();
+    save();
     EXPECT_TRUE(written().styles.empty());
     int kept = 0;
     for (const auto& [path, bytes] : files.contents) {
@@ -128,11 +104,6 @@ TEST_F(StyleStoreTest, anUnreadableDocumentIsKeptBeforeTheFirstSaveReplacesIt) {
 
 TEST_F(StyleStoreTest, aSaveStampsThenSendsThenWritesThenUploads) {
     putDocument({namedStyle("A", 1)});
-    auto store = makeStore();
-    std::vector<std::string> order;
-    store.setUploadHandler([&] { files.journal.push_back("upload"); });
-    stored.setValue(preferenceKeys::useiCloud, true);
-
     const date before = now();
     store.saveDatabase();
     const liveDatabase stamped = store.snapshot();
@@ -143,7 +114,6 @@ TEST_F(StyleStoreTest, aSaveStampsThenSendsThenWritesThenUploads) {
 
     dispatcher.runAll();
     EXPECT_THAT(files.journal, ElementsAre("wrote styleDBUpdated", "wrote styledb.sdb", "upload"));
-    EXPECT_EQ(files.contents.at("wormhole/styleDBUpdated"), files.contents.at(document));
     EXPECT_EQ(files.filesWritten, 1) << "one written file serves both names";
     EXPECT_EQ(written().randomHash, stamped.randomHash);
     EXPECT_EQ(written().styles, std::vector{*stamped.styles[0]});
@@ -153,28 +123,24 @@ TEST_F(StyleStoreTest, aSaveStampsThenSendsThenWritesThenUploads) {
     dispatcher.runAll();
     EXPECT_EQ(written().randomHash, stamped.randomHash) << "no stamp";
     stored.setValue(preferenceKeys::useiCloud, false);
-    store.saveDatabase();
-    dispatcher.runAll();
+    save();
     EXPECT_THAT(files.journal, ::testing::Not(::testing::Contains("upload")));
 }
 
 TEST_F(StyleStoreTest, savesAskedForWhileOneWaitsAreFoldedIntoIt) {
     putDocument({namedStyle("A", 1)});
-    auto store = makeStore();
-    int uploads = 0;
-    store.setUploadHandler([&] { ++uploads; });
-    stored.setValue(preferenceKeys::useiCloud, true);
     store.saveDatabaseWithoutUpload();
     store.setEnabled(1, false);
     store.saveDatabaseWithoutUpload();
     dispatcher.runAll();
     EXPECT_EQ(files.filesWritten, 1);
-    EXPECT_EQ(uploads, 1) << "one of them wanted the upload";
+    EXPECT_EQ(std::exchange(files.journal, {}).back(), "upload") << "one of them wanted it";
     EXPECT_FALSE(written().styles.at(0).isEnabled);
 
-    store.setEnabled(1, true);
+    store.resetDatabase();
     store.finishSaves();
-    EXPECT_TRUE(written().styles.at(0).isEnabled) << "written before quitting";
+    EXPECT_TRUE(written().styles.empty()) << "written before quitting";
+    EXPECT_EQ(files.journal.back(), "upload");
     dispatcher.runAll();
     EXPECT_EQ(files.filesWritten, 2);
 }
@@ -182,21 +148,16 @@ TEST_F(StyleStoreTest, savesAskedForWhileOneWaitsAreFoldedIntoIt) {
 TEST_F(StyleStoreTest, aFailedSaveKeepsTheChangeAndTheOldDocument) {
     putDocument({namedStyle("A", 1)});
     const std::string before = files.contents.at(document);
-    auto store = makeStore();
-    stored.setValue(preferenceKeys::useiCloud, true);
     store.setUploadHandler([] { FAIL() << "nothing is uploaded after a failure"; });
 
     files.readOnly.insert(document);
     store.setEnabled(1, false);
-    {
-        CapturedLog log;
-        dispatcher.runAll();
-        EXPECT_EQ(log.take(), "Error writing style database.\n");
-    }
+    CapturedLog log;
+    dispatcher.runAll();
+    EXPECT_EQ(log.take(), "Error writing style database.\n");
     EXPECT_THAT(alerts.alerts, ElementsAre(saveFailed));
     EXPECT_EQ(files.contents.at(document), before);
-    EXPECT_FALSE(written("wormhole/styleDBUpdated").styles.at(0).isEnabled)
-        << "the message went out";
+    EXPECT_FALSE(written("wormhole/styleDBUpdated").styles.at(0).isEnabled);
     EXPECT_FALSE(store.styleWithID(1)->isEnabled);
 
     // Nothing can even be staged: the message goes out by itself.
@@ -211,44 +172,42 @@ TEST_F(StyleStoreTest, aFailedSaveKeepsTheChangeAndTheOldDocument) {
 
 TEST_F(StyleStoreTest, whatCannotBeEncodedIsNeitherSentNorWritten) {
     putDocument({namedStyle("A", 1)});
-    auto store = makeStore();
-    store.setEnabled(1, false);
-    dispatcher.runAll();
+    save();
     files.journal.clear();
-    const std::string before = files.contents.at(document);
-
     store.setStyleData(1, makeStyleJSON("not UTF-8: \xFF", ""));
-    store.saveDatabase();
-    dispatcher.runAll();
+    save();
     EXPECT_TRUE(files.journal.empty());
-    EXPECT_EQ(files.contents.at(document), before);
     EXPECT_THAT(alerts.alerts, ElementsAre(saveFailed));
 
     store.setStyleData(1, makeStyleJSON("fine", ""));
-    store.appendStyle(namedStyle("B", 2));
-    store.saveDatabase();
-    dispatcher.runAll();
+    store.appendStyle(namedStyle("B", 1));
+    save();
     EXPECT_EQ(written().styles.at(0).styleData.name, "fine");
     EXPECT_EQ(written().styles.at(1).styleData.name, "B");
+    EXPECT_NE(written().styles.at(1).uniqueID, 1) << "a taken identifier is renewed";
 }
 
 TEST_F(StyleStoreTest, exportAndBackupWriteCopies) {
+    const std::filesystem::path backup = "/container/styledb-pre-icloud.sdb";
     putDocument({namedStyle("A", 1)});
-    auto store = makeStore();
     store.exportDatabase("/elsewhere/Tessaril Styles.sdb");
-    store.writePreCloudBackup();
     store.writePreCloudBackup();
     dispatcher.runAll();
     EXPECT_EQ(written("/elsewhere/Tessaril Styles.sdb"), written());
-    const std::string backup = files.contents.at(container / "styledb-pre-icloud.sdb");
+    EXPECT_EQ(written(backup), written());
 
-    store.setEnabled(1, false);
+    files.contents.erase(backup);
+    store.writePreCloudBackup();
+    store.writePreCloudBackup(); // both before the first has written
+    dispatcher.step(dispatcher.backgroundTasks);
+    files.contents.at(backup) = "first";
+    dispatcher.runAll();
     store.writePreCloudBackup();
     dispatcher.runAll();
-    EXPECT_EQ(files.contents.at(container / "styledb-pre-icloud.sdb"), backup);
-    EXPECT_EQ(alerts.alerts.size(), 0U);
+    EXPECT_EQ(files.contents.at(backup), "first");
+    EXPECT_TRUE(alerts.alerts.empty());
 
-    files.contents.erase(container / "styledb-pre-icloud.sdb");
+    files.contents.erase(backup);
     files.full = true;
     CapturedLog log;
     store.exportDatabase("/elsewhere/x.sdb");
@@ -261,58 +220,40 @@ TEST_F(StyleStoreTest, exportAndBackupWriteCopies) {
 TEST_F(StyleStoreTest, importSkipsWhatIsInstalled) {
     styleContainer site = namedStyle("Site", 1);
     site.userstyleID = 0;
-    styleContainer userCSS = namedStyle("UserCSS", 2);
-    userCSS.source = sourceUserCSS;
-    userCSS.downloadedFrom = "https://a.example/a.user.css";
-    userCSS.updateURL = " \n";
-    styleContainer updatable = namedStyle("Updatable", 3);
-    updatable.source = sourceUserCSS;
-    updatable.updateURL = "https://b.example/b.user.css";
     const styleContainer custom = namedStyle("Custom", 4);
-    putDocument({site, userCSS, updatable, custom});
-    auto store = makeStore();
+    putDocument({site, userCSS("UserCSS", 2, "https://a.example/a.user.css", " \n"),
+                 userCSS("Updatable", 3, "", "https://b.example/b.user.css"), custom});
 
     styleContainer otherCode = site;
     otherCode.styleData.sections[0].code = "other code, same number";
-    styleContainer sameOrigin = namedStyle("Same origin", 11);
-    sameOrigin.source = sourceUserCSS;
-    sameOrigin.downloadedFrom = userCSS.downloadedFrom;
-    styleContainer sameUpdate = sameOrigin;
-    sameUpdate.downloadedFrom = "elsewhere";
-    sameUpdate.updateURL = updatable.updateURL;
-    styleContainer blankUpdate = namedStyle("Blank update address", 5);
-    blankUpdate.source = sourceUserCSS;
-    blankUpdate.downloadedFrom = "elsewhere";
-    blankUpdate.updateURL = userCSS.updateURL;
     styleContainer compiled = custom;
     compiled.uniqueID = 12;
     compiled.isEnabled = false;
     compiled.styleData.compSections.emplace();
-    styleContainer otherSite = site;
+    styleContainer otherSite = namedStyle("Other site style", 1);
     otherSite.userstyleID = 77;
-    otherSite.styleData.name = "Other site style";
-    styleContainer newCustom = namedStyle("Twice the same", 4);
     styleContainer disabled = namedStyle("Disabled", 6);
     disabled.isEnabled = false;
-    files.contents["/in.sdb"] =
-        *encodeDatabase({.dbVersion = 9,
-                         .styles = {otherCode, sameOrigin, sameUpdate, blankUpdate, compiled,
-                                    otherSite, newCustom, newCustom, disabled}});
+    const styleContainer twice = namedStyle("Twice the same", 8);
+    putDocument({otherCode, userCSS("Same origin", 11, "https://a.example/a.user.css", ""),
+                 userCSS("Same update", 11, "elsewhere", "https://b.example/b.user.css"),
+                 userCSS("Blank update address", 5, "elsewhere", " \n"), compiled, otherSite, twice,
+                 twice, disabled},
+                "/in.sdb");
 
     store.importDatabase("/in.sdb");
     dispatcher.runAll();
     const auto live = store.snapshot();
-    EXPECT_THAT(names(live),
+    EXPECT_THAT(names(),
                 ElementsAre("Site", "UserCSS", "Updatable", "Custom", "Blank update address",
                             "Other site style", "Twice the same", "Twice the same", "Disabled"));
-    EXPECT_EQ(live.dbVersion, 1);
     EXPECT_EQ(live.styles[4]->uniqueID, 5);
     EXPECT_FALSE(live.styles[8]->isEnabled);
+    EXPECT_EQ(*live.styles[3], custom);
     std::set<std::int64_t> ids;
     for (const auto& style : live.styles)
         ids.insert(style->uniqueID);
     EXPECT_EQ(ids.size(), live.styles.size()) << "a taken identifier is renewed";
-    EXPECT_EQ(*live.styles[3], custom);
 
     // A copy of what is there adds nothing, and still saves.
     files.contents["/copy.sdb"] = files.contents.at(document);
@@ -324,7 +265,6 @@ TEST_F(StyleStoreTest, importSkipsWhatIsInstalled) {
 
 TEST_F(StyleStoreTest, importOfADamagedFileChangesNothing) {
     putDocument({namedStyle("A", 1)});
-    auto store = makeStore();
     store.importDatabase("/missing.sdb");
     EXPECT_TRUE(alerts.alerts.empty());
 
@@ -339,77 +279,67 @@ TEST_F(StyleStoreTest, importOfADamagedFileChangesNothing) {
     EXPECT_TRUE(dispatcher.backgroundTasks.empty());
 }
 
-TEST_F(StyleStoreTest, resetEmptiesTheDocumentAndUploads) {
-    putDocument({namedStyle("A", 1)});
-    auto store = makeStore();
-    int uploads = 0;
-    store.setUploadHandler([&] { ++uploads; });
-    stored.setValue(preferenceKeys::useiCloud, true);
-    store.resetDatabase();
-    dispatcher.runAll();
-    EXPECT_TRUE(written().styles.empty());
-    EXPECT_EQ(uploads, 1);
-}
-
 TEST_F(StyleStoreTest, answersQueries) {
     styleContainer site = namedStyle("Site", 7);
     site.source = sourceSite;
     putDocument({namedStyle("A", 5), site, namedStyle("second with the same id", 7)});
-    auto store = makeStore();
     EXPECT_EQ(store.styleWithID(7)->styleData.name, "Site");
     EXPECT_EQ(store.indexOfStyle(7), 1U);
     EXPECT_EQ(store.styleWithID(8), std::nullopt);
     EXPECT_EQ(store.indexOfStyle(8), std::nullopt);
     EXPECT_EQ(store.countNonCustomStyles(), 1U);
     const auto rows = store.styleRows();
-    ASSERT_EQ(rows.size(), 3U);
-    EXPECT_EQ(rows[0].source, "Custom Style");
-    EXPECT_EQ(rows[1].source, "Imported from URL");
-    EXPECT_EQ(rows[1].updateStatus, "none");
+    EXPECT_EQ(rows.at(0).source, "Custom Style");
+    EXPECT_EQ(rows.at(1).source, "Imported from URL");
+    EXPECT_EQ(rows.at(1).updateStatus, "none");
 
     styleContainer other = namedStyle("A", 99);
     EXPECT_TRUE(store.isDuplicateStyle(other)) << "equal data";
+    EXPECT_FALSE(store.isUserCSSInstalled(other)) << "only usercss styles count";
     other.styleData.sections[0].domains = {"x"};
     EXPECT_FALSE(store.isDuplicateStyle(other));
-    EXPECT_FALSE(store.isUserCSSInstalled(namedStyle("A", 99))) << "only usercss styles count";
+
+    store.setEnabled(5, false);
+    EXPECT_TRUE(store.mostStylesEnabled());
+    store.setEnabled(7, false);
+    EXPECT_TRUE(store.mostStylesEnabled()) << "half of three is one";
+    store.appendStyle(namedStyle("D", 9));
+    store.setEnabled(9, false);
+    EXPECT_FALSE(store.mostStylesEnabled());
+    store.resetDatabase();
+    EXPECT_TRUE(store.mostStylesEnabled());
 }
 
-TEST_F(StyleStoreTest, mostAreEnabledFromHalfOnRoundedDown) {
-    for (const auto& [enabled, total, most] : std::vector<std::tuple<int, int, bool>>{
-             {0, 0, true}, {0, 1, true}, {1, 3, true}, {1, 4, false}, {2, 4, true}, {2, 5, true}}) {
-        std::vector<styleContainer> styles;
-        for (int i = 0; i < total; ++i)
-            styles.emplace_back(namedStyle("s", i)).isEnabled = i < enabled;
-        putDocument(styles);
-        EXPECT_EQ(makeStore().mostStylesEnabled(), most) << enabled << " of " << total;
-    }
+TEST_F(StyleStoreTest, aChangeMadeWhileAnotherCompilesIsKept) {
+    putDocument({namedStyle("A", 1)});
+    compile = [this](styleContainer&) {
+        if (store.styleWithID(1)->isEnabled) store.setEnabled(1, false);
+    };
+    store.applyStyleProperties(1, fullStyle(2));
+    EXPECT_FALSE(store.styleWithID(1)->isEnabled);
+    EXPECT_EQ(store.styleWithID(1)->systemTheme, "systemTheme");
 }
 
 TEST_F(StyleStoreTest, fieldUpdatesCopyTheirFieldsAndNoOthers) {
-    const styleContainer before = namedStyle("A", 1);
-    styleContainer from = fullStyle(2);
-    putDocument({before});
-    auto store = makeStore();
+    styleContainer expected = namedStyle("A", 1);
+    const styleContainer from = fullStyle(2);
+    putDocument({expected});
     std::vector<std::int64_t> favicons;
     const auto subscription = center.observe(
         notifications::updateFavicons, [&](const notification& n) { favicons.push_back(*n.id()); });
+    const auto expectSaved = [&] {
+        EXPECT_GT(store.styleWithID(1)->dateModified, expected.dateModified);
+        expected.dateModified = store.styleWithID(1)->dateModified;
+        EXPECT_EQ(store.styleWithID(1), expected);
+        dispatcher.runAll();
+        EXPECT_EQ(written().styles.at(0), expected);
+    };
 
     store.applyStyleProperties(1, from);
-    styleContainer expected = before;
-    expected.allowIframe = from.allowIframe;
-    expected.exclURL = from.exclURL;
-    expected.exclDomain = from.exclDomain;
-    expected.exclPrefix = from.exclPrefix;
-    expected.exclRegExp = from.exclRegExp;
-    expected.systemTheme = from.systemTheme;
+    copySettings(from, expected);
     expected.userVariables = from.userVariables;
     expected.styleData.sections[0].compiledcode = "compiled";
-    auto stored1 = *store.styleWithID(1);
-    EXPECT_GE(stored1.dateModified, before.dateModified);
-    expected.dateModified = stored1.dateModified;
-    EXPECT_EQ(stored1, expected);
-    dispatcher.runAll();
-    EXPECT_EQ(written().styles.at(0), expected) << "saved";
+    expectSaved();
     EXPECT_TRUE(favicons.empty());
 
     store.applyEditorChanges(1, from);
@@ -421,27 +351,18 @@ TEST_F(StyleStoreTest, fieldUpdatesCopyTheirFieldsAndNoOthers) {
     expected.author = from.author;
     expected.license = from.license;
     expected.preprocessor = from.preprocessor;
-    stored1 = *store.styleWithID(1);
-    expected.dateModified = stored1.dateModified;
-    EXPECT_EQ(stored1, expected);
+    expectSaved();
     EXPECT_THAT(favicons, ElementsAre(1));
-    dispatcher.runAll();
-    EXPECT_EQ(written().styles.at(0), expected) << "saved";
 
     // These two leave saving to the caller.
     store.setStyleData(1, makeStyleJSON("B", "b"));
     EXPECT_EQ(store.styleWithID(1)->styleData, makeStyleJSON("B", "b"));
-    expected = *store.styleWithID(1);
-    const styleContainer replacement = namedStyle("C", 1);
+    styleContainer replacement = namedStyle("C", 1);
+    replacement.isEnabled = false;
     store.replaceStyleKeepingSettings(1, replacement);
-    stored1 = *store.styleWithID(1);
-    EXPECT_EQ(stored1.styleData, replacement.styleData);
-    EXPECT_EQ(stored1.exclPrefix, expected.exclPrefix);
-    EXPECT_EQ(stored1.allowIframe, expected.allowIframe);
-    EXPECT_EQ(stored1.systemTheme, expected.systemTheme);
-    EXPECT_EQ(stored1.version, "");
-    EXPECT_EQ(stored1.dateModified, replacement.dateModified);
-    EXPECT_TRUE(dispatcher.backgroundTasks.empty());
+    replacement.isEnabled = true;
+    copySettings(from, replacement);
+    EXPECT_EQ(store.styleWithID(1), replacement);
 
     // Nobody carries this identifier.
     store.applyStyleProperties(3, from);
@@ -453,14 +374,5 @@ TEST_F(StyleStoreTest, fieldUpdatesCopyTheirFieldsAndNoOthers) {
     EXPECT_THAT(favicons, ElementsAre(1));
 }
 
-TEST_F(StyleStoreTest, anAppendedStyleWithATakenIdentifierGetsAFreshOne) {
-    putDocument({namedStyle("A", 1)});
-    auto store = makeStore();
-    store.appendStyle(namedStyle("B", 1));
-    EXPECT_THAT(names(store.snapshot()), ElementsAre("A", "B"));
-    EXPECT_NE(store.snapshot().styles[1]->uniqueID, 1);
-}
-
 } // namespace
-
 } // namespace tessaril

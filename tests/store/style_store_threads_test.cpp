@@ -1,8 +1,4 @@
-#include "model/database_json.h"
-#include "store/style_store.h"
-#include "support/memory_files.h"
-#include "support/recording_alerts.h"
-#include "support/sample_styles.h"
+#include "support/store_machine.h"
 #include "support/thread_dispatcher.h"
 
 #include <gtest/gtest.h>
@@ -15,25 +11,11 @@ namespace tessaril {
 using namespace testing;
 
 TEST(StyleStoreThreads, commandsImportsAndSavesFromManyThreadsLoseNothing) {
-    MemoryFiles files;
-    MemoryChannel channel(files);
-    RecordingAlerts alerts;
-    ThreadDispatcher dispatcher;
-    NotificationCenter center;
-    MemoryPreferences stored;
-    Preferences preferences(stored);
-    files.contents["/c/styledb.sdb"] = *encodeDatabase({.styles = {namedStyle("first", 1)}});
-    files.contents["/in.sdb"] =
-        *encodeDatabase({.styles = {namedStyle("in 1", 1), namedStyle("in 2", 1)}});
-
-    StyleStore store({.files = files,
-                      .channel = channel,
-                      .alerts = alerts,
-                      .dispatcher = dispatcher,
-                      .center = center,
-                      .preferences = preferences,
-                      .compileStyle = [](styleContainer& style) { style.version += "c"; }},
-                     "/c");
+    StoreMachine<ThreadDispatcher> machine;
+    StyleStore& store = machine.store;
+    machine.compile = [](styleContainer& style) { style.version += "c"; };
+    machine.putDocument({namedStyle("first", 1)});
+    machine.putDocument({namedStyle("in 1", 1), namedStyle("in 2", 1)}, "/in.sdb");
 
     constexpr int perThread = 20;
     std::vector<std::thread> threads;
@@ -51,7 +33,7 @@ TEST(StyleStoreThreads, commandsImportsAndSavesFromManyThreadsLoseNothing) {
     }
     for (std::thread& thread : threads)
         thread.join();
-    dispatcher.join();
+    machine.dispatcher.join();
     store.finishSaves();
 
     const liveDatabase live = store.snapshot();
@@ -62,12 +44,10 @@ TEST(StyleStoreThreads, commandsImportsAndSavesFromManyThreadsLoseNothing) {
     EXPECT_EQ(ids.size(), live.styles.size());
     EXPECT_EQ(store.styleWithID(1)->version.size(), 4U * perThread) << "no change is overwritten";
 
-    const auto written = decodeDatabase(files.contents.at("/c/styledb.sdb"));
-    ASSERT_TRUE(written);
-    EXPECT_EQ(written->randomHash, live.randomHash) << "the last state reached the file";
-    EXPECT_EQ(files.contents.at("wormhole/styleDBUpdated"), files.contents.at("/c/styledb.sdb"));
-    EXPECT_EQ(written->styles.size(), live.styles.size());
-    EXPECT_TRUE(alerts.alerts.empty());
+    EXPECT_EQ(machine.written().randomHash, live.randomHash) << "the last state reached the file";
+    EXPECT_EQ(machine.written().styles.size(), live.styles.size());
+    EXPECT_EQ(machine.written("wormhole/styleDBUpdated"), machine.written());
+    EXPECT_TRUE(machine.alerts.alerts.empty());
 }
 
 } // namespace tessaril

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 namespace tessaril::testing {
 
@@ -10,16 +11,13 @@ namespace tessaril::testing {
 class CapturedLog {
 public:
     CapturedLog() { ::testing::internal::CaptureStdout(); }
-    ~CapturedLog() {
-        if (!taken) ::testing::internal::GetCapturedStdout();
-    }
+    ~CapturedLog() { take(); }
     CapturedLog(const CapturedLog&) = delete;
     CapturedLog& operator=(const CapturedLog&) = delete;
 
     /// The log so far; ends the capture.
     std::string take() {
-        taken = true;
-        return ::testing::internal::GetCapturedStdout();
+        return std::exchange(taken, true) ? "" : ::testing::internal::GetCapturedStdout();
     }
 
 private:

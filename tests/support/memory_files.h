@@ -13,8 +13,7 @@
 namespace tessaril::testing {
 
 /// Files in memory that fail where the test says so, and a journal of what became visible when.
-class MemoryFiles : public FileSystem {
-public:
+struct MemoryFiles : FileSystem {
     bool exists(const std::filesystem::path& path) const override {
         const std::lock_guard lock(mutex);
         return contents.contains(path) || unreadable.contains(path);
@@ -22,9 +21,8 @@ public:
 
     std::optional<std::string> read(const std::filesystem::path& path) const override {
         const std::lock_guard lock(mutex);
-        const auto found = contents.find(path);
-        if (unreadable.contains(path) || found == contents.end()) return std::nullopt;
-        return found->second;
+        if (unreadable.contains(path) || !contents.contains(path)) return std::nullopt;
+        return contents.at(path);
     }
 
     std::unique_ptr<StagedFile> stage(const std::filesystem::path&,
@@ -37,10 +35,7 @@ public:
 
     bool keep(const std::filesystem::path& path, const std::filesystem::path& keptPath) override {
         const std::lock_guard lock(mutex);
-        if (full || contents.contains(keptPath)) return false;
-        contents[keptPath] = contents[path];
-        journal.push_back("kept " + keptPath.filename().string());
-        return true;
+        return !full && contents.try_emplace(keptPath, contents[path]).second;
     }
 
     static std::string joined(std::span<const std::string_view> pieces) {
@@ -48,6 +43,14 @@ public:
         for (const std::string_view piece : pieces)
             bytes += piece;
         return bytes;
+    }
+
+    bool publish(const std::filesystem::path& path, const std::string& bytes) {
+        const std::lock_guard lock(mutex);
+        if (readOnly.contains(path)) return false;
+        contents[path] = bytes;
+        journal.push_back("wrote " + path.filename().string());
+        return true;
     }
 
     std::map<std::filesystem::path, std::string> contents;
@@ -59,62 +62,41 @@ public:
     mutable std::mutex mutex;
 
 private:
-    class Staged : public StagedFile {
-    public:
+    struct Staged : StagedFile {
         Staged(MemoryFiles& owner, std::string content) : files(owner), bytes(std::move(content)) {}
-
         bool publishAs(const std::filesystem::path& path) override {
-            const std::lock_guard lock(files.mutex);
-            if (files.readOnly.contains(path)) return false;
-            files.contents[path] = bytes;
-            files.journal.push_back("wrote " + path.filename().string());
-            return true;
+            return files.publish(path, bytes);
         }
-
-    private:
         MemoryFiles& files;
         std::string bytes;
     };
 };
 
 /// A channel whose messages are files of a folder, as on the machine.
-class MemoryChannel : public MessageChannel {
-public:
+struct MemoryChannel : MessageChannel {
     explicit MemoryChannel(MemoryFiles& ownFiles) : files(ownFiles) {}
 
     bool send(std::string_view identifier, std::span<const std::string_view> pieces) override {
-        const std::lock_guard lock(files.mutex);
-        files.contents[pathOf(identifier)] = MemoryFiles::joined(pieces);
-        files.journal.push_back("sent " + std::string(identifier));
-        return true;
+        return files.publish(folder / identifier, MemoryFiles::joined(pieces));
     }
-
     bool send(std::string_view identifier, StagedFile& payload) override {
-        return payload.publishAs(pathOf(identifier));
+        return payload.publishAs(folder / identifier);
     }
-
-    static std::filesystem::path pathOf(std::string_view identifier) {
-        return std::filesystem::path("wormhole") / identifier;
-    }
-
-private:
     MemoryFiles& files;
+    const std::filesystem::path folder = "wormhole";
 };
 
 /// Stored preferences in memory.
-class MemoryPreferences : public PreferenceStore {
-public:
+struct MemoryPreferences : PreferenceStore {
     std::optional<preferenceValue> value(std::string_view key,
                                          const preferenceValue& like) const override {
         const auto found = values.find(key);
         if (found == values.end() || found->second.index() != like.index()) return std::nullopt;
         return found->second;
     }
-
     void setValue(std::string_view key, const preferenceValue& value) override {
         values.insert_or_assign(std::string(key), value);
     }
-
     std::map<std::string, preferenceValue, std::less<>> values;
 };
 

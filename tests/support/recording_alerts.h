@@ -10,8 +10,7 @@
 namespace tessaril::testing {
 
 /// Alerts that are written down; questions are answered from a list.
-class RecordingAlerts : public Alerts {
-public:
+struct RecordingAlerts : Alerts {
     struct shown {
         std::string title;
         std::string text;
@@ -22,7 +21,6 @@ public:
         const std::lock_guard lock(mutex);
         alerts.push_back({std::string(title), std::string(text)});
     }
-
     /// A question that no answer was laid out for is closed, which picks its last button.
     alertAnswer ask(const alertQuestion& question) override {
         questions.push_back(question);
@@ -31,15 +29,12 @@ public:
         answers.pop_front();
         return answer;
     }
-
     void beep() override { ++beeps; }
 
     std::vector<shown> alerts;
     std::vector<alertQuestion> questions;
     std::deque<alertAnswer> answers;
     int beeps = 0;
-
-private:
     std::mutex mutex;
 };
 

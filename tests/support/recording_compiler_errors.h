@@ -8,16 +8,12 @@
 namespace tessaril::testing {
 
 /// Compiler errors that are written down.
-class RecordingCompilerErrors : public CompilerErrors {
-public:
+struct RecordingCompilerErrors : CompilerErrors {
     void show(compilerError error) override {
         const std::lock_guard lock(mutex);
         errors.push_back(std::move(error));
     }
-
     std::vector<compilerError> errors;
-
-private:
     std::mutex mutex;
 };
 

@@ -9,8 +9,7 @@
 namespace tessaril::testing {
 
 /// A dispatcher on one thread whose tasks run when the test says so.
-class SteppedDispatcher : public Dispatcher {
-public:
+struct SteppedDispatcher : Dispatcher {
     struct delayedTask {
         std::chrono::milliseconds delay;
         Task task;
@@ -25,17 +24,19 @@ public:
         backgroundTasks.push_back(std::move(task));
     }
 
-    /// Runs the oldest background task; false when there is none.
-    bool stepBackground() { return step(backgroundTasks); }
-    /// Runs the oldest task of the main thread; false when there is none.
-    bool stepMain() { return step(mainTasks); }
-
+    /// Runs the oldest of the tasks; false when there is none.
+    static bool step(std::deque<Task>& tasks) {
+        if (tasks.empty()) return false;
+        const Task task = std::move(tasks.front());
+        tasks.pop_front();
+        task();
+        return true;
+    }
     /// Runs everything queued, and what that queues, except delayed tasks.
     void runAll() {
-        while (stepBackground() || stepMain()) {
+        while (step(backgroundTasks) || step(mainTasks)) {
         }
     }
-
     /// Lets the delays pass.
     void passDelays() {
         for (auto& [delay, task] : std::exchange(delayedTasks, {}))
@@ -46,15 +47,6 @@ public:
     std::deque<Task> backgroundTasks;
     std::vector<delayedTask> delayedTasks;
     std::vector<taskPriority> priorities; ///< of all background tasks so far
-
-private:
-    static bool step(std::deque<Task>& tasks) {
-        if (tasks.empty()) return false;
-        const Task task = std::move(tasks.front());
-        tasks.pop_front();
-        task();
-        return true;
-    }
 };
 
 } // namespace tessaril::testing

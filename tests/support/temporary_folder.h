@@ -12,8 +12,7 @@
 namespace tessaril::testing {
 
 /// An empty folder that is gone with all it holds at the end of the test.
-class TemporaryFolder {
-public:
+struct TemporaryFolder {
     TemporaryFolder() {
         std::string name = ::testing::TempDir() + "tessaril-XXXXXX";
         if (!::mkdtemp(name.data())) std::abort();

@@ -4,12 +4,12 @@
 
 #include <mutex>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace tessaril::testing {
 
-/// A dispatcher that starts a thread for every background task. Tasks of the main thread are kept
-/// until they are asked for.
+/// A dispatcher that starts a thread for every background task. Tasks of the main thread are kept.
 class ThreadDispatcher : public Dispatcher {
 public:
     ~ThreadDispatcher() override { join(); }
@@ -26,19 +26,17 @@ public:
 
     /// Waits for all background tasks, those that they start included.
     void join() {
-        for (;;) {
-            std::vector<std::thread> started;
-            {
-                const std::lock_guard lock(mutex);
-                started.swap(threads);
-            }
-            if (started.empty()) return;
+        for (std::vector<std::thread> started = take(); !started.empty(); started = take())
             for (std::thread& thread : started)
                 thread.join();
-        }
     }
 
 private:
+    std::vector<std::thread> take() {
+        const std::lock_guard lock(mutex);
+        return std::exchange(threads, {});
+    }
+
     std::mutex mutex;
     std::vector<Task> mainTasks;
     std::vector<std::thread> threads;

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "model/database_json.h"
+#include "store/style_store.h"
+#include "support/memory_files.h"
+#include "support/recording_alerts.h"
+#include "support/sample_styles.h"
+#include "support/stepped_dispatcher.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace tessaril::testing {
+
+/// A store and what it needs of the machine, in memory. The store loads at its first access.
+template <typename Tasks = SteppedDispatcher>
+struct StoreMachine {
+    inline static const std::filesystem::path document = "/container/styledb.sdb";
+
+    void putDocument(std::vector<styleContainer> styles,
+                     const std::filesystem::path& path = document) {
+        files.contents[path] = *encodeDatabase({.styles = std::move(styles), .randomHash = -1});
+    }
+    styleDatabase written(const std::filesystem::path& path = document) {
+        return decodeDatabase(files.contents.at(path)).value();
+    }
+    /// The names in the live database.
+    std::vector<std::string> names() {
+        std::vector<std::string> result;
+        for (const styleObject& row : store.styleRows())
+            result.push_back(row.name);
+        return result;
+    }
+
+    MemoryFiles files;
+    MemoryChannel channel{files};
+    RecordingAlerts alerts;
+    Tasks dispatcher;
+    NotificationCenter center;
+    MemoryPreferences stored;
+    Preferences preferences{stored};
+    std::function<void(styleContainer&)> compile = [](styleContainer&) {};
+    StyleStore store{{files, channel, alerts, dispatcher, center, preferences,
+                      [this](styleContainer& style) { compile(style); }},
+                     document.parent_path()};
+};
+
+} // namespace tessaril::testing
