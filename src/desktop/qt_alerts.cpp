@@ -133,8 +133,10 @@ void QtAlerts::showNext() {
     QMessageBox* box = makeBox(QMessageBox::Warning, next.title, next.text).release();
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->addButton(QMessageBox::Ok);
-    // Destroyed rather than finished: the box also goes when the window below it is closed.
-    QObject::connect(box, &QObject::destroyed, qApp, [this] { showNext(); });
+    // Destroyed rather than finished: the box also goes when the window below it is closed. Queued,
+    // or the next one might take the dying box for the window that it belongs over.
+    QObject::connect(
+        box, &QObject::destroyed, &boxes, [this] { showNext(); }, Qt::QueuedConnection);
     box->show();
 }
 

@@ -3,6 +3,8 @@
 #include "platform/alerts.h"
 #include "platform/dispatcher.h"
 
+#include <QObject>
+
 #include <deque>
 #include <string>
 
@@ -36,6 +38,7 @@ private:
     void showNext();
 
     Dispatcher& dispatcher;
+    QObject boxes;               ///< hears of their ends, until the alerts are gone themselves
     std::deque<message> waiting; ///< main thread only, like all below
     bool isShowing = false;
 };

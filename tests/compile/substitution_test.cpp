@@ -1,6 +1,7 @@
 #include "compile/color_from_string.h"
 #include "compile/substitution.h"
 #include "compile/variable_text.h"
+#include "support/captured_log.h"
 
 #include <gtest/gtest.h>
 
@@ -39,7 +40,7 @@ styleContainer styleWith(std::vector<userVariable> variables, std::vector<std::s
 std::string placeholders(std::vector<userVariable> variables, std::string code) {
     styleContainer style = styleWith(std::move(variables), {std::move(code)});
     compilePlaceholders(style);
-    return *style.styleData.sections[0].compiledcode;
+    return style.styleData.sections[0].compiledcode.value_or("left as it was");
 }
 
 /// "R,G,B" as a placeholder shows it; "-" for no colour.
@@ -74,6 +75,9 @@ TEST(VariableText, choosesOptions) {
 
 TEST(VariableText, joinsUnitsAndFallsBackFromMissingValues) {
     EXPECT_EQ(variableText(range("r", "12"), page), "12px");
+    userVariable invalid = range("r", "x");
+    invalid.defaultValue = "4";
+    EXPECT_EQ(variableText(invalid, page), "4px");
     userVariable missing = range("r", std::nullopt);
     EXPECT_EQ(variableText(missing, compiler), "");
     missing.defaultValue = "4";
@@ -121,6 +125,15 @@ TEST(Substitution, fillsPlaceholdersInOrder) {
               "red /*[[c-rgb]]*/");
     EXPECT_EQ(placeholders({variable("text", "a", "/*[[b]]*/"), range("b", "1")}, "x/*[[a]]*/"),
               "x1px"); // what one variable puts in, a later one replaces
+
+    std::vector<userVariable> doubling;
+    for (int i = 0; i < 60; ++i) {
+        const std::string next = "/*[[v" + std::to_string(i + 1) + "]]*/";
+        doubling.push_back(variable("text", "v" + std::to_string(i), next + next));
+    }
+    testing::CapturedLog log;
+    EXPECT_EQ(placeholders(doubling, "/*[[v0]]*/"), "left as it was");
+    EXPECT_EQ(log.take(), "A compiled style was too large.\n");
 }
 
 TEST(Substitution, declaresCustomPropertiesAndWritesOnlyTheCompiledCode) {

@@ -104,6 +104,15 @@ TEST_F(JavaScriptCoreEngineTest, stopsWhatDoesNotEnd) {
     EXPECT_EQ(context()->evaluate("1 + 1"), "2");
 }
 
+TEST_F(JavaScriptCoreEngineTest, stopsWhatTakesTooMuchMemory) {
+    JavaScriptCoreEngine patient(60000ms);
+    const auto made =
+        patient.makeContext({}, [this](const std::string& e) { exceptions.push_back(e); });
+    EXPECT_EQ(made->evaluate("for (var all = [];;) all.push({a: [1, 2, 3], b: 'x' + all.length})"),
+              std::nullopt);
+    EXPECT_THAT(exceptions, ElementsAre("The compiler was stopped: it used too much memory."));
+}
+
 TEST_F(JavaScriptCoreEngineTest, limitsACompilationAsAWholeAndNotTheNext) {
     const char* const third = "var end = Date.now() + 120; while (Date.now() < end) {} 1";
     for (int round = 0; round < 2; ++round) {
@@ -156,6 +165,7 @@ TEST_F(RealCompilersTest, compileWithTheirVariablesOrSayWhatIsWrongAndWhere) {
                 AllOf(HasSubstr("variable @nope is undefined"), HasSubstr("line 6, column 11")));
     EXPECT_THAT(css("stylus", "a {\n  b: $c(\n}"),
                 AllOf(HasSubstr("stylus:7:"), HasSubstr("expected")));
+    EXPECT_THAT(css("stylus", "a {\n  b: c)\n}"), HasSubstr("stylus:6:8")); // not the engine's own
 }
 
 TEST_F(RealCompilersTest, neitherReachTheNetworkNorRunScriptsNorGoOnForever) {

@@ -64,6 +64,8 @@ TEST_F(FileImportTest, takesTheNameFromTheFileAndTheSourceFromTheUpdateAddress) 
              {"a.user.b.user.css", block, "a", "custom"},
              {".user.css", "b {}", ".user", "custom"},
              {"\u00FC.user.styl", block, "\u00FC", "custom"},
+             {"caf\xE9.css", block, "caf\uFFFD", "custom"}, // else no save would work any more
+             {"DARK.CSS", block, "DARK", "custom"},
              {"x.css", userCSS("@name Named.user"), "Named", "custom"},
              {"x.css", userCSS("@name C\n@updateURL"), "C", "custom"},
              {"x.css", userCSS("@name A\n@updateURL https://a.example/"), "A", "usercss"}}) {
@@ -101,6 +103,8 @@ TEST_F(FileImportTest, saysWhichFileHasNoSection) {
 TEST_F(FileImportTest, passesOverWhatIsNoUTF8Text) {
     files.unreadable.insert("/in/folder.css");
     importer.importFiles({"/in/folder.css", "/in/gone.css"});
+    files.contents["/in/typed.txt"] = block;
+    importer.importFiles({"/in/typed.txt"});
     imported({{"latin.css", "/* caf\xE9 */ " + block}});
     EXPECT_THAT(names(), IsEmpty());
     EXPECT_THAT(alerts.alerts, IsEmpty());

@@ -41,6 +41,8 @@ TEST(Text, acceptsOnlyUTF8AndDropsTheByteOrderMark) {
     EXPECT_EQ(textFromUTF8(""), "");
     for (const char* bytes : {"\xFF\xFE", "\xED\xA0\x80", "\xC3"}) // half of a surrogate pair, too
         EXPECT_EQ(textFromUTF8(bytes), std::nullopt) << bytes;
+
+    EXPECT_EQ(validUTF8("\u00FC\xE9.\xE2\x82\u20AC\xC3"), "\u00FC\uFFFD.\uFFFD\uFFFD\u20AC\uFFFD");
 }
 
 } // namespace tessaril

@@ -168,6 +168,14 @@ TEST_F(StyleStoreTest, aFailedSaveKeepsTheChangeAndTheOldDocument) {
     EXPECT_EQ(files.contents.at(document), before);
     EXPECT_TRUE(written("wormhole/styleDBUpdated").styles.at(0).isEnabled);
     EXPECT_EQ(alerts.alerts.size(), 2U);
+
+    files.full = false;
+    store.setEnabled(1, false);
+    files.full = true;
+    dispatcher.runAll();
+    files.full = false;
+    store.finishSaves();
+    EXPECT_FALSE(written().styles.at(0).isEnabled) << "tried once more before the end";
 }
 
 TEST_F(StyleStoreTest, whatCannotBeEncodedIsNeitherSentNorWritten) {
