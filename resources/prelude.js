@@ -44,8 +44,9 @@
         }
     }
 
-    // The engine gives every error its own position, that of the statement in the compiler's script,
-    // and Stylus would take it for the place in the style. A function, not a class: errors of old
+    // The engine gives an error its own position, that of the statement in the compiler's script, and
+    // Stylus would take it for the place in the style. The compilers make their errors with this one,
+    // which takes the position away. A function, not a class: errors of old
     // make call it without new.
     const EngineError = global.Error;
     function Error(...given) {

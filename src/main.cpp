@@ -4,7 +4,6 @@
 #include "desktop/directory_resources.h"
 #include "desktop/extension_state.h"
 #include "desktop/folder_message_channel.h"
-#include "desktop/heap.h"
 #include "desktop/javascript_core_engine.h"
 #include "desktop/posix_file_system.h"
 #include "desktop/qt_alerts.h"
@@ -119,7 +118,6 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
 } // namespace
 
 int main(int argc, char* argv[]) {
-    growHeapInLargeSteps();
     QApplication qt(argc, argv);
     QApplication::setApplicationName("tessaril");
     QApplication::setDesktopFileName("com.tessaril.app");

@@ -39,33 +39,46 @@ std::string rootRule(const std::vector<userVariable>& variables) {
 
 /// What a few hundred bytes of values that hold one another's placeholders can grow to has no
 /// bound; no style that anyone can use comes near this one.
-constexpr std::size_t largestOutput = std::size_t{256} << 20;
+constexpr std::size_t largestOutput = std::size_t{64} << 20;
+/// Bytes that one style's replacements may look through: some seconds' worth.
+constexpr std::size_t mostWork = std::size_t{8} << 30;
 
-void replaceAllIn(std::string& code, std::string_view from, std::string_view to,
-                  std::size_t largest, bool& fits) {
+/// What a style has left of both.
+struct allowance {
+    std::size_t output = largestOutput;
+    std::size_t work = mostWork;
+};
+
+/// Replaces every `from` in `code`; false when that goes beyond what is left.
+bool replaceAllIn(std::string& code, std::string_view from, std::string_view to, allowance& left) {
+    if (left.work < code.size()) return false;
+    left.work -= code.size();
     std::size_t count = 0;
     for (std::size_t at = code.find(from); at != std::string::npos;
          at = code.find(from, at + from.size()))
         ++count;
-    if (count == 0) return;
-    const std::size_t room = largest > code.size() ? largest - code.size() : 0;
-    fits = fits && to.size() <= from.size() + room / count;
-    if (fits) code = replacingAll(code, from, to);
+    if (count == 0) return true;
+    const std::size_t room = left.output > code.size() ? left.output - code.size() : 0;
+    if (to.size() > from.size() + room / count) return false;
+    code = replacingAll(code, from, to);
+    return true;
 }
 
-/// `code` with the placeholders replaced; nothing when that is larger than `largest`.
+/// `code` with the placeholders replaced; nothing when that goes beyond what is left.
 std::optional<std::string> substituted(std::string code, const std::vector<userVariable>& variables,
-                                       std::size_t largest) {
+                                       allowance& left) {
     if (!contains(code, "/*[[")) return code;
-    bool fits = true;
     for (const userVariable& variable : variables) {
         const std::string text = variableText(variable, variableReader::page);
-        replaceAllIn(code, placeholder(variable.name), text, largest, fits);
+        if (!replaceAllIn(code, placeholder(variable.name), text, left)) return std::nullopt;
         if (variable.type != "color") continue;
-        if (const auto color = colorFromString(text))
-            replaceAllIn(code, placeholder(variable.name + "-rgb"), rgbText(*color), largest, fits);
+        const auto color = colorFromString(text);
+        if (color &&
+            !replaceAllIn(code, placeholder(variable.name + "-rgb"), rgbText(*color), left))
+            return std::nullopt;
     }
-    return fits ? std::optional(std::move(code)) : std::nullopt;
+    left.output -= std::min(left.output, code.size());
+    return code;
 }
 
 void store(styleContainer& style, std::vector<std::string> outputs) {
@@ -83,11 +96,10 @@ void logTooLarge() {
 
 void compilePlaceholders(styleContainer& style) {
     std::vector<std::string> outputs;
-    std::size_t room = largestOutput;
+    allowance left;
     for (const styleSection& section : style.styleData.sections) {
-        auto output = substituted(section.code, *style.userVariables, room);
+        auto output = substituted(section.code, *style.userVariables, left);
         if (!output) return logTooLarge();
-        room -= std::min(room, output->size());
         outputs.push_back(std::move(*output));
     }
     store(style, std::move(outputs));

@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -31,8 +32,8 @@ constexpr int compilationsPerCollection = 50;
 
 /// How often a running script is looked at.
 constexpr std::chrono::nanoseconds watchInterval = std::chrono::milliseconds(200);
-/// How much the process may grow while a compilation runs: a few lines of a style can ask for more
-/// memory than any machine has, long before their time is over.
+/// How much, roughly, the process may grow while a compilation runs: a few lines of a style can ask
+/// for more memory than any machine has, long before their time is over.
 constexpr std::size_t memoryLimit = std::size_t{1} << 30;
 
 /// Bytes of memory that the process holds.
@@ -41,6 +42,15 @@ std::size_t residentMemory() {
     std::size_t resident = 0;
     std::ifstream("/proc/self/statm") >> total >> resident;
     return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+/// Bytes of fresh memory that this thread has been given since it began, in small pages. Tells a
+/// compilation that grows from one that runs beside it.
+std::size_t touchedMemory() {
+    rusage usage{};
+    getrusage(RUSAGE_THREAD, &usage);
+    return static_cast<std::size_t>(usage.ru_minflt) *
+           static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
 
 std::chrono::nanoseconds threadTime() {
@@ -152,6 +162,7 @@ scriptOutcome JavaScriptCoreVM::stoppedOutcome() {
 void JavaScriptCoreVM::startCompilation() {
     timeLeft = timeLimit;
     memoryAtStart = residentMemory();
+    touchedAtStart = touchedMemory();
     stopText.clear();
     stopReported = false;
 }
@@ -234,10 +245,15 @@ void JavaScriptCoreVM::watch() {
     JSContextGroupSetExecutionTimeLimit(group, slice.count(), callback, this);
 }
 
+bool JavaScriptCoreVM::growsTooLarge() const {
+    return residentMemory() > memoryAtStart + memoryLimit &&
+           touchedMemory() > touchedAtStart + memoryLimit / 2;
+}
+
 bool JavaScriptCoreVM::mustStop() {
     if (threadTime() - callStart >= timeLeft)
         stopText = scriptStoppedText(timeLimit);
-    else if (residentMemory() > memoryAtStart + memoryLimit)
+    else if (growsTooLarge())
         stopText = scriptTooLargeText;
     else
         watch();

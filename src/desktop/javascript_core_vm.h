@@ -77,12 +77,14 @@ private:
     bool withinLimit(Call call);
     void watch();
     bool mustStop();
+    bool growsTooLarge() const;
     void startCompilation();
 
     Milliseconds timeLimit;
     std::chrono::nanoseconds timeLeft{};
     std::chrono::nanoseconds callStart{}; ///< the thread's time when the running call began
     std::size_t memoryAtStart = 0;        ///< of the process, in bytes
+    std::size_t touchedAtStart = 0;       ///< by this thread, in bytes
     std::string stopText;      ///< why the compilation was stopped; empty while it was not
     bool stopReported = false; ///< one exception for a compilation, not one for each later call
     JSContextGroupRef group;

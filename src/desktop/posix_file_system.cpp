@@ -194,8 +194,8 @@ private:
     FileDescriptor file;
 };
 
-/// Asks for large pages behind fresh memory: mapping the small ones takes longer than reading a large
-/// file into them.
+/// Asks for large pages behind fresh memory: mapping the small ones takes longer than reading a
+/// large file into them.
 void preferLargePages(char* memory, std::size_t size) {
     constexpr std::size_t worthwhile = 8 << 20;
     constexpr std::size_t page = 4096;

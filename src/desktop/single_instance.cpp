@@ -173,6 +173,7 @@ void SingleInstance::receiveFrom(QLocalSocket* socket) {
         if (state == reception::broken) return socket->abort();
         if (handler) handler(std::move(start));
         socket->write(&acknowledgement, 1);
+        socket->flush(); // the loop may not come round again
         socket->disconnectFromServer();
     };
     QObject::connect(socket, &QLocalSocket::readyRead, socket, receive);

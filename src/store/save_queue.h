@@ -18,7 +18,7 @@ public:
 
     void request(bool upload);
 
-    /// Waits for the running save and runs the waiting one on the calling thread.
+    /// Returns when no save runs or waits; may run one on the calling thread.
     void finish();
 
 private:

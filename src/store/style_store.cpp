@@ -86,7 +86,7 @@ void StyleStore::finishSaves() {
     saves.finish();
     if (!lastSaveFailed) return;
     // What the failed save held is in memory only, and about to be gone.
-    saves.request(false);
+    saves.request(true);
     saves.finish();
 }
 

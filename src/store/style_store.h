@@ -59,8 +59,9 @@ public:
     /// The same without stamp and upload: for a database that came from the cloud.
     void saveDatabaseWithoutUpload();
 
-    /// Returns when every save asked for so far has been written, and tries once more where the
-    /// last one failed; for quitting.
+    /// Returns when every save asked for so far has been written, and tries once more, upload and
+    /// all, where the last one failed; for quitting. Background tasks with nothing to do may be
+    /// left.
     void finishSaves();
 
     /// Writes the live database to `file` in the background.

@@ -1,14 +1,10 @@
-#include "app/application.h"
 #include "app/link.h"
 #include "events/notification_names.h"
 #include "model/database_json.h"
 #include "preferences/preference_keys.h"
 #include "support/captured_log.h"
-#include "support/memory_files.h"
-#include "support/recording_alerts.h"
-#include "support/recording_compiler_errors.h"
 #include "support/sample_styles.h"
-#include "support/stepped_dispatcher.h"
+#include "support/stand_in_machine.h"
 
 #include <gmock/gmock.h>
 
@@ -18,29 +14,8 @@ namespace {
 using namespace testing;
 using ::testing::ElementsAre, ::testing::IsEmpty, ::testing::Return;
 
-/// The application on a machine in memory.
-class ApplicationTest : public ::testing::Test {
+class ApplicationTest : public ::testing::Test, protected StandInMachine {
 protected:
-    struct NoScripts : ScriptEngine, Resources {
-        using Context = std::unique_ptr<ScriptContext>;
-        Context makeContext(std::span<const scriptSource>, ExceptionHandler) override { return {}; }
-        std::optional<scriptSource> script(std::string_view) const override { return {}; }
-    };
-    struct Extension : BrowserExtension {
-        MOCK_METHOD(std::optional<bool>, isEnabled, (), (const, override));
-        MOCK_METHOD(void, showPreferences, (), (override));
-    };
-    struct Externals : ExternalApplications {
-        using view = std::string_view;
-        MOCK_METHOD(bool, composeEmail, (view recipient, view subject), (override));
-        MOCK_METHOD(bool, openAddress, (view address), (override));
-    };
-
-    applicationSurroundings surroundings() {
-        return {files,   channel, alerts,         dispatcher, standard,  shared,
-                scripts, scripts, compilerErrors, extension,  externals, "/container"};
-    }
-
     /// Shows the list and lets the launch checks run.
     void launch(Application& launched) {
         launched.styleListShown();
@@ -48,15 +23,6 @@ protected:
         dispatcher.runAll();
     }
 
-    MemoryFiles files;
-    MemoryChannel channel{files};
-    RecordingAlerts alerts;
-    SteppedDispatcher dispatcher;
-    MemoryPreferences standard, shared;
-    NoScripts scripts;
-    RecordingCompilerErrors compilerErrors;
-    ::testing::NiceMock<Extension> extension;
-    ::testing::StrictMock<Externals> externals;
     Application application{surroundings()};
 };
 

@@ -165,7 +165,7 @@ TEST_F(RealCompilersTest, compileWithTheirVariablesOrSayWhatIsWrongAndWhere) {
                 AllOf(HasSubstr("variable @nope is undefined"), HasSubstr("line 6, column 11")));
     EXPECT_THAT(css("stylus", "a {\n  b: $c(\n}"),
                 AllOf(HasSubstr("stylus:7:"), HasSubstr("expected")));
-    EXPECT_THAT(css("stylus", "a {\n  b: c)\n}"), HasSubstr("stylus:6:8")); // not the engine's own
+    EXPECT_THAT(css("stylus", "a {\n  b: c)\n}"), HasSubstr("stylus:6:9")); // not the engine's own
 }
 
 TEST_F(RealCompilersTest, neitherReachTheNetworkNorRunScriptsNorGoOnForever) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <string>
 #include <utility>
 
@@ -11,7 +12,11 @@ namespace tessaril::testing {
 class CapturedLog {
 public:
     CapturedLog() { ::testing::internal::CaptureStdout(); }
-    ~CapturedLog() { take(); }
+    ~CapturedLog() {
+        // A failure that was reported meanwhile stands in it too.
+        const std::string rest = take();
+        if (::testing::Test::HasFailure()) std::fputs(rest.c_str(), stdout);
+    }
     CapturedLog(const CapturedLog&) = delete;
     CapturedLog& operator=(const CapturedLog&) = delete;
 
