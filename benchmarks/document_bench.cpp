@@ -1,3 +1,4 @@
+#include "desktop/posix_file_system.h"
 #include "model/database_json.h"
 #include "sample_database.h"
 
@@ -5,8 +6,11 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 #include <simdjson.h>
+#include <unistd.h>
 
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 
 namespace {
 
@@ -24,16 +28,24 @@ const std::string& document() {
     return bytes;
 }
 
-std::string paddedDocument() {
-    std::string bytes;
-    bytes.reserve(document().size() + simdjson::SIMDJSON_PADDING);
-    return bytes.append(document());
+/// The document as the application holds it when it decodes it: read from a file, with padding.
+std::string readDocument() {
+    static const std::filesystem::path file = [] {
+        std::string name = "/tmp/tessaril-bench-XXXXXX";
+        close(mkstemp(name.data()));
+        std::ofstream(name, std::ios::binary) << document();
+        return std::filesystem::path(name);
+    }();
+    static const struct Remover {
+        ~Remover() { std::filesystem::remove(file); }
+    } remover;
+    return *PosixFileSystem().read(file);
 }
 
 void decode(benchmark::State& state) {
     for (auto _ : state) {
         state.PauseTiming();
-        std::string bytes = paddedDocument();
+        std::string bytes = readDocument();
         state.ResumeTiming();
         auto decoded = decodeDatabase(std::move(bytes));
         benchmark::DoNotOptimize(decoded);
@@ -46,7 +58,7 @@ void decode(benchmark::State& state) {
 
 // simdjson's own parse of the same bytes into its document object model, by a new parser.
 void decodeReference(benchmark::State& state) {
-    const std::string bytes = paddedDocument();
+    const std::string bytes = readDocument();
     for (auto _ : state) {
         simdjson::dom::parser parser;
         simdjson::dom::element root;
