@@ -18,6 +18,7 @@ struct notification {
 
     std::string_view name; ///< one of notification_names.h
     std::map<std::string, infoValue, std::less<>> userInfo = {};
+    const void* object = nullptr; ///< what it is about, where that is one object among several
 
     bool operator==(const notification&) const = default;
 
