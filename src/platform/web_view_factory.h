@@ -8,7 +8,8 @@ namespace tessaril {
 
 class WebView;
 
-/// A web view and the widget that shows it; the two are one object, which the widget's parent owns.
+/// A web view and the widget that shows it (of the windows' toolkit, opaque here). The two are one
+/// object, which the widget's parent owns.
 struct shownWebView {
     WebView* view = nullptr;
     QWidget* widget = nullptr;

@@ -1,0 +1,37 @@
+// The page that holds the code editor. The application drives it through these globals:
+//   editor          the Ace editor; `ace` and `Range` are the library's
+//   reportChanges   while true, each change of the text posts "stringChanged" to "callback"
+//   focusEditor()   gives the editor the keyboard
+//   css_beautify    the CSS beautifier
+"use strict";
+
+ace.config.set("basePath", new URL(".", document.baseURI).href);
+
+// The editor's own keys are asked for by name as a keyboard handler; the library has no module of
+// that name, and a module without a handler keeps them.
+ace.define("ace/keyboard/ace", ["require", "exports", "module"], () => {});
+
+var editor = ace.edit("editor");
+var Range = ace.Range;
+var reportChanges = false;
+
+function focusEditor() {
+    editor.focus();
+}
+
+// What the application does itself (finding, its settings), and what leads out of the page.
+editor.commands.removeCommands([
+    "find",
+    "findnext",
+    "findprevious",
+    "replace",
+    "showSettingsMenu",
+    "openCommandPallete",
+    "openCommandPalette",
+    "modeSelect",
+    "openlink",
+]);
+
+editor.on("change", () => {
+    if (reportChanges) messageHandlers.callback.postMessage("stringChanged");
+});

@@ -1,0 +1,144 @@
+#include "support/captured_log.h"
+#include "support/event_loop.h"
+#include "support/running_web_engine.h"
+
+#include <QDragEnterEvent>
+#include <QMimeData>
+#include <QWheelEvent>
+#include <QWidget>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+namespace tessaril {
+namespace {
+
+using namespace testing;
+using ::testing::HasSubstr, ::testing::IsEmpty;
+using Value = std::optional<scriptValue>;
+
+class WebViewTest : public ::testing::Test, public WebViewObserver {
+protected:
+    WebViewTest() {
+        shown.view->setObserver(this);
+        shown.widget->setGeometry(0, 0, 800, 600);
+        window.resize(800, 600);
+        window.show();
+        load();
+    }
+
+    void load() {
+        const int before = loaded;
+        shown.view->loadPage(TESSARIL_RESOURCES "/Ace/index.html");
+        EXPECT_TRUE(eventually([&] { return loaded > before; }));
+    }
+    Value value(std::string_view statement) {
+        std::optional<Value> result;
+        shown.view->evaluate(statement, [&](const Value& given) { result = given; });
+        EXPECT_TRUE(eventually([&] { return result.has_value(); })) << statement;
+        return result.value_or(std::nullopt);
+    }
+
+    void navigationFinished() override { ++loaded; }
+    void messageReceived(std::string_view handler, const scriptValue& body) override {
+        messages.emplace_back(handler, body);
+    }
+    void pageLost() override { ++lost; }
+
+    QWidget window;
+    shownWebView shown = runningWebEngine().makeView(&window);
+    int loaded = 0;
+    int lost = 0;
+    std::vector<std::pair<std::string, scriptValue>> messages;
+};
+
+TEST_F(WebViewTest, GivesValuesInOrderAndNothingForFailures) {
+    EXPECT_EQ(value("'\\u{2028} \u00e4 \U0001f600' + \"\u2029\""),
+              Value("\u2028 \u00e4 \U0001f600\u2029"));
+    EXPECT_EQ(value("1.5"), Value(1.5));
+    EXPECT_EQ(value("true"), Value(true));
+    EXPECT_EQ(value("[1]"), Value(std::monostate()));
+    CapturedLog log;
+    for (const char* failing : {"throw Error('thrown')", "editor.(", "undefined"})
+        EXPECT_EQ(value(failing), std::nullopt) << failing;
+    EXPECT_THAT(log.take(), HasSubstr("thrown"));
+    for (int i = 1; i <= 50; ++i)
+        shown.view->evaluate("window.order = (window.order ?? '') + '" + std::to_string(i) + ",'");
+    EXPECT_TRUE(std::get<std::string>(*value("order")).ends_with(",49,50,"));
+
+    value("messageHandlers.callback.postMessage('stringChanged');"
+          "messageHandlers.other.postMessage({a: [1]}); 1");
+    ASSERT_TRUE(eventually([&] { return messages.size() == 2; }));
+    EXPECT_EQ(messages[0], std::pair(std::string("callback"), scriptValue("stringChanged")));
+    EXPECT_EQ(messages[1], std::pair(std::string("other"), scriptValue()));
+}
+
+TEST_F(WebViewTest, StaysOnItsPageAndOffTheNetwork) {
+    value("document.body.dataset.mark = 'here'");
+    CapturedLog log;
+    for (const char* leaving :
+         {"location = 'https://a.example/'", "location = 'file:///etc/passwd'", "location.reload()",
+          "open('https://a.example/') ?? 1",
+          "document.forms; const f = document.createElement('form');"
+          "f.action = 'https://a.example/'; document.body.append(f); f.submit(); 1",
+          "const i = new Image(); i.src = 'https://a.example/i.png'; document.body.append(i); 1",
+          "const s = document.createElement('script'); s.src = 'https://a.example/s.js';"
+          "document.body.append(s); 1",
+          "const e = document.createElement('iframe'); e.src = 'file:///etc/passwd';"
+          "document.body.append(e); 1",
+          "new WebSocket('wss://a.example/'); 1", "alert('a'); 1"})
+        value(std::string("{") + leaving + "}");
+    value("fetch('https://a.example/').catch(() => window.refused = true); 1");
+    const bool refused = eventually([&] { return value("window.refused ?? 0") == Value(true); });
+    const Value mark = value("document.body.dataset.mark");
+    const Value framed = value("frames[0].document.body.innerText");
+    const std::string complaints = log.take();
+    EXPECT_TRUE(refused);
+    EXPECT_EQ(mark, Value("here"));
+    EXPECT_TRUE(framed == std::nullopt || framed == Value(""));
+    EXPECT_THAT(complaints, HasSubstr("stays on its page"));
+    EXPECT_THAT(complaints, HasSubstr("Content Security Policy"));
+    EXPECT_EQ(loaded, 1);
+}
+
+TEST_F(WebViewTest, TakesDroppedTextButNoFilesAndLinks) {
+    QMimeData data;
+    const auto isTaken = [&] {
+        QDragEnterEvent enters({100, 100}, Qt::CopyAction, &data, Qt::LeftButton, {});
+        enters.ignore();
+        QApplication::sendEvent(shown.widget, &enters);
+        return enters.isAccepted();
+    };
+    data.setText("a {}");
+    EXPECT_TRUE(isTaken());
+    data.setUrls({QUrl("https://a.example/")});
+    EXPECT_FALSE(isTaken());
+    data.setUrls({QUrl("file:///styles/a.css")});
+    EXPECT_FALSE(isTaken());
+}
+
+TEST_F(WebViewTest, KeepsItsScaleUnderTheWheel) {
+    QWidget* input = shown.widget->focusProxy();
+    ASSERT_TRUE(input);
+    QWheelEvent wheel({100, 100}, input->mapToGlobal(QPointF(100, 100)), {0, 120}, {0, 120},
+                      Qt::NoButton, Qt::ControlModifier, Qt::NoScrollPhase, false);
+    const Value before = value("innerWidth");
+    for (int i = 0; i < 5; ++i)
+        QApplication::sendEvent(input, &wheel);
+    EXPECT_EQ(value("innerWidth"), before);
+}
+
+TEST_F(WebViewTest, SaysWhenItsProcessEndedAndLoadsAgain) {
+    value("window.before = true");
+    CapturedLog log;
+    const auto process = shown.widget->findChild<QObject*>("page")->property("renderProcessPid");
+    ASSERT_EQ(kill(process.value<pid_t>(), SIGKILL), 0);
+    ASSERT_TRUE(eventually([&] { return lost == 1; }));
+    load();
+    EXPECT_EQ(value("window.before ?? 'new'"), Value("new"));
+}
+
+} // namespace
+} // namespace tessaril
