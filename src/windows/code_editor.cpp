@@ -1,0 +1,143 @@
+#include "windows/code_editor.h"
+
+#include "windows/find_bar.h"
+
+#include <QAction>
+#include <QLabel>
+
+namespace tessaril {
+
+namespace {
+
+constexpr const char* unavailableText = "The code editor cannot be shown on this machine.";
+constexpr const char* stoppedText = "The code editor has stopped working.";
+
+/// Stands for a page that never loads.
+class AbsentWebView : public WebView {
+public:
+    void setObserver(WebViewObserver*) override {}
+    void loadPage(const std::filesystem::path&) override {}
+    void evaluate(std::string_view, Completion) override {}
+};
+
+QRect rectOf(const viewFrame& frame) {
+    return {frame.x, frame.y, frame.width, frame.height};
+}
+
+} // namespace
+
+CodeEditor::CodeEditor(const WebViewFactory& makeWebView, const std::filesystem::path& page,
+                       NotificationCenter& center, UndoManager& undoManager, QWidget* parent)
+    : QFrame(parent) {
+    setObjectName("codeEditor");
+    const shownWebView made = makeWebView ? makeWebView(this) : shownWebView{};
+    if (!made) absentView = std::make_unique<AbsentWebView>();
+
+    bridge = std::make_unique<WKAceView>(made ? *made.view : *absentView, center, undoManager);
+    findBar = std::make_unique<FindBar>(bridge->finder(), this);
+    QObject::connect(findBar.get(), &FindBar::shapeChanged, this, [this] { layOut(); });
+    QObject::connect(findBar.get(), &FindBar::closed, this, [this](bool hadFocus) {
+        layOut();
+        if (hadFocus) focusEditor();
+    });
+    makeFindActions();
+    if (!made) {
+        showNotice(unavailableText);
+        return;
+    }
+
+    pageWidget = made.widget;
+    setFocusProxy(pageWidget);
+    setTabOrder(findBar.get(), pageWidget);
+    bridge->setLayout([this] { layOut(); });
+    bridge->setOnGivenUp([this] { showNotice(stoppedText); });
+    bridge->load(page);
+}
+
+CodeEditor::~CodeEditor() = default;
+
+void CodeEditor::makeFindActions() {
+    const struct {
+        textFinderAction tag;
+        const char* text;
+        QList<QKeySequence> keys;
+    } commands[] = {
+        {textFinderAction::showFindInterface, "&Find…", {Qt::CTRL | Qt::Key_F}},
+        {textFinderAction::showReplaceInterface, "Find and &Replace…", {Qt::CTRL | Qt::Key_H}},
+        {textFinderAction::nextMatch, "Find &Next", {Qt::Key_F3, Qt::CTRL | Qt::Key_G}},
+        {textFinderAction::previousMatch,
+         "Find &Previous",
+         {Qt::SHIFT | Qt::Key_F3, Qt::CTRL | Qt::SHIFT | Qt::Key_G}},
+        {textFinderAction::setSearchString, "Use &Selection for Find", {}},
+    };
+    for (const auto& [tag, text, keys] : commands) {
+        auto* action = new QAction(text, this);
+        action->setShortcuts(keys);
+        action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+        QObject::connect(action, &QAction::triggered, this,
+                         [this, command = tag] { bridge->performTextFinderAction(command); });
+        addAction(action);
+        findActions[tag] = action;
+    }
+}
+
+QAction* CodeEditor::findAction(textFinderAction tag) const {
+    const auto found = findActions.find(tag);
+    return found == findActions.end() ? nullptr : found->second;
+}
+
+void CodeEditor::showNotice(const QString& text) {
+    if (pageWidget) pageWidget->hide();
+    auto* notice = new QLabel(text, this);
+    notice->setObjectName("editorNotice");
+    notice->setTextFormat(Qt::PlainText);
+    notice->setAlignment(Qt::AlignCenter);
+    notice->setWordWrap(true);
+    notice->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    notice->show();
+    pageWidget = notice;
+    setFocusProxy(notice);
+    layOut();
+}
+
+void CodeEditor::setBorderType(borderType newBorder) {
+    border = newBorder;
+    // The frame's width, which Qt derives from these, is the padding.
+    setLineWidth(1);
+    switch (border) {
+    case borderType::none:
+        setFrameStyle(QFrame::NoFrame);
+        break;
+    case borderType::line:
+        setFrameStyle(QFrame::Box | QFrame::Plain);
+        break;
+    case borderType::bezel:
+        setFrameStyle(QFrame::Panel | QFrame::Sunken);
+        break;
+    case borderType::groove:
+        setFrameStyle(QFrame::Box | QFrame::Sunken);
+        break;
+    }
+    layOut();
+}
+
+void CodeEditor::focusEditor() {
+    pageWidget->setFocus(Qt::OtherFocusReason);
+    bridge->focus();
+}
+
+void CodeEditor::resizeEvent(QResizeEvent* event) {
+    QFrame::resizeEvent(event);
+    layOut();
+}
+
+void CodeEditor::layOut() {
+    const int padding = paddingFor(border);
+    const int barHeight = findBar->isHidden() ? 0 : findBar->sizeHint().height();
+    const viewFrame inside = insideFrame(width(), height(), padding);
+    findBar->setGeometry(inside.x, inside.y, inside.width, barHeight);
+    if (pageWidget)
+        pageWidget->setGeometry(rectOf(webViewFrame(width(), height(), padding, barHeight)));
+}
+
+} // namespace tessaril

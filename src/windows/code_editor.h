@@ -1,0 +1,60 @@
+#pragma once
+
+#include "editor/editor_layout.h"
+#include "editor/wk_ace_view.h"
+#include "platform/web_view_factory.h"
+
+#include <QFrame>
+
+#include <filesystem>
+#include <map>
+#include <memory>
+
+class QAction;
+class QLabel;
+
+namespace tessaril {
+
+class FindBar;
+
+/// The code editor as a widget: the page in a web view, below the find bar when that is shown. On a
+/// machine that cannot show the page it says so; its `WKAceView` can be used then too and keeps the
+/// text that it is given, but never becomes ready.
+class CodeEditor : public QFrame {
+public:
+    /// `center` and `undoManager` must live longer.
+    /// - page: the editor page, an absolute path; begins to load at once
+    CodeEditor(const WebViewFactory& makeWebView, const std::filesystem::path& page,
+               NotificationCenter& center, UndoManager& undoManager, QWidget* parent = nullptr);
+    ~CodeEditor() override;
+
+    /// Drives the editor. Its layout is the widget's.
+    WKAceView& aceView() { return *bridge; }
+
+    void setBorderType(borderType newBorder);
+
+    /// Gives the page the keyboard focus.
+    void focusEditor();
+
+    /// The action of a find command, for menus too; nothing for a command that only the find bar
+    /// offers. The keys work while the focus is within the editor, so that several editors in one
+    /// window don't contend for them.
+    QAction* findAction(textFinderAction tag) const;
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void makeFindActions();
+    void showNotice(const QString& text);
+    void layOut();
+
+    borderType border = borderType::none;
+    std::unique_ptr<WebView> absentView; ///< where there is no real one
+    QWidget* pageWidget = nullptr;       ///< the web view, or the notice in its place
+    std::unique_ptr<WKAceView> bridge;
+    std::unique_ptr<FindBar> findBar; ///< goes before the finder, which is the bridge's
+    std::map<textFinderAction, QAction*> findActions;
+};
+
+} // namespace tessaril
