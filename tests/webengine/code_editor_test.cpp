@@ -1,0 +1,220 @@
+#include "editor/editor_configuration.h"
+#include "events/notification_names.h"
+#include "preferences/preferences.h"
+#include "support/captured_log.h"
+#include "support/event_loop.h"
+#include "support/memory_files.h"
+#include "support/running_web_engine.h"
+#include "windows/code_editor.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QLineEdit>
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+namespace tessaril {
+namespace {
+
+using namespace testing;
+
+/// An editor in a window, configured as hosts do it.
+struct EditorWindow {
+    explicit EditorWindow(std::string text = "") : content{.text = std::move(text)} {
+        editor.resize(700, 500);
+        editor.show();
+    }
+    WKAceView& view() { return editor.aceView(); }
+
+    MemoryPreferences store;
+    Preferences preferences{store};
+    NotificationCenter center;
+    UndoManager undo;
+    editorContent content;
+    shownWebView web;
+    CodeEditor editor{[this](QWidget* parent) { return web = runningWebEngine().makeView(parent); },
+                      TESSARIL_RESOURCES "/Ace/index.html", center, undo};
+    ConfiguredEditor configured{view(), preferences, center, [this] { return content; }};
+};
+
+class CodeEditorTest : public ::testing::Test, protected EditorWindow {
+protected:
+    CodeEditorTest() {
+        registerPreferenceDefaults(preferences, shared, 1, false);
+        EXPECT_TRUE(eventually([this] { return configured.isReady(); }));
+        editor.activateWindow(); // no window manager does it
+        EXPECT_TRUE(eventually([this] { return editor.isActiveWindow(); }));
+        editor.focusEditor();
+        EXPECT_EQ(inPage("document.hasFocus() && editor.isFocused()"), scriptValue(true));
+    }
+
+    scriptValue inPage(std::string_view statement) {
+        std::optional<scriptValue> result;
+        web.view->evaluate(statement, [&](const std::optional<scriptValue>& given) {
+            result = given.value_or(scriptValue());
+        });
+        EXPECT_TRUE(eventually([&] { return result.has_value(); })) << statement;
+        return result.value_or(scriptValue());
+    }
+    std::string textInPage() { return std::get<std::string>(inPage("editor.getValue()")); }
+    void set(const std::string& text) {
+        view().setString(text);
+        EXPECT_TRUE(eventually([&] { return inPage("reportChanges") == scriptValue(true); }));
+    }
+    void press(int key, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(QApplication::focusWidget(), static_cast<Qt::Key>(key), modifiers);
+    }
+    void type(const char* text) { QTest::keyClicks(QApplication::focusWidget(), text); }
+    [[nodiscard]] bool becomes(const std::string& text) {
+        return eventually([&] { return view().string() == text; }) && textInPage() == text;
+    }
+    std::string selectedInPage() {
+        return std::get<std::string>(inPage("editor.getSelectedText()"));
+    }
+
+    MemoryPreferences sharedStore;
+    Preferences shared{sharedStore};
+};
+
+TEST_F(CodeEditorTest, ReportsWhatIsTypedButNotWhatIsSet) {
+    int changes = 0;
+    const auto subscription =
+        center.observe(notifications::ACEDidChange, [&](const notification& n) {
+            EXPECT_EQ(n.object, &view());
+            ++changes;
+        });
+    set("a\nb");
+    EXPECT_EQ(changes, 0);
+    type("x");
+    EXPECT_TRUE(becomes("xa\nb"));
+    EXPECT_EQ(changes, 1);
+    press(Qt::Key_End);
+    press(Qt::Key_Tab);
+    EXPECT_TRUE(becomes("xa\t\nb"));
+    press(Qt::Key_Z, Qt::ControlModifier);
+    press(Qt::Key_Z, Qt::ControlModifier);
+    press(Qt::Key_Z, Qt::ControlModifier); // not beyond the text that was set
+    EXPECT_TRUE(becomes("a\nb"));
+}
+
+TEST_F(CodeEditorTest, HoldsEveryTextAsItIsGiven) {
+    std::string large;
+    while (large.size() < 2'000'000)
+        large += ".a:hover { content: \"\\201C 'ä'\"; } /* \u2028 \U0001f600 */\n";
+    for (const std::string& text :
+         {std::string("\"'\\\n\t\u0085\u2028\u2029\\n</script>${a}`"), std::string("a\r\nb\r\n"),
+          std::string("nul\0l", 5), large, std::string()}) {
+        set(text);
+        EXPECT_TRUE(textInPage() == text) << text.substr(0, 50);
+        EXPECT_EQ(inPage("JSON.stringify(editor.getCursorPosition())"),
+                  scriptValue("{\"row\":0,\"column\":0}"));
+        type("y");
+        EXPECT_TRUE(becomes("y" + text)) << text.substr(0, 50);
+    }
+}
+
+TEST_F(CodeEditorTest, BeautifiesWithUndoAndRedo) {
+    const std::string before = "a{color:red}\n\n\n\n\nb>c{margin:0;}";
+    const std::string after = "a {\n\tcolor: red\n}\n\nb>c {\n\tmargin: 0;\n}";
+    set(before);
+    view().beautify();
+    EXPECT_TRUE(becomes(after));
+    undo.undo();
+    EXPECT_TRUE(becomes(before));
+    undo.redo();
+    EXPECT_TRUE(becomes(after));
+}
+
+TEST_F(CodeEditorTest, FindsAndReplacesByTheFindBar) {
+    set("red;\n RED; blue\n red");
+    press(Qt::Key_F, Qt::ControlModifier);
+    type("red");
+    EXPECT_TRUE(eventually([&] { return selectedInPage() == "red"; }));
+    const auto row = [&] { return inPage("editor.getSelectionRange().start.row"); };
+    EXPECT_EQ(row(), scriptValue(0.));
+    press(Qt::Key_Return);
+    EXPECT_TRUE(eventually([&] { return row() == scriptValue(1.); }));
+    press(Qt::Key_F3);
+    EXPECT_TRUE(eventually([&] { return row() == scriptValue(2.); }));
+    press(Qt::Key_F3, Qt::ShiftModifier);
+    EXPECT_TRUE(eventually([&] { return row() == scriptValue(1.); }));
+
+    press(Qt::Key_H, Qt::ControlModifier);
+    view().finder().setReplacement("green");
+    view().performTextFinderAction(textFinderAction::replaceAndFind);
+    EXPECT_TRUE(becomes("red;\n green; blue\n red"));
+    EXPECT_TRUE(eventually([&] { return row() == scriptValue(2.); }));
+    view().performTextFinderAction(textFinderAction::replaceAll);
+    EXPECT_TRUE(becomes("green;\n green; blue\n green"));
+    undo.undo();
+    EXPECT_TRUE(becomes("red;\n green; blue\n red"));
+
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(eventually([&] { return inPage("editor.isFocused()") == scriptValue(true); }));
+    type("w");
+    EXPECT_TRUE(eventually([&] { return view().string().find('w') != std::string::npos; }));
+}
+
+TEST_F(CodeEditorTest, FollowsThePreferences) {
+    const auto background = [&] {
+        return inPage("getComputedStyle(editor.container).backgroundColor");
+    };
+    const scriptValue light = background();
+    preferences.set("ACETheme", "nord");
+    preferences.set("ACEFontSize", std::int64_t{20});
+    preferences.set("ACEShowErrors", true);
+    preferences.set("ACEShowGutter", false);
+    center.post(notifications::preferencesDidChange);
+    EXPECT_TRUE(eventually([&] { return background() != light; }));
+    EXPECT_EQ(inPage("editor.getFontSize()"), scriptValue(20.));
+    EXPECT_EQ(inPage("editor.renderer.getShowGutter()"), scriptValue(false));
+
+    set("a { color: }");
+    EXPECT_TRUE(eventually(
+        [&] { return inPage("editor.session.getAnnotations().length > 0") == scriptValue(true); }));
+    set("iiiiiiiiii\nWWWWWWWWWW");
+    EXPECT_EQ(inPage("const r = document.createRange(), line = document.querySelector('.ace_line');"
+                     "r.selectNodeContents(line); Math.round(r.getBoundingClientRect().width)"),
+              inPage("Math.round(editor.renderer.characterWidth * 10)"))
+        << "a proportional font";
+}
+
+TEST_F(CodeEditorTest, ShowsItsTextAgainWhenTheProcessEnds) {
+    set("kept");
+    type("x");
+    ASSERT_TRUE(becomes("xkept"));
+    content.text = view().string();
+    CapturedLog log;
+    const auto process = web.widget->findChild<QObject*>("page")->property("renderProcessPid");
+    ASSERT_EQ(kill(process.value<pid_t>(), SIGKILL), 0);
+    EXPECT_TRUE(eventually([&] { return !view().isReady(); }));
+    EXPECT_TRUE(eventually([&] { return configured.isReady(); }));
+    EXPECT_TRUE(eventually([&] { return textInPage() == "xkept"; }));
+}
+
+TEST(CodeEditors, ThirtyOpenAndCloseInOneProcess) {
+    std::vector<std::unique_ptr<EditorWindow>> windows;
+    for (int i = 0; i < 30; ++i)
+        windows.push_back(std::make_unique<EditorWindow>("/* " + std::to_string(i) + " */"));
+    windows[3].reset(); // while it loads
+    std::set<qlonglong> processes;
+    for (const auto& window : windows) {
+        if (!window) continue;
+        ASSERT_TRUE(eventually([&] { return window->configured.isReady(); }));
+        std::string text;
+        window->web.view->evaluate("editor.getValue()", [&](const auto& given) {
+            text = std::get<std::string>(given.value());
+        });
+        ASSERT_TRUE(eventually([&] { return !text.empty(); }));
+        EXPECT_EQ(text, window->content.text);
+        processes.insert(window->web.widget->findChild<QObject*>("page")
+                             ->property("renderProcessPid")
+                             .toLongLong());
+    }
+    EXPECT_EQ(processes.size(), 1U);
+}
+
+} // namespace
+} // namespace tessaril
