@@ -56,6 +56,7 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
                    std::function<void(laterStart)>& onLaterStart) {
     removeStaleStagedFiles(container);
     removeStaleStagedFiles(container / "wormhole");
+    removeStaleStagedFiles(standardPreferencesFile().parent_path());
 
     PosixFileSystem files;
     FolderMessageChannel channel(files, container);
