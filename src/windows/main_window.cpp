@@ -87,6 +87,11 @@ void MainWindow::makeMenusAndToolbar() {
     quit->setShortcut(QKeySequence("Ctrl+Q"));
     connect(quit, &QAction::triggered, this, [] { QApplication::quit(); });
 
+    QMenu* edit = menuBar()->addMenu("&Edit");
+    QAction* preferences = edit->addAction("&Preferences…");
+    preferences->setShortcut(QKeySequence("Ctrl+,"));
+    connect(preferences, &QAction::triggered, this, [this] { commands.openPreferences(); });
+
     QMenu* help = menuBar()->addMenu("&Help");
     connect(help->addAction("Tessaril &Support…"), &QAction::triggered, this,
             [this] { commands.emailSupport(); });

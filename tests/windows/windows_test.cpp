@@ -60,6 +60,7 @@ protected:
                       {.canImport = [this] { return canImport; },
                        .importFiles = [this](const Paths& paths) { imported = paths; },
                        .openFiles = [this](const Paths& paths) { opened = paths; },
+                       .openPreferences = [] {},
                        .emailSupport = [] {},
                        .openWebsite = [] {}}};
     QListView& view = *window.findChild<QListView*>("styleList");
