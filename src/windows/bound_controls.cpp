@@ -59,6 +59,7 @@ QComboBox* BoundControls::menu(const valueMenu& menu) {
             box->addItem(qtText(entry.title));
     }
     box->setMaxVisibleItems(box->count());
+    box->setMinimumContentsLength(16); // one width for all
     QObject::connect(box, &QComboBox::activated, box,
                      [this, &menu](int position) { preferences.choose(menu, position); });
     loaders.push_back([this, box, &menu] { box->setCurrentIndex(preferences.position(menu)); });

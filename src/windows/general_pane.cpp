@@ -99,7 +99,8 @@ QWidget* GeneralPane::makeButtons() {
     grid->addWidget(exportButton, 0, 1);
     grid->addWidget(resetButton, 1, 0);
     grid->addWidget(recoverButton, 1, 1);
-    grid->setColumnStretch(2, 1);
+    grid->setColumnStretch(0, 1);
+    grid->setColumnStretch(1, 1);
     return buttons;
 }
 
