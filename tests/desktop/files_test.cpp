@@ -298,7 +298,8 @@ TEST(SettingsStore, KeepsADamagedFileBesideItselfAndStartsEmpty) {
         CapturedLog log;
         SettingsStore store(file);
         EXPECT_FALSE(store.value("x", ""));
-        EXPECT_THAT(log.take(), HasSubstr("are kept as " + (folder / "settings-unreadable-")));
+        EXPECT_THAT(log.take(),
+                    HasSubstr("are kept as " + (folder / "settings-unreadable-").string()));
         store.setValue("y", "1");
         EXPECT_EQ(fileContent(file), "[General]\ny=1\n");
         for (const std::string& name : folder.names())
