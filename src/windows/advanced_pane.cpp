@@ -26,6 +26,7 @@ AdvancedPane::AdvancedPane(PreferenceControls& controls) : bound(controls) {
     auto* note = new QLabel("For those who run services of their own. A field that is emptied goes "
                             "back to its default.");
     makeNote(*note);
+    note->setWordWrap(true);
     form->addRow("", note);
     bound.reload();
 }

@@ -28,8 +28,9 @@ void show(QLineEdit& field, const std::string& text) {
 /// A size outside the usual range, from another machine or typed into the file, is shown as it is.
 void show(QSpinBox& box, std::int64_t stored) {
     const QSignalBlocker blocker(box);
+    using limits = std::numeric_limits<int>;
     const int size =
-        static_cast<int>(std::clamp<std::int64_t>(stored, 0, std::numeric_limits<int>::max()));
+        static_cast<int>(std::clamp<std::int64_t>(stored, limits::min(), limits::max()));
     box.setRange(std::min(smallestFont, size), std::max(largestFont, size));
     // Where the number is being typed its text may be ahead of the value.
     if (box.value() != size) box.setValue(size);

@@ -85,6 +85,7 @@ void MainWindow::makeMenusAndToolbar() {
     file->addSeparator();
     QAction* quit = file->addAction("&Quit");
     quit->setShortcut(QKeySequence("Ctrl+Q"));
+    quit->setShortcutContext(Qt::ApplicationShortcut);
     connect(quit, &QAction::triggered, this, [] { QApplication::quit(); });
 
     QMenu* edit = menuBar()->addMenu("&Edit");

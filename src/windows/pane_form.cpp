@@ -21,7 +21,6 @@ void addGap(QFormLayout& form) {
 }
 
 void makeNote(QLabel& label) {
-    label.setWordWrap(true);
     label.setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     label.setForegroundRole(QPalette::PlaceholderText);
 }
