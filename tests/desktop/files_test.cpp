@@ -291,33 +291,27 @@ TEST(SettingsStore, KeepsEveryTypeInAFileThatOtherProgramsReadAndWrite) {
     EXPECT_EQ(log.take(), "Error writing preferences.\n");
 }
 
-TEST(SettingsStore, KeepsADamagedFileBesideItselfAndStartsEmpty) {
+TEST(SettingsStore, KeepsWhatItCannotReadBesideItAndStartsEmpty) {
     const TemporaryFolder folder;
     const fs::path file = folder / "settings.ini";
-    const auto startOver = [&](const std::string& kept) {
+    const auto startOver = [&] {
         CapturedLog log;
         SettingsStore store(file);
         EXPECT_FALSE(store.value("x", ""));
-        EXPECT_THAT(log.take(),
-                    HasSubstr("are kept as " + (folder / "settings-unreadable-").string()));
+        EXPECT_THAT(log.take(), HasSubstr("kept as " + (folder / "settings-unreadable-").string()));
         store.setValue("y", "1");
         EXPECT_EQ(fileContent(file), "[General]\ny=1\n");
-        for (const std::string& name : folder.names())
-            if (name != "settings.ini" && fs::is_regular_file(folder / name)) {
-                EXPECT_EQ(fileContent(folder / name), kept);
-                fs::remove(folder / name);
-            }
+        EXPECT_EQ(SettingsStore(file).value("y", ""), preferenceValue("1"));
     };
-    for (const std::string& bytes :
-         {std::string("x=1\n\xFF\xFE"), std::string(100, '\0'), std::string("[General\nx=1")}) {
-        writeFile(file, bytes);
-        startOver(bytes);
-        EXPECT_EQ(SettingsStore(file).value("y", ""), preferenceValue("1")) << "kept once";
-    }
+    writeFile(file, "x=1\n\xFF\xFE");
+    startOver();
+    writeFile(file, "[General\nx=1");
+    startOver();
+    EXPECT_EQ(folder.names().size(), 3U) << "each kept once";
     fs::remove(file);
     fs::create_directory(file);
-    startOver("");
-    EXPECT_EQ(folder.names().size(), 2U) << "the folder is kept too";
+    startOver();
+    EXPECT_EQ(folder.names().size(), 4U) << "the folder is kept too";
 }
 
 TEST(SettingsStore, LosesNothingWhileOthersDamageDeleteOrChangeTheFile) {

@@ -78,17 +78,6 @@ TEST_F(PreferenceSyncTest, AppliesWhatIsThereOnTheMainThreadThenAnnounces) {
     EXPECT_EQ(sharedStore.values.at("toggleShortcut"), preferenceValue(false));
 }
 
-TEST_F(PreferenceSyncTest, UploadsOnlyWhileTheCloudIsOn) {
-    int uploads = 0;
-    sync.uploadPreferences(); // without a handler
-    sync.setUploadHandler([&] { ++uploads; });
-    sync.uploadPreferences();
-    EXPECT_EQ(uploads, 0);
-    standard.set("UseiCloud", true);
-    sync.uploadPreferences();
-    EXPECT_EQ(uploads, 1);
-}
-
 TEST_F(PreferenceSyncTest, SettingsInARowAreAnnouncedOnceAndLaterOnesAgain) {
     int announced = 0;
     const auto subscription =
