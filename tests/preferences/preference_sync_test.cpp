@@ -73,7 +73,8 @@ TEST_F(PreferenceSyncTest, AppliesWhatIsThereOnTheMainThreadThenAnnounces) {
               (decltype(standardStore.values){{"WarnReadOnly", false}, {"ACETheme", "nord"}}));
     EXPECT_EQ(themes, std::vector<std::string>{"nord"});
 
-    PreferenceSync(standard, nullptr, center, dispatcher).applyPreferences({{"toggleShortcut", 1}});
+    PreferenceSync withoutShared(standard, nullptr, center, dispatcher);
+    withoutShared.applyPreferences({{"toggleShortcut", 1}});
     dispatcher.runAll();
     EXPECT_EQ(sharedStore.values.at("toggleShortcut"), preferenceValue(false));
 }
