@@ -15,10 +15,12 @@
 #include "desktop/termination_signals.h"
 #include "windows/compiler_error_windows.h"
 #include "windows/main_window.h"
+#include "windows/preferences_window.h"
 
 #include <QApplication>
 #include <QFile>
 #include <QMessageBox>
+#include <QPointer>
 
 #include <span>
 
@@ -51,11 +53,22 @@ int refuseToStart(const QString& text) {
     return EXIT_FAILURE;
 }
 
+PreferencesWindow* makePreferencesWindow(Application& application, QWidget* parent) {
+    auto* window = new PreferencesWindow({.center = application.notificationCenter(),
+                                          .general = {.controls = application.preferenceControls(),
+                                                      .cloud = application.cloudSwitch(),
+                                                      .database = application.databaseCommands()}},
+                                         parent);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    return window;
+}
+
 int runApplication(const std::filesystem::path& container, SingleInstance& instance,
                    const std::vector<std::string>& arguments, bool darkAppearance,
                    std::function<void(laterStart)>& onLaterStart) {
     removeStaleStagedFiles(container);
     removeStaleStagedFiles(container / "wormhole");
+    removeStaleStagedFiles(standardPreferencesFile().parent_path());
 
     PosixFileSystem files;
     FolderMessageChannel channel(files, container);
@@ -84,11 +97,17 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
                              .container = container,
                              .darkAppearance = darkAppearance});
 
+    QPointer<PreferencesWindow> preferences;
     MainWindow window(
         application.styleList(),
         {.canImport = [&] { return application.fileImport().canImport(); },
          .importFiles = [&](auto chosen) { application.fileImport().importFiles(chosen); },
          .openFiles = [&](auto dropped) { application.openFiles(dropped); },
+         .openPreferences =
+             [&] {
+                 if (!preferences) preferences = makePreferencesWindow(application, &window);
+                 preferences->bringForward();
+             },
          .emailSupport = [&] { application.emailSupport(); },
          .openWebsite = [&] { application.openWebsite(); }});
     // Queued: an opened file may ask a question, and nobody is to wait for its answer. What is

@@ -16,8 +16,10 @@ constexpr std::string_view supportSubject = "I need some Tessaril help!";
 
 Application::Application(applicationSurroundings surroundings)
     : machine(std::move(surroundings))
-    , standard(machine.standardPreferences)
+    , preferenceChanges(center, machine.dispatcher)
+    , standard(machine.standardPreferences, [this] { preferenceChanges.announce(); })
     , shared(machine.sharedPreferences)
+    , synced(standard, &shared, center, machine.dispatcher)
     , compiler(machine.scripts, machine.resources, machine.alerts, machine.compilerErrors)
     , styleStore({.files = machine.files,
                   .channel = machine.channel,
@@ -39,7 +41,16 @@ Application::Application(applicationSurroundings surroundings)
                       .compileStyle = [this](styleContainer& s) { compiler.compileStyle(s); }}})
     , openedFiles(styleStore, importer, center, machine.dispatcher, machine.alerts)
     , links(center)
-    , extensionWarning(machine.extension, standard, machine.alerts) {
+    , extensionWarning(machine.extension, standard, synced, machine.alerts)
+    , stylesOpenInEditors(center)
+    , wholeDatabase({.files = machine.files,
+                     .alerts = machine.alerts,
+                     .dispatcher = machine.dispatcher,
+                     .center = center,
+                     .store = styleStore,
+                     .openStyles = stylesOpenInEditors})
+    , controls(standard, shared, synced)
+    , cloud(standard, center, machine.dispatcher) {
     registerPreferenceDefaults(standard, shared, styleStore.generateUniqueID(),
                                machine.darkAppearance);
 }

@@ -8,7 +8,13 @@
 #include "import/file_import.h"
 #include "platform/browser_extension.h"
 #include "platform/external_applications.h"
+#include "preferences/change_announcement.h"
+#include "preferences/cloud_switch.h"
+#include "preferences/preference_controls.h"
+#include "preferences/preference_sync.h"
 #include "preferences/preferences.h"
+#include "store/database_commands.h"
+#include "store/open_styles.h"
 #include "store/style_list.h"
 #include "store/style_store.h"
 
@@ -45,6 +51,15 @@ public:
     StyleList& styleList() { return list; }
     NotificationCenter& notificationCenter() { return center; }
     FileImport& fileImport() { return importer; }
+    const OpenStyles& openStyles() const { return stylesOpenInEditors; }
+
+    /// What the Preferences window works on. `preferenceSync` and `cloudSwitch` wait for the cloud:
+    /// until it is connected they upload nothing and report no account.
+    Preferences& preferences() { return standard; }
+    PreferenceControls& preferenceControls() { return controls; }
+    PreferenceSync& preferenceSync() { return synced; }
+    CloudSwitch& cloudSwitch() { return cloud; }
+    DatabaseCommands& databaseCommands() { return wholeDatabase; }
 
     /// To be called once the style list is on the screen: runs the launch checks half a second
     /// later.
@@ -68,8 +83,10 @@ private:
 
     applicationSurroundings machine;
     NotificationCenter center;
+    ChangeAnnouncement preferenceChanges;
     Preferences standard;
     Preferences shared;
+    PreferenceSync synced;
     StyleCompiler compiler;
     StyleStore styleStore;
     StyleList list;
@@ -77,6 +94,10 @@ private:
     OpenedFiles openedFiles;
     LinkRouter links;
     ExtensionWarning extensionWarning;
+    OpenStyles stylesOpenInEditors;
+    DatabaseCommands wholeDatabase;
+    PreferenceControls controls;
+    CloudSwitch cloud;
 };
 
 } // namespace tessaril

@@ -7,8 +7,12 @@
 namespace tessaril {
 
 ExtensionWarning::ExtensionWarning(BrowserExtension& browserExtension,
-                                   Preferences& standardPreferences, Alerts& alertPresenter)
-    : extension(browserExtension), preferences(standardPreferences), alerts(alertPresenter) {}
+                                   Preferences& standardPreferences, PreferenceSync& preferenceSync,
+                                   Alerts& alertPresenter)
+    : extension(browserExtension)
+    , preferences(standardPreferences)
+    , sync(preferenceSync)
+    , alerts(alertPresenter) {}
 
 void ExtensionWarning::check() {
     if (shown || !preferences.boolean(preferenceKeys::warnIfDisabled)) return;
@@ -20,7 +24,10 @@ void ExtensionWarning::check() {
                             "extension in Safari's Preferences.",
                     .buttons = {"Open Safari Preferences", "Later"},
                     .offersSuppression = true});
-    if (answer.suppressed) preferences.set(preferenceKeys::warnIfDisabled, false);
+    if (answer.suppressed) {
+        preferences.set(preferenceKeys::warnIfDisabled, false);
+        sync.uploadPreferences();
+    }
     if (answer.button == 0) extension.showPreferences();
 }
 

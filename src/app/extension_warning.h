@@ -2,6 +2,7 @@
 
 #include "platform/alerts.h"
 #include "platform/browser_extension.h"
+#include "preferences/preference_sync.h"
 #include "preferences/preferences.h"
 
 namespace tessaril {
@@ -9,7 +10,8 @@ namespace tessaril {
 /// Warns once per process that the browser extension is not enabled. Main thread only.
 class ExtensionWarning {
 public:
-    ExtensionWarning(BrowserExtension& extension, Preferences& preferences, Alerts& alerts);
+    ExtensionWarning(BrowserExtension& extension, Preferences& preferences, PreferenceSync& sync,
+                     Alerts& alerts);
 
     /// Shows the warning unless the extension is enabled, the warning was shown before, or the user
     /// turned it off.
@@ -18,6 +20,7 @@ public:
 private:
     BrowserExtension& extension;
     Preferences& preferences;
+    PreferenceSync& sync;
     Alerts& alerts;
     bool shown = false;
 };

@@ -2,22 +2,20 @@
 
 #include "model/log.h"
 #include "model/text.h"
+#include "store/atomic_write.h"
+#include "store/unreadable_file.h"
 
 #include <QFile>
 #include <QStandardPaths>
-#include <QVariant>
+
+#include <array>
+#include <charconv>
+#include <system_error>
+#include <utility>
 
 namespace tessaril {
 
 namespace {
-
-QString qtPath(const std::filesystem::path& path) {
-    return QFile::decodeName(QByteArray::fromStdString(path.native()));
-}
-
-QString qtText(std::string_view text) {
-    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 std::optional<bool> booleanFrom(std::string_view text) {
     if (text == "true" || text == "1") return true;
@@ -38,40 +36,69 @@ struct reader {
 };
 
 struct writer {
-    QVariant operator()(bool value) const { return value; }
-    QVariant operator()(std::int64_t value) const { return QVariant::fromValue<qint64>(value); }
+    std::string operator()(bool value) const { return value ? "true" : "false"; }
+    std::string operator()(std::int64_t value) const { return std::to_string(value); }
     // The shortest text that reads back to the same number.
-    QVariant operator()(double value) const {
-        return QString::number(value, 'g', QLocale::FloatingPointShortest);
+    std::string operator()(double value) const {
+        std::array<char, 32> digits{};
+        return {digits.data(),
+                std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr};
     }
-    QVariant operator()(const std::string& value) const { return qtText(value); }
+    std::string operator()(const std::string& value) const { return value; }
 };
-
-/// A comma in a text that somebody typed into the file without quotes has made it a list.
-QString joined(const QVariant& value) {
-    return value.typeId() == QMetaType::QStringList ? value.toStringList().join(", ")
-                                                    : value.toString();
-}
 
 } // namespace
 
-SettingsStore::SettingsStore(const std::filesystem::path& file)
-    : settings(qtPath(file), QSettings::IniFormat) {}
+SettingsStore::SettingsStore(std::filesystem::path settingsFile) : file(std::move(settingsFile)) {
+    takeOver();
+}
 
 std::optional<preferenceValue> SettingsStore::value(std::string_view key,
                                                     const preferenceValue& like) const {
     const std::lock_guard lock(mutex);
-    const QVariant stored = settings.value(qtText(key));
-    if (!stored.isValid()) return std::nullopt;
-    const std::string text = joined(stored).toStdString();
-    return std::visit(reader{text}, like);
+    const auto text = known.value(key);
+    return text ? std::visit(reader{*text}, like) : std::nullopt;
 }
 
 void SettingsStore::setValue(std::string_view key, const preferenceValue& value) {
     const std::lock_guard lock(mutex);
-    settings.setValue(qtText(key), std::visit(writer{}, value));
-    settings.sync();
-    if (settings.status() != QSettings::NoError) logLine("Error writing preferences.");
+    unwritten.insert_or_assign(std::string(key), std::visit(writer{}, value));
+    const bool mayReplace = takeOver();
+    for (const auto& [unwrittenKey, text] : unwritten)
+        known.set(unwrittenKey, text);
+    if (mayReplace && write())
+        unwritten.clear();
+    else
+        logLine("Error writing preferences.");
+}
+
+/// Brings what is known up to date with the file. Gives whether the file may be replaced.
+bool SettingsStore::takeOver() {
+    if (!files.exists(file)) return true;
+    auto bytes = files.read(file);
+    auto parsed = bytes ? IniText::parse(std::move(*bytes)) : std::nullopt;
+    if (!parsed) return moveAside();
+    // A file that was cut to nothing is no wish to forget everything.
+    if (!parsed->isEmpty()) known = std::move(*parsed);
+    return true;
+}
+
+bool SettingsStore::moveAside() {
+    const std::filesystem::path kept = unreadableName(files, file);
+    const std::string name = validUTF8(file.string());
+    if (!files.keep(file, kept)) {
+        logLine("Preferences cannot be read and not be moved aside: " + name);
+        return false;
+    }
+    logLine("Preferences cannot be read and are kept as " + validUTF8(kept.string()));
+    // Kept under a second name the file is still in its place.
+    return !files.exists(file) || write();
+}
+
+bool SettingsStore::write() {
+    std::error_code error;
+    std::filesystem::create_directories(file.parent_path(), error);
+    return writeAtomically(files, file, known.text());
 }
 
 std::filesystem::path standardPreferencesFile() {

@@ -1,30 +1,47 @@
 #pragma once
 
+#include "desktop/posix_file_system.h"
 #include "platform/preference_store.h"
-
-#include <QSettings>
+#include "preferences/ini_text.h"
 
 #include <filesystem>
+#include <map>
 #include <mutex>
+#include <string>
 
 namespace tessaril {
 
-/// Preferences in an INI file. The keys stand in the group [General]; booleans are written as
-/// `true` and `false`, numbers in decimal, so that other programs can read them. Every change is
-/// on disk when `setValue` returns.
+/// Preferences in an INI file, which other programs can read and change. The keys stand in the
+/// group [General]; booleans are written as `true` and `false`, numbers in decimal. Every change
+/// is on disk when `setValue` returns; a kill at any instant leaves the old file or the new one.
+///
+/// QSettings reads the same files, but is not used to write them: killed at the wrong instant it
+/// leaves a lock that holds up the next start's first write for half a minute and temporary files
+/// that nobody removes, and it takes a file that somebody deleted for the user's wish to forget.
 class SettingsStore : public PreferenceStore {
 public:
-    explicit SettingsStore(const std::filesystem::path& file);
+    /// A damaged file, or a folder in its place, is moved beside itself as
+    /// `<name>-unreadable-<date>.<ext>`, which is logged; the store is then empty.
+    explicit SettingsStore(std::filesystem::path file);
 
     std::optional<preferenceValue> value(std::string_view key,
                                          const preferenceValue& like) const override;
 
-    /// A change that cannot be written is logged and holds for this process only.
+    /// Takes over first what another program wrote meanwhile; over a file that was damaged or
+    /// deleted meanwhile everything that is known is written. A change that cannot be written is
+    /// logged, holds for this process and is tried again with the next one.
     void setValue(std::string_view key, const preferenceValue& value) override;
 
 private:
+    bool takeOver();
+    bool moveAside();
+    bool write();
+
     mutable std::mutex mutex;
-    QSettings settings;
+    PosixFileSystem files;
+    const std::filesystem::path file;
+    IniText known;
+    std::map<std::string, std::string> unwritten; ///< what is set here and not on disk
 };
 
 /// The file of the application's own preferences, in the user's configuration folder.

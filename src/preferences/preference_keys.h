@@ -30,6 +30,8 @@ inline constexpr std::string_view font = "ACEFont";
 // This system's own, in the application's store.
 inline constexpr std::string_view supportAddress = "supportAddress";
 inline constexpr std::string_view webSite = "webSite";
+inline constexpr std::string_view siteAddress = "siteAddress";
+inline constexpr std::string_view recordStoreAddress = "recordStoreAddress";
 
 // The store shared with the browser extension.
 inline constexpr std::string_view injectIframes = "InjectIframes";

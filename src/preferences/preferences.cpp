@@ -11,7 +11,8 @@ constexpr double distantPast = -63114076800.0;
 
 } // namespace
 
-Preferences::Preferences(PreferenceStore& ownStore) : store(ownStore) {}
+Preferences::Preferences(PreferenceStore& ownStore, std::function<void()> afterSet)
+    : store(ownStore), wasSet(std::move(afterSet)) {}
 
 void Preferences::registerDefault(std::string_view key, preferenceValue value) {
     const std::lock_guard lock(mutex);
@@ -19,35 +20,53 @@ void Preferences::registerDefault(std::string_view key, preferenceValue value) {
 }
 
 template <typename T>
-T Preferences::read(std::string_view key) const {
+std::optional<T> Preferences::find(std::string_view key) const {
     const std::lock_guard lock(mutex);
     if (const auto stored = store.value(key, preferenceValue(T())))
         if (const T* value = std::get_if<T>(&*stored)) return *value;
+    return findDefault<T>(key);
+}
+
+/// With the mutex held.
+template <typename T>
+std::optional<T> Preferences::findDefault(std::string_view key) const {
     const auto found = defaults.find(key);
-    if (found == defaults.end()) return T();
+    if (found == defaults.end()) return std::nullopt;
     const T* value = std::get_if<T>(&found->second);
-    return value ? *value : T();
+    return value ? std::optional(*value) : std::nullopt;
 }
 
 bool Preferences::boolean(std::string_view key) const {
-    return read<bool>(key);
+    return find<bool>(key).value_or(false);
 }
 
 std::int64_t Preferences::integer(std::string_view key) const {
-    return read<std::int64_t>(key);
+    return find<std::int64_t>(key).value_or(0);
 }
 
 double Preferences::real(std::string_view key) const {
-    return read<double>(key);
+    return find<double>(key).value_or(0);
 }
 
 std::string Preferences::string(std::string_view key) const {
-    return read<std::string>(key);
+    return findString(key).value_or("");
+}
+
+std::optional<std::string> Preferences::findString(std::string_view key) const {
+    return find<std::string>(key);
+}
+
+std::string Preferences::defaultString(std::string_view key) const {
+    const std::lock_guard lock(mutex);
+    return findDefault<std::string>(key).value_or("");
 }
 
 void Preferences::set(std::string_view key, const preferenceValue& value) {
-    const std::lock_guard lock(mutex);
-    store.setValue(key, value);
+    {
+        const std::lock_guard lock(mutex);
+        store.setValue(key, value);
+    }
+    if (wasSet) wasSet();
 }
 
 void registerPreferenceDefaults(Preferences& standard, Preferences& shared,
@@ -81,6 +100,8 @@ void registerPreferenceDefaults(Preferences& standard, Preferences& shared,
 
     standard.registerDefault(keys::supportAddress, "support@tessaril.example");
     standard.registerDefault(keys::webSite, "https://tessaril.example/");
+    standard.registerDefault(keys::siteAddress, "https://styles.tessaril.example");
+    standard.registerDefault(keys::recordStoreAddress, ""); // none
 }
 
 } // namespace tessaril

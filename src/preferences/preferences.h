@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -16,7 +17,8 @@ namespace tessaril {
 /// false, 0 or the empty text. Safe to use from any thread.
 class Preferences {
 public:
-    explicit Preferences(PreferenceStore& store);
+    /// - wasSet: called after each set, on its thread
+    explicit Preferences(PreferenceStore& store, std::function<void()> wasSet = {});
 
     void registerDefault(std::string_view key, preferenceValue value);
 
@@ -25,13 +27,22 @@ public:
     double real(std::string_view key) const;
     std::string string(std::string_view key) const;
 
+    /// Nothing where there is neither a stored text nor a registered one.
+    std::optional<std::string> findString(std::string_view key) const;
+
+    /// What is registered, whatever is stored.
+    std::string defaultString(std::string_view key) const;
+
     void set(std::string_view key, const preferenceValue& value);
 
 private:
     template <typename T>
-    T read(std::string_view key) const;
+    std::optional<T> find(std::string_view key) const;
+    template <typename T>
+    std::optional<T> findDefault(std::string_view key) const;
 
     PreferenceStore& store;
+    std::function<void()> wasSet;
     mutable std::mutex mutex;
     std::map<std::string, preferenceValue, std::less<>> defaults;
 };

@@ -2,22 +2,11 @@
 
 #include "model/database_json.h"
 #include "model/log.h"
+#include "store/unreadable_file.h"
 
 #include <string>
 
 namespace tessaril {
-
-namespace {
-
-std::filesystem::path freeName(const FileSystem& files, const std::filesystem::path& folder,
-                               const std::string& stem) {
-    std::filesystem::path path = folder / (stem + ".sdb");
-    for (int number = 2; files.exists(path); ++number)
-        path = folder / (stem + "-" + std::to_string(number) + ".sdb");
-    return path;
-}
-
-} // namespace
 
 DocumentWriter::DocumentWriter(FileSystem& fileSystem, MessageChannel& messageChannel,
                                std::filesystem::path documentPath)
@@ -69,10 +58,8 @@ bool DocumentWriter::encode(const liveDatabase& database) {
 
 bool DocumentWriter::keepUnreadable() {
     if (!unreadable) return true;
-    if (files.exists(document)) {
-        const std::string stem = "styledb-unreadable-" + utcTimestamp();
-        if (!files.keep(document, freeName(files, document.parent_path(), stem))) return false;
-    }
+    if (files.exists(document) && !files.keep(document, unreadableName(files, document)))
+        return false;
     unreadable = false;
     return true;
 }

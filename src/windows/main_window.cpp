@@ -85,7 +85,13 @@ void MainWindow::makeMenusAndToolbar() {
     file->addSeparator();
     QAction* quit = file->addAction("&Quit");
     quit->setShortcut(QKeySequence("Ctrl+Q"));
+    quit->setShortcutContext(Qt::ApplicationShortcut);
     connect(quit, &QAction::triggered, this, [] { QApplication::quit(); });
+
+    QMenu* edit = menuBar()->addMenu("&Edit");
+    QAction* preferences = edit->addAction("&Preferences…");
+    preferences->setShortcut(QKeySequence("Ctrl+,"));
+    connect(preferences, &QAction::triggered, this, [this] { commands.openPreferences(); });
 
     QMenu* help = menuBar()->addMenu("&Help");
     connect(help->addAction("Tessaril &Support…"), &QAction::triggered, this,

@@ -22,6 +22,7 @@ struct mainWindowCommands {
     std::function<bool()> canImport; ///< whether the import dialog may open now
     std::function<void(const std::vector<std::filesystem::path>&)> importFiles;
     std::function<void(const std::vector<std::filesystem::path>&)> openFiles; ///< dropped ones
+    std::function<void()> openPreferences;
     std::function<void()> emailSupport;
     std::function<void()> openWebsite;
 };

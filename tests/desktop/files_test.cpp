@@ -9,6 +9,7 @@
 
 #include <QElapsedTimer>
 #include <QProcess>
+#include <QSettings>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -23,6 +24,7 @@ namespace tessaril {
 namespace {
 
 using namespace testing;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::UnorderedElementsAre;
@@ -169,42 +171,68 @@ std::optional<std::vector<int>> expectedStatesIn(const std::filesystem::path& fi
     return isOrdered && states.front() - states.back() <= 1 ? std::optional(states) : std::nullopt;
 }
 
+/// Runs the saving process until it has confirmed some states, and kills it at a random instant
+/// within the next ones. Gives the last state that it has confirmed; nothing when it did not run.
+std::optional<int> killedSavingProcess(const QStringList& arguments, std::mt19937& random) {
+    QProcess process;
+    process.start(TESSARIL_PROGRAMS "/tessaril_saving_process", arguments);
+    int confirmed = 0;
+    for (auto confirmations = 1 + random() % 3; confirmations > 0; --confirmations) {
+        while (!process.canReadLine())
+            if (!process.waitForReadyRead(60000)) return std::nullopt;
+        confirmed = process.readLine().trimmed().toInt();
+    }
+    const auto instant = static_cast<qint64>(random() % 6'000'000); // nanoseconds
+    QElapsedTimer timer;
+    timer.start();
+    while (timer.nsecsElapsed() < instant) {
+    }
+    if (::kill(static_cast<pid_t>(process.processId()), SIGKILL) != 0 ||
+        !process.waitForFinished(60000) || process.exitStatus() != QProcess::CrashExit)
+        return std::nullopt; // it ended by itself
+    while (process.canReadLine())
+        confirmed = process.readLine().trimmed().toInt();
+    return confirmed;
+}
+
 TEST(KilledSaves, LeaveAWholeDocumentInAnExpectedStateThatNeverGoesBack) {
     constexpr int kills = 220;
     const TemporaryFolder container;
     std::mt19937 random(17);
-    int confirmed = 0;
+    std::optional<int> confirmed;
     for (int kill = 0; kill < kills; ++kill) {
         SCOPED_TRACE(kill);
-        QProcess process;
-        process.start(TESSARIL_PROGRAMS "/tessaril_saving_process",
-                      {QString::fromStdString(container.path.string())});
-        // Some saves are confirmed first, then the instant is random within the next ones.
-        for (auto confirmations = 1 + random() % 3; confirmations > 0; --confirmations) {
-            while (!process.canReadLine())
-                ASSERT_TRUE(process.waitForReadyRead(60000));
-            confirmed = process.readLine().trimmed().toInt();
-        }
-        const auto instant = static_cast<qint64>(random() % 6'000'000); // nanoseconds
-        QElapsedTimer timer;
-        timer.start();
-        while (timer.nsecsElapsed() < instant) {
-        }
-        ASSERT_EQ(::kill(static_cast<pid_t>(process.processId()), SIGKILL), 0);
-        ASSERT_TRUE(process.waitForFinished(60000));
-        ASSERT_EQ(process.exitStatus(), QProcess::CrashExit) << "it ended by itself";
-        while (process.canReadLine())
-            confirmed = process.readLine().trimmed().toInt();
-
+        confirmed = killedSavingProcess({QString::fromStdString(container.path.string())}, random);
+        ASSERT_TRUE(confirmed);
         const auto document = expectedStatesIn(container / "styledb.sdb");
         ASSERT_TRUE(document && expectedStatesIn(container / "wormhole/styleDBUpdated"));
-        ASSERT_GE(document->back(), confirmed) << "a finished save is lost";
+        ASSERT_GE(document->back(), *confirmed) << "a finished save is lost";
     }
     EXPECT_GT(confirmed, kills);
 
     removeStaleStagedFiles(container.path);
     removeStaleStagedFiles(container / "wormhole");
     EXPECT_EQ(container.names().size(), 2U) << "the document and the channel, nothing torn";
+}
+
+TEST(KilledSaves, LeaveWholePreferencesThatTheNextStartGoesOnWith) {
+    constexpr int kills = 60;
+    const TemporaryFolder folder;
+    const QStringList arguments{QString::fromStdString(folder.path.string()), "tessaril.conf"};
+    std::mt19937 random(18);
+    for (int kill = 0; kill < kills; ++kill) {
+        SCOPED_TRACE(kill);
+        const auto confirmed = killedSavingProcess(arguments, random);
+        ASSERT_TRUE(confirmed);
+        const SettingsStore store(folder / "tessaril.conf");
+        const auto first = store.value("first", std::int64_t{});
+        const auto last = store.value("last", std::int64_t{});
+        ASSERT_TRUE(first && last);
+        EXPECT_GE(std::get<std::int64_t>(*last), *confirmed) << "a finished set is lost";
+        EXPECT_LE(std::get<std::int64_t>(*first) - std::get<std::int64_t>(*last), 1);
+    }
+    removeStaleStagedFiles(folder.path);
+    EXPECT_THAT(folder.names(), ElementsAre("tessaril.conf")) << "nothing torn, no lock";
 }
 
 TEST(ExtensionState, IsWhatTheBrowserSideWroteLast) {
@@ -252,9 +280,66 @@ TEST(SettingsStore, KeepsEveryTypeInAFileThatOtherProgramsReadAndWrite) {
     EXPECT_EQ(SettingsStore(file).value("author", ""), preferenceValue("Doe, Jane"));
     EXPECT_EQ(SettingsStore(file).value("flag", false), preferenceValue(true));
 
+    SettingsStore(file).setValue("author", "Jane; @");
+    const QSettings others(QString::fromStdString(file.string()), QSettings::IniFormat);
+    EXPECT_EQ(others.value("author").toString(), "Jane; @");
+
     CapturedLog log;
-    SettingsStore("/proc/tessaril/settings.ini").setValue("flag", true);
+    SettingsStore blocked("/proc/tessaril/settings.ini");
+    blocked.setValue("flag", true);
+    EXPECT_EQ(blocked.value("flag", false), preferenceValue(true)) << "for this process";
     EXPECT_EQ(log.take(), "Error writing preferences.\n");
+}
+
+TEST(SettingsStore, KeepsWhatItCannotReadBesideItAndStartsEmpty) {
+    const TemporaryFolder folder;
+    const fs::path file = folder / "settings.ini";
+    const auto startOver = [&] {
+        CapturedLog log;
+        SettingsStore store(file);
+        EXPECT_FALSE(store.value("x", ""));
+        EXPECT_THAT(log.take(), HasSubstr("kept as " + (folder / "settings-unreadable-").string()));
+        store.setValue("y", "1");
+        EXPECT_EQ(fileContent(file), "[General]\ny=1\n");
+        EXPECT_EQ(SettingsStore(file).value("y", ""), preferenceValue("1"));
+    };
+    writeFile(file, "x=1\n\xFF\xFE");
+    startOver();
+    writeFile(file, "[General\nx=1");
+    startOver();
+    EXPECT_EQ(folder.names().size(), 3U) << "each kept once";
+    fs::remove(file);
+    fs::create_directory(file);
+    startOver();
+    EXPECT_EQ(folder.names().size(), 4U) << "the folder is kept too";
+}
+
+TEST(SettingsStore, LosesNothingWhileOthersDamageDeleteOrChangeTheFile) {
+    const TemporaryFolder folder;
+    const fs::path file = folder / "settings.ini";
+    SettingsStore store(file);
+    store.setValue("author", "Jane");
+    const auto setOver = [&](std::int64_t count) {
+        store.setValue("count", count);
+        const SettingsStore next(file);
+        EXPECT_EQ(next.value("author", ""), preferenceValue("Jane"));
+        EXPECT_EQ(next.value("count", std::int64_t{}), preferenceValue(count));
+    };
+    fs::remove(file);
+    setOver(1);
+    writeFile(file, "");
+    setOver(2);
+    {
+        CapturedLog log;
+        writeFile(file, "author=\xFF");
+        setOver(3);
+    }
+    EXPECT_EQ(folder.names().size(), 2U) << "the damaged one is kept";
+
+    writeFile(file, "; note\n[General]\ntheme=nord\nauthor=Jane\ncount=7\n");
+    setOver(4);
+    EXPECT_EQ(store.value("theme", ""), preferenceValue("nord"));
+    EXPECT_THAT(fileContent(file), HasSubstr("; note\n"));
 }
 
 } // namespace

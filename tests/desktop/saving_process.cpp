@@ -1,8 +1,11 @@
 // Changes the styles of a container and saves them without end, for a test that kills it. In state
 // N every style's code begins with N; the styles are changed in order. Prints N after N is saved.
+// With a second argument it sets preferences in that file instead: in state N the keys "first" and
+// "last" are set to N, in this order.
 
 #include "desktop/folder_message_channel.h"
 #include "desktop/posix_file_system.h"
+#include "desktop/settings_store.h"
 #include "store/style_store.h"
 #include "support/memory_files.h"
 #include "support/recording_alerts.h"
@@ -15,8 +18,28 @@
 using namespace tessaril;
 using namespace tessaril::testing;
 
-int main(int, char* argv[]) {
+namespace {
+
+void confirm(int state) {
+    std::printf("%d\n", state);
+    std::fflush(stdout);
+}
+
+[[noreturn]] void setWithoutEnd(const std::filesystem::path& file) {
+    SettingsStore store(file);
+    const auto last = store.value("last", std::int64_t{});
+    for (std::int64_t state = last ? std::get<std::int64_t>(*last) + 1 : 1;; ++state) {
+        store.setValue("first", state);
+        store.setValue("last", state);
+        confirm(static_cast<int>(state));
+    }
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
     const std::filesystem::path container = argv[1];
+    if (argc > 2) setWithoutEnd(container / argv[2]);
     PosixFileSystem files;
     FolderMessageChannel channel(files, container);
     RecordingAlerts alerts;
@@ -45,8 +68,7 @@ int main(int, char* argv[]) {
         }
         store.saveDatabase();
         store.finishSaves();
-        std::printf("%d\n", state);
-        std::fflush(stdout);
+        confirm(state);
         if (!alerts.alerts.empty()) return 1;
     }
 }

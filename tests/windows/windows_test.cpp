@@ -56,10 +56,12 @@ protected:
     bool canImport = false;
     Paths imported;
     Paths opened;
+    int preferencesOpened = 0;
     MainWindow window{application.styleList(),
                       {.canImport = [this] { return canImport; },
                        .importFiles = [this](const Paths& paths) { imported = paths; },
                        .openFiles = [this](const Paths& paths) { opened = paths; },
+                       .openPreferences = [this] { ++preferencesOpened; },
                        .emailSupport = [] {},
                        .openWebsite = [] {}}};
     QListView& view = *window.findChild<QListView*>("styleList");
@@ -98,6 +100,11 @@ TEST_F(MainWindowTest, SaysHowToBeginUntilThereIsAStyleToShow) {
     EXPECT_EQ(row->text(QAccessible::Name), "Quiet %1 Night, Custom Style, enabled");
     click(checkBox(99));
     EXPECT_FALSE(row->state().checked);
+}
+
+TEST_F(MainWindowTest, OpensThePreferencesByTheirKeys) {
+    QTest::keyClick(&window, Qt::Key_Comma, Qt::ControlModifier);
+    EXPECT_EQ(preferencesOpened, 1);
 }
 
 TEST_F(MainWindowTest, TakesFilesFromTheDialogAndByDropping) {

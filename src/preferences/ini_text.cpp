@@ -1,0 +1,184 @@
+#include "preferences/ini_text.h"
+
+#include "model/text.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace tessaril {
+
+namespace {
+
+constexpr std::string_view generalGroup = "[General]";
+
+constexpr std::array<std::pair<char, char>, 11> escapes = {{{'a', '\a'},
+                                                            {'b', '\b'},
+                                                            {'f', '\f'},
+                                                            {'n', '\n'},
+                                                            {'r', '\r'},
+                                                            {'t', '\t'},
+                                                            {'v', '\v'},
+                                                            {'"', '"'},
+                                                            {'?', '?'},
+                                                            {'\'', '\''},
+                                                            {'\\', '\\'}}};
+
+int hexDigit(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+}
+
+void appendUTF8(std::string& text, char32_t c) {
+    const auto byte = [&](char32_t value) { text += static_cast<char>(value); };
+    if (c < 0x80) {
+        byte(c);
+    } else if (c < 0x800) {
+        byte(0xC0 | c >> 6);
+        byte(0x80 | (c & 0x3F));
+    } else {
+        byte(0xE0 | c >> 12);
+        byte(0x80 | (c >> 6 & 0x3F));
+        byte(0x80 | (c & 0x3F));
+    }
+}
+
+/// Reads what follows a backslash at `at`, which moves behind it.
+void appendEscaped(std::string& text, std::string_view written, std::size_t& at) {
+    const char kind = written[at++];
+    if (kind == 'x') {
+        // As many digits as there are; a UTF-16 unit has four.
+        char32_t unit = 0;
+        for (; at < written.size() && hexDigit(written[at]) >= 0; ++at)
+            unit = (unit << 4 | static_cast<char32_t>(hexDigit(written[at]))) & 0xFFFF;
+        appendUTF8(text, unit);
+        return;
+    }
+    if (kind >= '0' && kind <= '7') {
+        char32_t unit = static_cast<char32_t>(kind - '0');
+        for (; at < written.size() && written[at] >= '0' && written[at] <= '7'; ++at)
+            unit = (unit << 3 | static_cast<char32_t>(written[at] - '0')) & 0xFFFF;
+        appendUTF8(text, unit);
+        return;
+    }
+    const auto found = std::ranges::find(escapes, kind, &std::pair<char, char>::first);
+    text += found != escapes.end() ? found->second : kind;
+}
+
+std::string decoded(std::string_view written) {
+    std::string text;
+    std::size_t keep = 0; // what stood in quotes is not trimmed
+    bool isQuoted = false;
+    for (std::size_t at = 0; at < written.size();) {
+        const char c = written[at++];
+        if (c == '"') {
+            isQuoted = !isQuoted;
+        } else if (c == '\\' && at < written.size()) {
+            appendEscaped(text, written, at);
+        } else if (c == ';' && !isQuoted) {
+            break; // a comment behind the value
+        } else {
+            text += c;
+            if (!isQuoted) continue;
+        }
+        keep = text.size();
+    }
+    while (text.size() > keep && (text.back() == ' ' || text.back() == '\t'))
+        text.pop_back();
+    // An "@" at the start is doubled, as alone it opens a value of another type.
+    return validUTF8(text.starts_with("@@") ? std::string_view(text).substr(1) : text);
+}
+
+std::string encoded(std::string_view value) {
+    constexpr std::string_view hexDigits = "0123456789abcdef";
+    std::string text = value.starts_with('@') ? "@" : "";
+    bool needsQuotes = value.find_first_of(";,=\"\\") != value.npos || trimmed(value) != value;
+    bool isAfterHex = false; // where a digit would be taken for one more of it
+    for (const char c : value) {
+        const auto byte = static_cast<unsigned char>(c);
+        const auto known = std::ranges::find(escapes, c, &std::pair<char, char>::second);
+        if (known != escapes.end() && c != '?' && c != '\'') {
+            text += {'\\', known->first};
+            isAfterHex = false;
+            needsQuotes = true;
+        } else if (byte < 0x20 || byte == 0x7F || (isAfterHex && hexDigit(c) >= 0)) {
+            text += {'\\', 'x', hexDigits[byte >> 4], hexDigits[byte & 0xF]};
+            isAfterHex = true;
+            needsQuotes = true;
+        } else {
+            text += c;
+            isAfterHex = false;
+        }
+    }
+    return needsQuotes ? '"' + text + '"' : text;
+}
+
+} // namespace
+
+std::optional<IniText> IniText::parse(std::string bytes) {
+    const auto text = textFromUTF8(std::move(bytes));
+    if (!text || text->find('\0') != text->npos) return std::nullopt;
+
+    IniText parsed;
+    bool isGeneral = true;
+    for (std::string_view piece : split(*text, "\n")) {
+        if (piece.ends_with('\r')) piece.remove_suffix(1);
+        const std::string_view content = trimmed(piece);
+        line read{std::string(piece), "", isGeneral};
+        if (content.starts_with('[')) {
+            if (!content.ends_with(']')) return std::nullopt;
+            isGeneral = lowercasedASCII(content) == lowercasedASCII(generalGroup);
+            read.isGeneral = isGeneral;
+        } else if (!content.empty() && content.front() != ';' && content.front() != '#') {
+            const std::size_t equals = content.find('=');
+            if (equals == content.npos || equals == 0) return std::nullopt;
+            read.key = trimmed(content.substr(0, equals));
+        }
+        parsed.lines.push_back(std::move(read));
+    }
+    // What stands behind the last line break is no line.
+    if (parsed.lines.back().text.empty()) parsed.lines.pop_back();
+    return parsed;
+}
+
+std::optional<std::string> IniText::value(std::string_view key) const {
+    for (auto each = lines.rbegin(); each != lines.rend(); ++each)
+        if (each->isGeneral && each->key == key)
+            return decoded(trimmed(std::string_view(each->text).substr(each->text.find('=') + 1)));
+    return std::nullopt;
+}
+
+void IniText::set(std::string_view key, std::string_view value) {
+    line written{std::string(key) + '=' + encoded(validUTF8(value)), std::string(key)};
+    bool isReplaced = false;
+    auto place = lines.end(); // behind the last line of the group
+    for (auto each = lines.begin(); each != lines.end(); ++each) {
+        if (!each->isGeneral) continue;
+        if (each->key == key) {
+            *each = written;
+            isReplaced = true;
+        }
+        if (!trimmed(each->text).empty()) place = each + 1;
+    }
+    if (isReplaced) return;
+    if (place == lines.end() && (lines.empty() || !lines.back().isGeneral)) {
+        lines.push_back({std::string(generalGroup), ""});
+        place = lines.end();
+    }
+    lines.insert(place, std::move(written));
+}
+
+bool IniText::isEmpty() const {
+    return std::ranges::all_of(lines, [](const line& each) { return each.key.empty(); });
+}
+
+std::string IniText::text() const {
+    std::string whole;
+    for (const line& each : lines)
+        whole += each.text + '\n';
+    return whole;
+}
+
+} // namespace tessaril

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tessaril {
+
+/// The text of an INI file with its [General] group's values, in the dialect of QSettings: values
+/// in quotes where they need them, escapes of C within. Comments, other groups and the order of
+/// the lines are kept. UTF-8.
+class IniText {
+public:
+    IniText() = default;
+
+    /// Nothing when `bytes` are damaged: not UTF-8, a NUL byte within, a line that is neither
+    /// comment, group nor value.
+    static std::optional<IniText> parse(std::string bytes);
+
+    /// The value of `key` in [General]; of several the last.
+    std::optional<std::string> value(std::string_view key) const;
+
+    /// `key` is made of letters and digits.
+    void set(std::string_view key, std::string_view value);
+
+    /// Whether there is no value in any group.
+    bool isEmpty() const;
+
+    /// The whole file.
+    std::string text() const;
+
+private:
+    struct line {
+        std::string text;
+        std::string key; ///< empty for comments and groups
+        bool isGeneral = true;
+    };
+
+    std::vector<line> lines;
+};
+
+} // namespace tessaril

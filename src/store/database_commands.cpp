@@ -1,0 +1,84 @@
+#include "store/database_commands.h"
+
+#include "events/notification_names.h"
+#include "model/text.h"
+
+namespace tessaril {
+
+namespace {
+
+constexpr std::string_view idleImportTitle = "Import Style DB";
+constexpr std::string_view busyImportTitle = "Importing...";
+
+constexpr std::string_view openStylesTitle = "Cannot Reset Style Database";
+constexpr std::string_view openStylesText =
+    "There are still styles open in the Style Editor. Please close all styles before resetting the "
+    "database.";
+constexpr const char* resetTitle = "WARNING: This will delete all current styles.";
+constexpr const char* resetText =
+    "If iCloud sync is enabled, this will also erase all styles from iCloud. This action cannot be "
+    "undone. Are you sure you would like to reset your style database?";
+
+} // namespace
+
+DatabaseCommands::DatabaseCommands(databaseCommandSurroundings surroundings)
+    : machine(surroundings) {}
+
+std::string_view DatabaseCommands::importTitle() const {
+    return isImporting ? busyImportTitle : idleImportTitle;
+}
+
+void DatabaseCommands::setImporting(bool importing) {
+    isImporting = importing;
+    if (changed) changed();
+}
+
+void DatabaseCommands::importFrom(const std::filesystem::path& file) {
+    if (isImporting) return;
+    setImporting(true);
+    machine.dispatcher.inBackground(taskPriority::utility, [this, file] {
+        machine.store.importDatabase(file);
+        machine.dispatcher.onMain([this] {
+            machine.center.post(notifications::refreshTable);
+            setImporting(false);
+        });
+    });
+}
+
+void DatabaseCommands::exportTo(std::filesystem::path file) {
+    const std::string type = "." + std::string(databaseFileType);
+    if (lowercasedASCII(file.extension().string()) != type) {
+        file += type;
+        // The panel has asked about the name that was typed only.
+        if (machine.files.exists(file) &&
+            machine.alerts
+                    .ask({.title = "“" + validUTF8(file.filename().string()) +
+                                   "” exists already. Do you want to replace it?",
+                          .text = "Its current content will be lost.",
+                          .buttons = {"Yes", "No"}})
+                    .button != 0)
+            return;
+    }
+    machine.store.exportDatabase(file);
+}
+
+bool DatabaseCommands::refusesToReset() {
+    if (machine.openStyles.isEmpty()) return false;
+    machine.alerts.showAlert(openStylesTitle, openStylesText);
+    return true;
+}
+
+void DatabaseCommands::reset() {
+    if (isImporting || refusesToReset()) return;
+    const alertAnswer answer = machine.alerts.ask({.title = resetTitle,
+                                                   .text = resetText,
+                                                   .buttons = {"No", "Yes"},
+                                                   .style = alertStyle::critical,
+                                                   .destructiveButton = 1});
+    // A link may have opened a style while the question was shown.
+    if (answer.button != 1 || refusesToReset()) return;
+    machine.store.resetDatabase();
+    machine.center.post(notifications::refreshTable);
+}
+
+} // namespace tessaril

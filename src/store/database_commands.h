@@ -1,0 +1,64 @@
+#pragma once
+
+#include "events/notification_center.h"
+#include "platform/alerts.h"
+#include "platform/dispatcher.h"
+#include "platform/file_system.h"
+#include "store/open_styles.h"
+#include "store/style_store.h"
+
+#include <filesystem>
+#include <functional>
+#include <string_view>
+
+namespace tessaril {
+
+/// The panels that pick the files.
+inline constexpr std::string_view importDatabaseTitle = "Import Tessaril Database";
+inline constexpr std::string_view exportDatabaseTitle = "Export Tessaril Database";
+inline constexpr std::string_view databaseFileType = "sdb";
+inline constexpr std::string_view exportedDatabaseName = "Tessaril Styles.sdb";
+
+/// What the commands work with. All outlive them and their tasks.
+struct databaseCommandSurroundings {
+    FileSystem& files;
+    Alerts& alerts;
+    Dispatcher& dispatcher;
+    NotificationCenter& center;
+    StyleStore& store;
+    const OpenStyles& openStyles;
+};
+
+/// Import, export and reset of the whole style database, as three buttons offer them. An import
+/// goes on when the window with the buttons is closed. Main thread only.
+class DatabaseCommands {
+public:
+    explicit DatabaseCommands(databaseCommandSurroundings surroundings);
+
+    /// Called when the title or the availability has changed; nothing to stop.
+    void setChangeHandler(std::function<void()> handler) { changed = std::move(handler); }
+
+    std::string_view importTitle() const;
+    /// Of all three buttons.
+    bool areAvailable() const { return !isImporting; }
+
+    /// Merges the database in the background, then posts `refreshTable`.
+    void importFrom(const std::filesystem::path& file);
+
+    /// Writes the database in the background. A name of another type gets this one's, and where
+    /// that makes it one that exists, the user is asked.
+    void exportTo(std::filesystem::path file);
+
+    /// Asks, then empties the database; refuses while a style is open in the editor.
+    void reset();
+
+private:
+    bool refusesToReset();
+    void setImporting(bool importing);
+
+    databaseCommandSurroundings machine;
+    std::function<void()> changed;
+    bool isImporting = false;
+};
+
+} // namespace tessaril

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "windows/bound_controls.h"
+
+#include <QWidget>
+
+namespace tessaril {
+
+class AdvancedPane : public QWidget {
+public:
+    explicit AdvancedPane(PreferenceControls& controls);
+
+private:
+    BoundControls bound;
+};
+
+} // namespace tessaril

@@ -1,0 +1,55 @@
+#include "windows/preferences_window.h"
+
+#include "events/notification_names.h"
+#include "windows/advanced_pane.h"
+#include "windows/editor_pane.h"
+
+#include <QShortcut>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+namespace tessaril {
+
+PreferencesWindow::PreferencesWindow(preferencesWindowParts parts, QWidget* parent)
+    : QWidget(parent, Qt::Window), controls(parts.general.controls) {
+    setWindowTitle("Preferences");
+    auto* general = new GeneralPane(std::move(parts.general));
+    auto* editor = new EditorPane(controls, parts.makePreview);
+    auto* panes = new QTabWidget;
+    panes->setDocumentMode(true);
+    panes->addTab(general, "&General");
+    panes->addTab(editor, "&Editor");
+    panes->addTab(new AdvancedPane(controls), "&Advanced");
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(panes);
+
+    for (const QKeySequence& keys : {QKeySequence(Qt::Key_Escape), QKeySequence("Ctrl+W")})
+        connect(new QShortcut(keys, this), &QShortcut::activated, this, &QWidget::close);
+
+    const auto reload = [general, editor](const notification&) {
+        general->reload();
+        editor->reload();
+    };
+    remoteChanges = parts.center.observe(notifications::prefsChangedRemotely, reload);
+    localChanges = parts.center.observe(notifications::preferencesDidChange, reload);
+}
+
+PreferencesWindow::~PreferencesWindow() {
+    controls.endAllEditing();
+}
+
+void PreferencesWindow::closeEvent(QCloseEvent* event) {
+    // Ends an edit that is under way, which the closing alone does not.
+    if (QWidget* edited = focusWidget()) edited->clearFocus();
+    QWidget::closeEvent(event);
+}
+
+void PreferencesWindow::bringForward() {
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    show();
+    raise();
+    activateWindow();
+}
+
+} // namespace tessaril

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "events/notification_center.h"
+#include "windows/general_pane.h"
+
+#include <QWidget>
+
+#include <functional>
+
+namespace tessaril {
+
+/// What the Preferences window works on. All outlive it.
+struct preferencesWindowParts {
+    NotificationCenter& center;
+    generalPaneParts general;
+    /// Makes the code editor of the Editor pane's preview; none: there is no preview.
+    std::function<QWidget*(QWidget* parent)> makePreview;
+};
+
+/// The window of the preferences, in three panes. It follows changes from elsewhere.
+class PreferencesWindow : public QWidget {
+public:
+    /// A window of its own, also with a `parent`, which it stays above.
+    PreferencesWindow(preferencesWindowParts parts, QWidget* parent);
+    ~PreferencesWindow() override;
+
+    void bringForward();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    PreferenceControls& controls;
+    NotificationCenter::Subscription remoteChanges;
+    NotificationCenter::Subscription localChanges;
+};
+
+} // namespace tessaril

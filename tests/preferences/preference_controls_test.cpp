@@ -1,0 +1,172 @@
+#include "events/notification_names.h"
+#include "model/database_json.h"
+#include "preferences/preference_controls.h"
+#include "support/sample_styles.h"
+#include "support/stand_in_machine.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tessaril {
+namespace {
+
+using namespace testing;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class PreferenceControlsTest : public ::testing::Test, protected StandInMachine {
+protected:
+    PreferenceControlsTest() {
+        application.preferences().set("UseiCloud", true);
+        application.preferenceSync().setUploadHandler(
+            [this] { uploaded.push_back(application.preferences().string("DefaultAuthor")); });
+    }
+
+    /// How many uploads `act` makes.
+    template <typename Act>
+    std::size_t uploadsOf(Act act) {
+        uploaded.clear();
+        act();
+        return uploaded.size();
+    }
+
+    Application application{surroundings()};
+    PreferenceControls& controls = application.preferenceControls();
+    CloudSwitch& cloud = application.cloudSwitch();
+    DatabaseCommands& commands = application.databaseCommands();
+    std::vector<std::string> uploaded;
+};
+
+TEST_F(PreferenceControlsTest, EachControlStoresWhereItBelongsAndUploadsWhatTravels) {
+    EXPECT_EQ(uploadsOf([&] { controls.turn("WarnReadOnly", false); }), 1U);
+    EXPECT_EQ(uploadsOf([&] { controls.turn("toggleShortcut", false); }), 1U);
+    EXPECT_EQ(uploadsOf([&] { controls.turn("InjectIframes", true); }), 0U);
+    EXPECT_EQ(uploadsOf([&] { controls.choose(themeMenu, 8); }), 1U);
+    EXPECT_EQ(uploadsOf([&] { controls.setFontSize(30); }), 1U);
+    EXPECT_FALSE(standard.values.contains("toggleShortcut"));
+    EXPECT_EQ(shared.values,
+              (decltype(shared.values){{"InjectIframes", true}, {"toggleShortcut", false}}));
+    EXPECT_EQ(standard.values.at("ACETheme"), preferenceValue("dark"));
+    EXPECT_EQ(controls.position(themeMenu), 8);
+
+    EXPECT_EQ(uploadsOf([&] { controls.edit("DefaultAuthor", "J"); }), 0U);
+    controls.edit("DefaultAuthor", "");
+    EXPECT_EQ(uploadsOf([&] { controls.endEditing("DefaultAuthor"); }), 1U);
+    EXPECT_EQ(standard.values.at("DefaultAuthor"), preferenceValue(""));
+    EXPECT_EQ(uploadsOf([&] { controls.endEditing("DefaultAuthor"); }), 0U) << "nothing edited";
+    controls.edit("DefaultNamespace", "n");
+    EXPECT_EQ(uploadsOf([&] { controls.endAllEditing(); }), 1U);
+    application.preferences().set("UseiCloud", false);
+    EXPECT_EQ(uploadsOf([&] { controls.turn("WarnReadOnly", true); }), 0U);
+    application.preferences().set("UseiCloud", true);
+
+    controls.setAddress("siteAddress", "https://styles.tessaril.example");
+    EXPECT_FALSE(standard.values.contains("siteAddress")) << "as it was";
+    EXPECT_EQ(uploadsOf([&] { controls.setAddress("siteAddress", " https://own.example\n"); }), 0U);
+    EXPECT_EQ(controls.text("siteAddress"), "https://own.example");
+    controls.setAddress("siteAddress", " ");
+    EXPECT_EQ(controls.text("siteAddress"), "https://styles.tessaril.example");
+}
+
+TEST_F(PreferenceControlsTest, TheCloudIsSwitchedOnlyWithAnAccount) {
+    int locks = 0, syncs = 0, changes = 0;
+    std::function<void(bool)> answer;
+    const auto subscription = application.notificationCenter().observe(
+        notifications::lockForiCloud, [&](const notification&) {
+            ++locks;
+            EXPECT_TRUE(cloud.isOn());
+        });
+    cloud.setChangeHandler([&] { ++changes; });
+    cloud.paneShown(); // nobody to ask
+    EXPECT_FALSE(cloud.isOn() || cloud.isAvailable());
+    cloud.turn(true);
+    EXPECT_FALSE(cloud.isOn());
+
+    cloud.setAccess({.askAccountStatus = [&](auto reply) { answer = std::move(reply); },
+                     .startSync = [&] { ++syncs; }});
+    cloud.paneShown();
+    EXPECT_EQ(changes, 1) << "no answer yet";
+    answer(true);
+    EXPECT_TRUE(cloud.isAvailable());
+    cloud.turn(true);
+    cloud.turn(true);
+    EXPECT_EQ(syncs, 0) << "not on this thread";
+    dispatcher.runAll();
+    EXPECT_EQ(dispatcher.priorities, std::vector{taskPriority::userInitiated});
+    EXPECT_TRUE(locks == 1 && syncs == 1);
+    cloud.turn(false);
+    EXPECT_EQ(standard.values.at("UseiCloud"), preferenceValue(false));
+    cloud.turn(true);
+    answer(false);
+    EXPECT_EQ(standard.values.at("UseiCloud"), preferenceValue(false));
+    EXPECT_EQ(changes, 3);
+}
+
+TEST_F(PreferenceControlsTest, AnImportHoldsTheButtonsUntilTheListIsRefreshed) {
+    files.contents["/in.sdb"] = *encodeDatabase({.styles = {namedStyle("From file", 1)}});
+    std::vector<std::string> heard;
+    commands.setChangeHandler([&] { heard.emplace_back(commands.importTitle()); });
+    const auto subscription = application.notificationCenter().observe(
+        notifications::refreshTable, [&](const notification&) {
+            heard.push_back("rows: " +
+                            std::to_string(application.store().snapshot().styles.size()));
+        });
+    commands.importFrom("/in.sdb");
+    commands.importFrom("/in.sdb");
+    commands.reset();
+    EXPECT_FALSE(commands.areAvailable());
+    EXPECT_THAT(alerts.questions, IsEmpty());
+    dispatcher.runAll();
+    EXPECT_THAT(heard, ElementsAre("Importing...", "rows: 1", "Import Style DB"));
+    EXPECT_EQ(dispatcher.priorities.front(), taskPriority::utility);
+}
+
+TEST_F(PreferenceControlsTest, AnExportNeverReplacesAFileUnasked) {
+    files.contents["/a.txt.sdb"] = "theirs";
+    commands.exportTo("/a.txt");
+    dispatcher.runAll();
+    EXPECT_EQ(alerts.questions.size(), 1U);
+    EXPECT_EQ(files.contents.at("/a.txt.sdb"), "theirs");
+    alerts.answers.push_back({.button = 0});
+    commands.exportTo("/a.txt");
+    commands.exportTo("/b.SDB");
+    dispatcher.runAll();
+    EXPECT_TRUE(decodeDatabase(files.contents.at("/a.txt.sdb")));
+    EXPECT_TRUE(decodeDatabase(files.contents.at("/b.SDB")));
+    EXPECT_EQ(alerts.questions.size(), 2U);
+}
+
+TEST_F(PreferenceControlsTest, AResetAsksAndRefusesWhileAStyleIsOpen) {
+    application.store().appendStyle(namedStyle("a", 1));
+    NotificationCenter& center = application.notificationCenter();
+    int refreshed = 0;
+    const auto subscription =
+        center.observe(notifications::refreshTable, [&](const notification&) { ++refreshed; });
+    center.post(notifications::addToOpenStyles, 1);
+    center.post(notifications::addToOpenStyles, 2);
+    center.post(notifications::removeFromOpenStyles, 2);
+    commands.reset();
+    EXPECT_THAT(alerts.questions, IsEmpty());
+    EXPECT_THAT(alerts.alerts, ElementsAre(RecordingAlerts::shown{
+                                   "Cannot Reset Style Database",
+                                   "There are still styles open in the Style Editor. Please close "
+                                   "all styles before resetting the database."}));
+    center.post(notifications::removeFromOpenStyles, 1);
+    alerts.answers = {{.button = 0}, {.button = 1}};
+    commands.reset();
+    EXPECT_EQ(application.store().snapshot().styles.size(), 1U) << "answered No";
+    EXPECT_EQ(alerts.questions.front(),
+              (alertQuestion{.title = "WARNING: This will delete all current styles.",
+                             .text = "If iCloud sync is enabled, this will also erase all styles "
+                                     "from iCloud. This action cannot be undone. Are you sure you "
+                                     "would like to reset your style database?",
+                             .buttons = {"No", "Yes"},
+                             .style = alertStyle::critical,
+                             .destructiveButton = 1}));
+    commands.reset();
+    EXPECT_TRUE(application.store().snapshot().styles.empty());
+    EXPECT_EQ(refreshed, 1);
+}
+
+} // namespace
+} // namespace tessaril
