@@ -13,7 +13,9 @@
 #include "desktop/single_instance.h"
 #include "desktop/start_arguments.h"
 #include "desktop/termination_signals.h"
+#include "desktop/web_engine.h"
 #include "windows/compiler_error_windows.h"
+#include "windows/editor_preview.h"
 #include "windows/main_window.h"
 #include "windows/preferences_window.h"
 
@@ -53,11 +55,21 @@ int refuseToStart(const QString& text) {
     return EXIT_FAILURE;
 }
 
-PreferencesWindow* makePreferencesWindow(Application& application, QWidget* parent) {
+PreferencesWindow* makePreferencesWindow(Application& application, LazyWebEngine& webEngine,
+                                         QWidget* parent) {
+    const auto makePreview = [&](QWidget* pane) {
+        return new EditorPreview(
+            {.makeWebView = [&](QWidget* view) { return webEngine.makeView(view); },
+             .page = shippedFolder() / "tessaril/resources/Ace/index.html",
+             .preferences = application.preferences(),
+             .center = application.notificationCenter()},
+            pane);
+    };
     auto* window = new PreferencesWindow({.center = application.notificationCenter(),
                                           .general = {.controls = application.preferenceControls(),
                                                       .cloud = application.cloudSwitch(),
-                                                      .database = application.databaseCommands()}},
+                                                      .database = application.databaseCommands()},
+                                          .makePreview = makePreview},
                                          parent);
     window->setAttribute(Qt::WA_DeleteOnClose);
     return window;
@@ -82,6 +94,7 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
     ExtensionState extension(files, container,
                              shippedFolder() / "doc/tessaril/browser-extension.html");
     DesktopApplications externals;
+    LazyWebEngine webEngine(shippedFolder().parent_path() / "lib/tessaril/tessaril_webengine.so");
 
     Application application({.files = files,
                              .channel = channel,
@@ -105,7 +118,8 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
          .openFiles = [&](auto dropped) { application.openFiles(dropped); },
          .openPreferences =
              [&] {
-                 if (!preferences) preferences = makePreferencesWindow(application, &window);
+                 if (!preferences)
+                     preferences = makePreferencesWindow(application, webEngine, &window);
                  preferences->bringForward();
              },
          .emailSupport = [&] { application.emailSupport(); },

@@ -49,7 +49,10 @@ CodeEditor::CodeEditor(const WebViewFactory& makeWebView, const std::filesystem:
     pageWidget = made.widget;
     setFocusProxy(pageWidget);
     setTabOrder(findBar.get(), pageWidget);
-    bridge->setLayout([this] { layOut(); });
+    bridge->setLayout([this] {
+        applyFocusPolicy();
+        layOut();
+    });
     bridge->setOnGivenUp([this] { showNotice(stoppedText); });
     bridge->load(page);
 }
@@ -119,6 +122,18 @@ void CodeEditor::setBorderType(borderType newBorder) {
         break;
     }
     layOut();
+}
+
+void CodeEditor::setTakesTabFocus(bool takes) {
+    takesTabFocus = takes;
+    applyFocusPolicy();
+}
+
+/// The widget that takes the page's input comes with the page, and another one with another.
+void CodeEditor::applyFocusPolicy() {
+    const Qt::FocusPolicy policy = takesTabFocus ? Qt::StrongFocus : Qt::ClickFocus;
+    for (QWidget* widget = pageWidget; widget; widget = widget->focusProxy())
+        widget->setFocusPolicy(policy);
 }
 
 void CodeEditor::focusEditor() {

@@ -33,6 +33,10 @@ public:
 
     void setBorderType(borderType newBorder);
 
+    /// Whether the Tab key reaches the page, which it does at first. It never leaves it again, as
+    /// there it means a tab.
+    void setTakesTabFocus(bool takes);
+
     /// Gives the page the keyboard focus.
     void focusEditor();
 
@@ -48,7 +52,9 @@ private:
     void makeFindActions();
     void showNotice(const QString& text);
     void layOut();
+    void applyFocusPolicy();
 
+    bool takesTabFocus = true;
     borderType border = borderType::none;
     std::unique_ptr<WebView> absentView; ///< where there is no real one
     QWidget* pageWidget = nullptr;       ///< the web view, or the notice in its place
