@@ -62,8 +62,7 @@ void TextFinder::setSearchText(std::string text) {
     if (text == searchedText) return;
     searchedText = std::move(text);
     matchStarts.reset();
-    const bool searches = isIncremental && shown != findBarVisibility::hidden && !toSelect;
-    if (!searches || searchedText.empty()) return tell({});
+    if (shown == findBarVisibility::hidden || toSelect || searchedText.empty()) return tell({});
 
     if (!searchStart) searchStart = client.firstSelectedRange().location;
     searchFrom(*searchStart);

@@ -48,7 +48,7 @@ CodeEditor::CodeEditor(const WebViewFactory& makeWebView, const std::filesystem:
 
     pageWidget = made.widget;
     setFocusProxy(pageWidget);
-    setTabOrder(findBar.get(), pageWidget);
+    setTabOrder(findBar->findChildren<QWidget*>().last(), pageWidget);
     bridge->setLayout([this] { layOut(); });
     bridge->setOnGivenUp([this] { showNotice(stoppedText); });
     bridge->load(page);
