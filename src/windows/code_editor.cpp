@@ -47,8 +47,8 @@ CodeEditor::CodeEditor(const WebViewFactory& makeWebView, const std::filesystem:
     }
 
     pageWidget = made.widget;
+    setTabOrder(findBar->findChildren<QWidget*>().last(), pageWidget); // below the bar
     setFocusProxy(pageWidget);
-    setTabOrder(findBar->findChildren<QWidget*>().last(), pageWidget);
     bridge->setLayout([this] { layOut(); });
     bridge->setOnGivenUp([this] { showNotice(stoppedText); });
     bridge->load(page);

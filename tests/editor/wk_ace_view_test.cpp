@@ -1,6 +1,5 @@
 #include "editor/escaping.h"
 #include "editor/text_places.h"
-#include "events/notification_names.h"
 #include "model/text.h"
 #include "support/captured_log.h"
 #include "support/edited_text.h"
@@ -14,43 +13,19 @@ namespace {
 using namespace testing;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using Editor = EditedText;
 
 TEST(EscapedForScript, IsWhatOneReplacementAfterTheOtherGives) {
-    const std::string pieces[] = {"\\",
-                                  "\"",
-                                  "'",
-                                  "\n",
-                                  "\r",
-                                  "\t",
-                                  "\u0085",
-                                  "\u2028",
-                                  "\u2029",
-                                  "\u0084",
-                                  "\u2027",
-                                  "\xE2",
-                                  "\xC2",
-                                  "a",
-                                  "\U0001F600",
-                                  "n",
-                                  "\xE2\x80",
-                                  "u{0085}",
-                                  std::string(1, '\0')};
+    const std::pair<std::string, std::string> table[] = {
+        {"\\", "\\\\"},          {"\"", "\\\""},          {"'", "\\'"},
+        {"\n", "\\n"},           {"\r", "\\r"},           {"\t", "\\t"},
+        {"\u0085", "\\u{0085}"}, {"\u2028", "\\u{2028}"}, {"\u2029", "\\u{2029}"}};
     std::string text;
-    for (const std::string& first : pieces)
-        for (const std::string& second : pieces)
-            text += first + second;
+    for (const auto& [from, to] : table)
+        for (const std::string next :
+             {"\\", "\u0084", "\u2027", "\xE2\x80", "\xC2", "n", "u{0085}"})
+            text += from + next;
     std::string expected = text;
-    for (const auto& [from, to] :
-         std::vector<std::pair<std::string_view, std::string_view>>{{"\\", "\\\\"},
-                                                                    {"\"", "\\\""},
-                                                                    {"'", "\\'"},
-                                                                    {"\n", "\\n"},
-                                                                    {"\r", "\\r"},
-                                                                    {"\t", "\\t"},
-                                                                    {"\u0085", "\\u{0085}"},
-                                                                    {"\u2028", "\\u{2028}"},
-                                                                    {"\u2029", "\\u{2029}"}})
+    for (const auto& [from, to] : table)
         expected = replacingAll(expected, from, to);
     EXPECT_EQ(escapedForScript(text), expected);
 }
@@ -80,7 +55,7 @@ TEST(TextPlaces, CountLikeTheEditorInUtf16Units) {
 }
 
 TEST(WKAceView, SendsTheExactStatements) {
-    Editor editor;
+    EditedText editor;
     WKAceView& view = editor.view;
     view.setString("a\"\n");
     EXPECT_THAT(editor.page.taken(),
@@ -90,35 +65,29 @@ TEST(WKAceView, SendsTheExactStatements) {
                 ElementsAre("editor.clearSelection();", "editor.moveCursorTo(0,0);",
                             "reportChanges = true;",
                             "editor.getSession().setUndoManager(new ace.UndoManager());"));
-    view.setString("b");
-    editor.page.fail();
-    EXPECT_THAT(editor.page.taken(),
-                ElementsAre("reportChanges = false;", "editor.setValue(\"b\");"));
-
     view.setString("abc\ndefgh");
-    editor.page.taken();
+    editor.page.fail();
+    EXPECT_EQ(editor.page.taken().size(), 2u);
+
     view.selectRange({5, 3});
     view.goToLine();
     view.scrollToTop();
     view.focus();
-    view.setReadOnly();
     view.setFontFamily("F\"); alert(1); (\"");
     EXPECT_THAT(editor.page.taken(),
                 ElementsAre("editor.session.selection.clearSelection();"
                             "editor.session.selection.setRange(new Range(1, 1, 1, 4));"
                             "editor.centerSelection();",
                             "editor.prompt({ $type: \"gotoLine\" });", "editor.scrollToRow(0);",
-                            "focusEditor();", "editor.setReadOnly(true);",
+                            "focusEditor();",
                             "editor.setOptions({fontFamily: \"F\\\"); alert(1); (\\\"\"});"));
 }
 
 TEST(WKAceView, ReportsWhatTheUserTypesAndNothingElse) {
-    Editor editor;
+    EditedText editor;
     editor.page.observer->messageReceived("callback", "other");
     editor.page.observer->messageReceived("other", "stringChanged");
-    editor.page.observer->messageReceived("callback", true);
     EXPECT_THAT(editor.page.taken(), IsEmpty());
-
     editor.page.report();
     EXPECT_THAT(editor.page.taken(), ElementsAre("editor.getValue();"));
     editor.page.answer("typed");
@@ -132,7 +101,7 @@ TEST(WKAceView, ReportsWhatTheUserTypesAndNothingElse) {
 }
 
 TEST(WKAceView, NeverMixesTextsThatCrossOnTheirWay) {
-    Editor editor;
+    EditedText editor;
     // The answer is about the text before the one set since.
     editor.page.report();
     editor.view.setString("section 2");
@@ -161,7 +130,7 @@ TEST(WKAceView, NeverMixesTextsThatCrossOnTheirWay) {
 }
 
 TEST(WKAceView, BeautifiesAndTurnsThatBackExactly) {
-    Editor editor("a{b:c}\u2028");
+    EditedText editor("a{b:c}\u2028");
     editor.view.beautify();
     EXPECT_EQ(editor.undo.undoName(), "Beautify");
     EXPECT_THAT(editor.page.taken(),
@@ -186,21 +155,20 @@ TEST(WKAceView, BeautifiesAndTurnsThatBackExactly) {
 }
 
 TEST(WKAceView, DropsBeautifyThatFailedOrThatTheTextHasOvertaken) {
-    const std::function<void(Editor&)> overtakings[] = {
-        [](Editor& editor) { editor.page.fail(); },
-        [](Editor& editor) { editor.page.answer(true); },
-        [](Editor& editor) {
+    const std::function<void(EditedText&)> overtakings[] = {
+        [](EditedText& editor) { editor.page.fail(); },
+        [](EditedText& editor) {
             editor.page.report();
             editor.page.answer("beautified old text");
             editor.page.answer("new");
         },
-        [](Editor& editor) {
+        [](EditedText& editor) {
             editor.view.setString("new");
             editor.page.answer("beautified old text");
         },
     };
     for (const auto& overtake : overtakings) {
-        Editor editor("old");
+        EditedText editor("old");
         editor.view.beautify();
         overtake(editor);
         EXPECT_NE(editor.view.string(), "beautified old text");
@@ -210,7 +178,7 @@ TEST(WKAceView, DropsBeautifyThatFailedOrThatTheTextHasOvertaken) {
 
 TEST(WKAceView, LoadsALostPageAgainButNotForever) {
     CapturedLog log;
-    Editor editor;
+    EditedText editor;
     int ready = 0, givenUp = 0;
     editor.view.setOnReady([&] { ++ready; });
     editor.view.setOnGivenUp([&] { ++givenUp; });

