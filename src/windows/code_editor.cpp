@@ -47,7 +47,6 @@ CodeEditor::CodeEditor(const WebViewFactory& makeWebView, const std::filesystem:
     }
 
     pageWidget = made.widget;
-    setTabOrder(findBar->findChildren<QWidget*>().last(), pageWidget); // below the bar
     setFocusProxy(pageWidget);
     bridge->setLayout([this] { layOut(); });
     bridge->setOnGivenUp([this] { showNotice(stoppedText); });

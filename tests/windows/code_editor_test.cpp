@@ -102,9 +102,8 @@ TEST_F(CodeEditorTest, FindsByKeysAndGivesTheFocusBack) {
 TEST_F(CodeEditorTest, ReplacesAndReachesEveryPartOfTheBarByKeyboard) {
     press(Qt::Key_H, Qt::ControlModifier);
     write("one");
-    page().setAccessibleName("Page");
     QStringList order;
-    for (; !page().hasFocus() && order.size() < 20; press(Qt::Key_Tab)) {
+    for (; order.size() < 8; press(Qt::Key_Tab)) {
         const QWidget* focused = QApplication::focusWidget();
         order << focused->accessibleName() + focused->property("text").toString();
     }
