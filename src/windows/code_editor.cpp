@@ -10,6 +10,7 @@ namespace tessaril {
 namespace {
 
 constexpr const char* unavailableText = "The code editor cannot be shown on this machine.";
+constexpr int lowest = 80; // pixels: both rows of the find bar and a line of code
 constexpr const char* stoppedText = "The code editor has stopped working.";
 
 /// Stands for a page that never loads.
@@ -41,6 +42,8 @@ CodeEditor::CodeEditor(const WebViewFactory& makeWebView, const std::filesystem:
         if (hadFocus) focusEditor();
     });
     makeFindActions();
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    setMinimumSize(findBar->minimumSizeHint().width() + 2 * paddingFor(borderType::groove), lowest);
     if (!made) {
         showNotice(unavailableText);
         return;
