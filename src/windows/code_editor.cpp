@@ -10,8 +10,8 @@ namespace tessaril {
 namespace {
 
 constexpr const char* unavailableText = "The code editor cannot be shown on this machine.";
-constexpr int lowest = 80; // pixels: both rows of the find bar and a line of code
 constexpr const char* stoppedText = "The code editor has stopped working.";
+constexpr int lowest = 80; // pixels: both rows of the find bar and a line of code
 
 /// Stands for a page that never loads.
 class AbsentWebView : public WebView {
@@ -100,6 +100,10 @@ void CodeEditor::showNotice(const QString& text) {
     pageWidget = notice;
     setFocusProxy(notice);
     layOut();
+    // Nobody should replace what nobody sees.
+    bridge->performTextFinderAction(textFinderAction::hideFindInterface);
+    for (const auto& [tag, action] : findActions)
+        action->setEnabled(false);
 }
 
 void CodeEditor::setBorderType(borderType newBorder) {

@@ -144,6 +144,8 @@ TEST_F(CodeEditorTest, SaysThatThereIsNoPage) {
     for (int loss = 0; loss < 4; ++loss)
         page().observer->pageLost();
     EXPECT_TRUE(part<QLabel>("editorNotice").isVisible() && !page().isVisible());
+    press(Qt::Key_H, Qt::ControlModifier); // nothing to see, nothing to replace
+    EXPECT_FALSE(part<QWidget>("findBar").isVisible());
 }
 
 } // namespace
