@@ -62,8 +62,7 @@ void TextFinder::setSearchText(std::string text) {
     if (text == searchedText) return;
     searchedText = std::move(text);
     matchStarts.reset();
-    const bool searches = isIncremental && shown != findBarVisibility::hidden && !toSelect;
-    if (!searches || searchedText.empty()) return tell({});
+    if (shown == findBarVisibility::hidden || toSelect || searchedText.empty()) return tell({});
 
     if (!searchStart) searchStart = client.firstSelectedRange().location;
     searchFrom(*searchStart);
@@ -184,9 +183,8 @@ void TextFinder::select(const textRange& range) {
 }
 
 void TextFinder::replaceCurrent(bool findNext) {
-    if (toSelect) return; // the text with the last replacement is still on its way
     const std::optional<std::size_t> current = currentMatch();
-    if (!current) return step(true);
+    if (!current) return step(true); // as while the text of the last replacement is on its way
 
     const textRange match = matchAt(*current);
     client.replaceCharacters(match, replacementText, "Replace");
@@ -195,7 +193,6 @@ void TextFinder::replaceCurrent(bool findNext) {
 }
 
 void TextFinder::replaceAll() {
-    if (toSelect) return;
     const std::vector<std::size_t>& starts = matches();
     if (starts.empty()) return tell({.notFound = true});
 

@@ -64,13 +64,11 @@ public:
     bool canPerform(textFinderAction action) const;
     void perform(textFinderAction action);
 
-    /// Looks at once for the first match from where the search began, if the search is incremental
-    /// and the bar visible.
+    /// Looks at once for the first match from where the search began, if the bar is visible.
     void setSearchText(std::string text);
     void setReplacement(std::string text) { replacementText = std::move(text); }
     void setMatchCase(bool matters);
     void setWrapAround(bool wraps) { wrapsAround = wraps; }
-    void setIncrementalSearching(bool searches) { isIncremental = searches; }
 
     const std::string& searchText() const { return searchedText; }
     const std::string& replacement() const { return replacementText; }
@@ -112,7 +110,6 @@ private:
     std::string replacementText;
     bool caseMatters = false;
     bool wrapsAround = true;
-    bool isIncremental = true;
     findBarVisibility shown = findBarVisibility::hidden;
     findReport lastReport;
 

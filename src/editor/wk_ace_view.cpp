@@ -146,23 +146,29 @@ void WKAceView::reportChange() {
     if (delegate) delegate->textDidChange(changed);
 }
 
-UndoManager::Token WKAceView::registerTextUndo(const std::string& name) {
-    return undoManager.registerAction(name, this,
-                                      [this, name, text = stringValue] { restore(name, text); });
+std::shared_ptr<std::string> WKAceView::currentText() const {
+    return std::make_shared<std::string>(stringValue);
+}
+
+UndoManager::Token WKAceView::registerTextUndo(const std::string& name,
+                                               std::shared_ptr<std::string> text) {
+    return undoManager.registerAction(
+        name, this, [this, name, before = std::move(text)] { restore(name, *before); });
 }
 
 // Registered from within an undo this is its redo, and it takes the text that is being undone,
 // whatever the user has typed since. The change is reported like any other, or a host's working
 // copy would keep what the user no longer sees.
 void WKAceView::restore(const std::string& name, const std::string& text) {
-    registerTextUndo(name);
+    registerTextUndo(name, currentText());
     sendText(text);
     reportChange();
 }
 
 void WKAceView::beautify() {
-    const UndoManager::Token undo = registerTextUndo(beautifyName);
-    evaluate(beautifyStatement, [this, undo, began = generation, reports = changeReports](
+    const std::shared_ptr<std::string> before = currentText();
+    const UndoManager::Token undo = registerTextUndo(beautifyName, before);
+    evaluate(beautifyStatement, [this, before, undo, began = generation, reports = changeReports](
                                     const std::optional<scriptValue>& result) {
         const std::string* text = textIn(result);
         const bool isCurrent = began == generation && reports == changeReports;
@@ -170,6 +176,7 @@ void WKAceView::beautify() {
             undoManager.removeAction(undo); // nothing was done that could be undone
             return;
         }
+        *before = stringValue; // with what was typed last, if that has only arrived meanwhile
         sendText(*text);
         reportChange();
     });
@@ -177,7 +184,7 @@ void WKAceView::beautify() {
 
 void WKAceView::replaceCharacters(const textRange& range, std::string_view replacement,
                                   std::string_view undoName) {
-    registerTextUndo(std::string(undoName));
+    registerTextUndo(std::string(undoName), currentText());
     const textRange replaced = clamped(range, utf16Length(stringValue));
     sendText(replacing(stringValue, {{replaced, replacement}}));
     reportChange();

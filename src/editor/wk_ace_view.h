@@ -113,8 +113,9 @@ private:
     void sendText(std::string text);
     void textWasTaken(bool taken, std::uint64_t generation);
     void readChange();
-    UndoManager::Token registerTextUndo(const std::string& name);
+    UndoManager::Token registerTextUndo(const std::string& name, std::shared_ptr<std::string> text);
     void restore(const std::string& name, const std::string& text);
+    std::shared_ptr<std::string> currentText() const;
     void reportChange();
 
     WebView& webView;

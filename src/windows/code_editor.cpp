@@ -11,6 +11,7 @@ namespace {
 
 constexpr const char* unavailableText = "The code editor cannot be shown on this machine.";
 constexpr const char* stoppedText = "The code editor has stopped working.";
+constexpr int lowest = 80; // pixels: both rows of the find bar and a line of code
 
 /// Stands for a page that never loads.
 class AbsentWebView : public WebView {
@@ -41,6 +42,8 @@ CodeEditor::CodeEditor(const WebViewFactory& makeWebView, const std::filesystem:
         if (hadFocus) focusEditor();
     });
     makeFindActions();
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    setMinimumSize(findBar->minimumSizeHint().width() + 2 * paddingFor(borderType::groove), lowest);
     if (!made) {
         showNotice(unavailableText);
         return;
@@ -48,7 +51,6 @@ CodeEditor::CodeEditor(const WebViewFactory& makeWebView, const std::filesystem:
 
     pageWidget = made.widget;
     setFocusProxy(pageWidget);
-    setTabOrder(findBar.get(), pageWidget);
     bridge->setLayout([this] {
         applyFocusPolicy();
         layOut();
@@ -101,6 +103,10 @@ void CodeEditor::showNotice(const QString& text) {
     pageWidget = notice;
     setFocusProxy(notice);
     layOut();
+    // Nobody should replace what nobody sees.
+    bridge->performTextFinderAction(textFinderAction::hideFindInterface);
+    for (const auto& [tag, action] : findActions)
+        action->setEnabled(false);
 }
 
 void CodeEditor::setBorderType(borderType newBorder) {

@@ -11,7 +11,6 @@
 #include <memory>
 
 class QAction;
-class QLabel;
 
 namespace tessaril {
 

@@ -1,0 +1,211 @@
+#include "editor/escaping.h"
+#include "editor/text_places.h"
+#include "model/text.h"
+#include "support/captured_log.h"
+#include "support/edited_text.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tessaril {
+namespace {
+
+using namespace testing;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+TEST(EscapedForScript, IsWhatOneReplacementAfterTheOtherGives) {
+    const std::pair<std::string, std::string> table[] = {
+        {"\\", "\\\\"},          {"\"", "\\\""},          {"'", "\\'"},
+        {"\n", "\\n"},           {"\r", "\\r"},           {"\t", "\\t"},
+        {"\u0085", "\\u{0085}"}, {"\u2028", "\\u{2028}"}, {"\u2029", "\\u{2029}"}};
+    std::string text;
+    for (const auto& [from, to] : table)
+        for (const std::string next :
+             {"\\", "\u0084", "\u2027", "\xE2\x80", "\xC2", "n", "u{0085}"})
+            text += from + next;
+    std::string expected = text;
+    for (const auto& [from, to] : table)
+        expected = replacingAll(expected, from, to);
+    EXPECT_EQ(escapedForScript(text), expected);
+}
+
+TEST(TextPlaces, CountLikeTheEditorInUtf16Units) {
+    const struct {
+        std::string text;
+        textRange range;
+        std::vector<std::size_t> places; // row and column of both ends
+    } cases[] = {
+        {"abc\ndefgh", {5, 3}, {1, 1, 1, 4}},
+        {"abc\ndefgh", {4, 5}, {0, 4, 1, 5}}, // just past a terminator: still its line
+        {"", {7, 9}, {0, 0, 0, 0}},
+        {"a\nb", {2, 99}, {0, 2, 1, 1}},
+        {"a\nb", {99, std::size_t(-1)}, {1, 1, 1, 1}},
+        {"a\r\nb\rc\u2028d\u0085e\ff", {3, 3}, {0, 3, 2, 1}}, // CR LF is one, the others none
+        {"\U0001F600\u00E4\n\U0001F600x", {4, 3}, {0, 4, 1, 3}},
+    };
+    for (const auto& [text, range, expected] : cases) {
+        const auto [start, end] = placesOf(text, range);
+        EXPECT_THAT(expected, ElementsAre(start.row, start.column, end.row, end.column)) << text;
+    }
+    EXPECT_EQ(replacing("\U0001F600a\u00E4b", {{{0, 2}, "x"}, {{3, 1}, ""}}), "xab");
+    EXPECT_EQ(textIn("\U0001F600ab", {1, 2}), "\U0001F600a"); // never half a character
+}
+
+TEST(WKAceView, SendsTheExactStatements) {
+    EditedText editor;
+    WKAceView& view = editor.view;
+    view.setString("a\"\n");
+    EXPECT_THAT(editor.page.taken(),
+                ElementsAre("reportChanges = false;", "editor.setValue(\"a\\\"\\n\");"));
+    editor.page.answer("a\"\n");
+    EXPECT_THAT(editor.page.taken(),
+                ElementsAre("editor.clearSelection();", "editor.moveCursorTo(0,0);",
+                            "reportChanges = true;",
+                            "editor.getSession().setUndoManager(new ace.UndoManager());"));
+    view.setString("abc\ndefgh");
+    editor.page.fail();
+    EXPECT_EQ(editor.page.taken().size(), 2u);
+
+    view.selectRange({5, 3});
+    view.goToLine();
+    view.scrollToTop();
+    view.focus();
+    view.setFontFamily("F\"); alert(1); (\"");
+    EXPECT_THAT(editor.page.taken(),
+                ElementsAre("editor.session.selection.clearSelection();"
+                            "editor.session.selection.setRange(new Range(1, 1, 1, 4));"
+                            "editor.centerSelection();",
+                            "editor.prompt({ $type: \"gotoLine\" });", "editor.scrollToRow(0);",
+                            "focusEditor();",
+                            "editor.setOptions({fontFamily: \"F\\\"); alert(1); (\\\"\"});"));
+}
+
+TEST(WKAceView, ReportsWhatTheUserTypesAndNothingElse) {
+    EditedText editor;
+    editor.page.observer->messageReceived("callback", "other");
+    editor.page.observer->messageReceived("other", "stringChanged");
+    EXPECT_THAT(editor.page.taken(), IsEmpty());
+    editor.page.report();
+    EXPECT_THAT(editor.page.taken(), ElementsAre("editor.getValue();"));
+    editor.page.answer("typed");
+    EXPECT_THAT(editor.changes, ElementsAre("posted typed", "told typed"));
+    editor.page.report();
+    editor.page.fail();
+    EXPECT_EQ(editor.changes.size(), 2u);
+    EXPECT_EQ(editor.view.string(), "typed");
+}
+
+TEST(WKAceView, NeverMixesTextsThatCrossOnTheirWay) {
+    EditedText editor;
+    // The answer is about the text before the one set since.
+    editor.page.report();
+    editor.view.setString("section 2");
+    editor.page.answer("section 1, typed");
+    // Reported before the page took the text: the answer is that text. Typed after: it is another.
+    editor.page.report();
+    editor.page.answer("section 2");
+    editor.page.answer("section 2");
+    EXPECT_THAT(editor.changes, IsEmpty());
+    EXPECT_EQ(editor.view.string(), "section 2");
+    editor.view.setString("section 3");
+    editor.page.report();
+    editor.page.answer("section 3");
+    editor.page.answer("section 3, typed");
+    EXPECT_THAT(editor.changes, ElementsAre("posted section 3, typed", "told section 3, typed"));
+
+    // The page keeps an older text than the one that it should show.
+    editor.view.setString("section 4");
+    editor.view.setString("section 5");
+    editor.page.answer("section 4");
+    editor.page.fail();
+    editor.page.taken();
+    editor.page.report();
+    EXPECT_THAT(editor.page.taken(), IsEmpty());
+    EXPECT_EQ(editor.view.string(), "section 5");
+}
+
+TEST(WKAceView, BeautifiesAndTurnsThatBackExactly) {
+    EditedText editor("a{b:c}");
+    editor.page.report();
+    editor.view.beautify();
+    editor.page.answer("a{b:c}\u2028"); // typed just before
+    editor.changes.clear();
+    EXPECT_EQ(editor.undo.undoName(), "Beautify");
+    EXPECT_THAT(editor.page.taken(),
+                Contains("css_beautify(editor.getValue(), {indent_with_tabs: true, "
+                         "preserve_newlines: true, max_preserve_newlines:2, "
+                         "selector_separator_newline: false});"));
+    editor.page.answer("a {\n\tb: c\n}");
+    EXPECT_THAT(editor.changes, ElementsAre("posted a {\n\tb: c\n}", "told a {\n\tb: c\n}"));
+    editor.page.answer("");
+    editor.page.type("typed after");
+    editor.undo.undo();
+    EXPECT_EQ(editor.view.string(), "a{b:c}\u2028");
+    EXPECT_EQ(editor.changes.back(), "told a{b:c}\u2028");
+    editor.undo.redo();
+    EXPECT_EQ(editor.view.string(), "typed after");
+    editor.undo.undo();
+    EXPECT_EQ(editor.view.string(), "a{b:c}\u2028");
+    editor.view.setString("another section");
+    EXPECT_FALSE(editor.undo.canUndo() || editor.undo.canRedo());
+}
+
+TEST(WKAceView, DropsBeautifyThatFailedOrThatTheTextHasOvertaken) {
+    const std::function<void(EditedText&)> overtakings[] = {
+        [](EditedText& editor) { editor.page.fail(); },
+        [](EditedText& editor) {
+            editor.page.report();
+            editor.page.answer("beautified old text");
+            editor.page.answer("new");
+        },
+        [](EditedText& editor) {
+            editor.view.setString("new");
+            editor.page.answer("beautified old text");
+        },
+    };
+    for (const auto& overtake : overtakings) {
+        EditedText editor("old");
+        editor.view.beautify();
+        overtake(editor);
+        EXPECT_NE(editor.view.string(), "beautified old text");
+        EXPECT_FALSE(editor.undo.canUndo());
+    }
+}
+
+TEST(WKAceView, LoadsALostPageAgainButNotForever) {
+    const CapturedLog log;
+    EditedText editor;
+    int ready = 0, givenUp = 0;
+    editor.view.setOnReady([&] { ++ready; });
+    editor.view.setOnGivenUp([&] { ++givenUp; });
+    editor.view.load("/page");
+    for (int round = 0; round < 5; ++round) {
+        editor.page.observer->navigationFinished();
+        if (round == 1) editor.page.type("works again"); // so the count starts anew
+        EXPECT_TRUE(editor.view.isReady());
+        editor.page.observer->pageLost();
+        EXPECT_FALSE(editor.view.isReady());
+    }
+    EXPECT_EQ(editor.view.string(), "works again");
+    EXPECT_EQ(editor.page.loaded.size(), 5u);
+    EXPECT_TRUE(ready == 5 && givenUp == 1);
+}
+
+TEST(WKAceView, LeavesNothingBehindThatCallsIt) {
+    RecordingWebView page;
+    NotificationCenter center;
+    UndoManager undo;
+    {
+        WKAceView view(page, center, undo);
+        view.setString("a");
+        view.beautify();
+    }
+    EXPECT_FALSE(page.observer || undo.canUndo());
+    page.answer("late");
+    page.answer("late");
+}
+
+} // namespace
+} // namespace tessaril

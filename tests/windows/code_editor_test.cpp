@@ -1,0 +1,152 @@
+#include "support/captured_log.h"
+#include "support/event_loop.h"
+#include "support/recording_web_view.h"
+#include "windows/code_editor.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tessaril {
+namespace {
+
+using namespace testing;
+using ::testing::Contains;
+using tag = textFinderAction;
+
+/// A web view whose page is the test's.
+struct PageWidget : QWidget, RecordingWebView {
+    explicit PageWidget(QWidget* parent) : QWidget(parent) { setFocusPolicy(Qt::StrongFocus); }
+};
+
+/// Two editors in a dialog that its own keys close, the harder one of the possible places.
+class CodeEditorTest : public ::testing::Test {
+protected:
+    CodeEditorTest() {
+        auto* rows = new QVBoxLayout(&dialog);
+        for (CodeEditor* editor : {&first, &second})
+            rows->addWidget(editor);
+        rows->addWidget(new QPushButton("Default"));
+        dialog.findChild<QPushButton*>("", Qt::FindDirectChildrenOnly)->setDefault(true);
+        dialog.resize(700, 500);
+        dialog.show();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&dialog));
+        bridge.setString("one two One three");
+        page().answer("one two One three");
+        first.setFocus();
+        page().taken();
+    }
+
+    template <class Widget>
+    Widget& part(const char* name) {
+        return *first.findChild<Widget*>(name);
+    }
+    PageWidget& page() { return *first.findChild<PageWidget*>(); }
+    QString matchCount() { return part<QLabel>("matchCount").text(); }
+    static void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+    }
+    static void write(const char* text) { QTest::keyClicks(QApplication::focusWidget(), text); }
+
+    NotificationCenter center;
+    UndoManager undo;
+    WebViewFactory factory = [](QWidget* parent) {
+        auto* made = new PageWidget(parent);
+        return shownWebView{made, made};
+    };
+    QDialog dialog;
+    CodeEditor first{factory, "/page", center, undo};
+    CodeEditor second{factory, "/page", center, undo};
+    WKAceView& bridge = first.aceView();
+};
+
+TEST_F(CodeEditorTest, FindsByKeysAndGivesTheFocusBack) {
+    ASSERT_TRUE(page().hasFocus());
+    press(Qt::Key_F, Qt::ControlModifier);
+    EXPECT_TRUE(part<QLineEdit>("findField").hasFocus());
+    EXPECT_FALSE(part<QLineEdit>("replaceField").isVisible());
+    EXPECT_FALSE(second.findChild<QLineEdit*>("findField")->isVisible());
+    write("one");
+    press(Qt::Key_Return);
+    EXPECT_EQ(matchCount(), "2 of 2");
+    press(Qt::Key_Return, Qt::ShiftModifier);
+    press(Qt::Key_Return, Qt::ShiftModifier);
+    EXPECT_EQ(matchCount(), "2 of 2, wrapped");
+    press(Qt::Key_G, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(bridge.firstSelectedRange(), (textRange{0, 3}));
+    write("x");
+    EXPECT_EQ(matchCount(), "Not found");
+    press(Qt::Key_F, Qt::ControlModifier);
+    write("o"); // instead of all that stood there
+    part<QCheckBox>("matchCase").click();
+    EXPECT_EQ(matchCount(), "1 of 2");
+
+    page().taken();
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(page().hasFocus() && dialog.isVisible());
+    EXPECT_FALSE(part<QLineEdit>("findField").isVisible());
+    EXPECT_THAT(page().taken(), Contains("focusEditor();"));
+    press(Qt::Key_F3);
+    EXPECT_EQ(bridge.firstSelectedRange(), (textRange{6, 1}));
+}
+
+TEST_F(CodeEditorTest, ReplacesAndReachesEveryPartOfTheBarByKeyboard) {
+    press(Qt::Key_H, Qt::ControlModifier);
+    write("one");
+    QStringList order;
+    for (; order.size() < 8; press(Qt::Key_Tab)) {
+        const QWidget* focused = QApplication::focusWidget();
+        order << focused->accessibleName() + focused->property("text").toString();
+    }
+    EXPECT_EQ(order.join(' ').toStdString(), "Findone Previous Match Next Match Match &Case &Done "
+                                             "Replace with &Replace Replace &All");
+
+    press(Qt::Key_T, Qt::AltModifier);
+    EXPECT_TRUE(part<QLineEdit>("replaceField").hasFocus());
+    write("1");
+    press(Qt::Key_R, Qt::AltModifier);
+    ASSERT_TRUE(eventually([&] { return bridge.string() == "1 two One three"; }));
+    page().answer(bridge.string());
+    EXPECT_EQ(matchCount(), "1 of 1");
+    press(Qt::Key_A, Qt::AltModifier);
+    ASSERT_TRUE(eventually([&] { return bridge.string() == "1 two 1 three"; }));
+    page().answer(bridge.string());
+    EXPECT_EQ(matchCount(), "1 replaced");
+}
+
+TEST_F(CodeEditorTest, MakesRoomForTheBorderAndTheBar) {
+    first.setBorderType(borderType::groove);
+    EXPECT_EQ(page().geometry(), first.rect().adjusted(2, 2, -2, -2));
+    EXPECT_EQ(first.frameWidth(), 2);
+    first.findAction(tag::showReplaceInterface)->trigger();
+    const QRect bar = part<QWidget>("findBar").geometry();
+    EXPECT_EQ(page().geometry(), first.rect().adjusted(2, 2 + bar.height(), -2, -2));
+    EXPECT_GE(bar.height(), 2 * part<QLineEdit>("findField").height());
+}
+
+TEST_F(CodeEditorTest, SaysThatThereIsNoPage) {
+    CodeEditor absent([](QWidget*) { return shownWebView{}; }, "/page", center, undo);
+    EXPECT_EQ(absent.findChild<QLabel*>("editorNotice")->text(),
+              "The code editor cannot be shown on this machine.");
+    absent.aceView().setString("kept");
+    absent.focusEditor();
+    EXPECT_EQ(absent.aceView().string(), "kept");
+
+    CapturedLog log;
+    for (int loss = 0; loss < 4; ++loss)
+        page().observer->pageLost();
+    EXPECT_TRUE(part<QLabel>("editorNotice").isVisible() && !page().isVisible());
+    press(Qt::Key_H, Qt::ControlModifier); // nothing to see, nothing to replace
+    EXPECT_FALSE(part<QWidget>("findBar").isVisible());
+}
+
+} // namespace
+} // namespace tessaril
