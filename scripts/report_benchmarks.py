@@ -45,7 +45,8 @@ def measure(program, chosen):
     for run in json.loads(output)["benchmarks"] if output else []:
         if run.get("aggregate_name", "") != "median":
             continue
-        name = "/".join(run["run_name"].split("/")[:2])
+        parts = run["run_name"].split("/")  # the name, then how it was run
+        name = "/".join(part for part in parts if ":" not in part and part != "real_time")
         times[name] = run["real_time"] * MILLISECONDS[run["time_unit"]]
     return times
 

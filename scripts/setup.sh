@@ -12,6 +12,7 @@ build_packages=(
 )
 display_packages=(fonts-dejavu-core imagemagick python3 xauth xvfb)
 desktop_packages=(desktop-file-utils shared-mime-info xdg-utils)
+picture_packages=(dbus python3-dbus python3-gi xdotool)
 bench_packages=(libbenchmark-dev libxcb1-dev rapidjson-dev)
 
 say() { printf '==> %s\n' "$*"; }
@@ -74,4 +75,9 @@ build() {
     say "Building ($preset)"
     [ -e "build/$preset/build.ninja" ] || quietly cmake --preset "$preset"
     quietly cmake --build "build/$preset" "${targets[@]}"
+}
+
+# The browser engine's sandbox cannot hold root; everybody else keeps it.
+allow_root_engine() {
+    if [ "$(id -u)" -eq 0 ]; then export QTWEBENGINE_DISABLE_SANDBOX=1; fi
 }

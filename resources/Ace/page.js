@@ -15,6 +15,9 @@ var editor = ace.edit("editor");
 var Range = ace.Range;
 var reportChanges = false;
 
+// Else it looks for its abbreviations' library as soon as a mode is set; nobody turns it on here.
+editor.setOption("enableEmmet", false);
+
 function focusEditor() {
     editor.focus();
 }

@@ -1,19 +1,26 @@
 #pragma once
 
+#include <QJsonValue>
 #include <QWebEnginePage>
 
 namespace tessaril {
 
 /// A page that stays where it is: no navigation but its own loading, no windows, no dialogs. What
-/// its scripts complain about is logged.
+/// its scripts complain about is logged, and what they post to `messageHandlers` is passed on.
 class GuardedPage : public QWebEnginePage {
     Q_OBJECT
 
 public:
-    using QWebEnginePage::QWebEnginePage;
+    /// Begins to load `home`, a local file, the one address that this page may show.
+    GuardedPage(QWebEngineProfile* profile, const QUrl& home);
 
-    /// The one address that this page may show. Must be a local file.
-    void open(const QUrl& address);
+    const QUrl& home() const { return homeAddress; }
+    bool hasLoaded() const { return loaded; }
+
+signals:
+    /// The page is there.
+    void opened();
+    void messagePosted(const QString& handler, const QJsonValue& body);
 
 protected:
     bool acceptNavigationRequest(const QUrl& address, NavigationType type,
@@ -29,7 +36,12 @@ protected:
                                   int line, const QString& source) override;
 
 private:
-    QUrl home;
+    void makeMessageChannel();
+    void loadEnded(bool worked);
+
+    QUrl homeAddress;
+    bool isLoading = true;
+    bool loaded = false;
 };
 
 } // namespace tessaril

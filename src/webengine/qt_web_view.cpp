@@ -1,8 +1,7 @@
 #include "webengine/qt_web_view.h"
 
-#include "model/log.h"
 #include "webengine/guarded_page.h"
-#include "webengine/page_messages.h"
+#include "webengine/page_stock.h"
 
 #include <QChildEvent>
 #include <QContextMenuEvent>
@@ -10,7 +9,6 @@
 #include <QFile>
 #include <QMenu>
 #include <QMimeData>
-#include <QWebChannel>
 #include <QWheelEvent>
 
 #include <utility>
@@ -37,58 +35,66 @@ scriptValue scriptValueFrom(const QVariant& value) {
 
 } // namespace
 
-QtWebView::QtWebView(QWebEngineProfile& profile, QWidget* parent)
-    : QWebEngineView(parent)
-    , guardedPage(new GuardedPage(&profile, this))
-    , alive(std::make_shared<int>()) {
-    guardedPage->setObjectName("page");
-    setPage(guardedPage);
-    makeMessageChannel();
-    takePaletteOver();
-    connect(guardedPage, &QWebEnginePage::loadFinished, this, [this](bool loaded) {
-        // A refused navigation ends so too.
-        if (!std::exchange(isLoading, false)) return;
-        if (!loaded) return logLine("The code editor's page could not be loaded.");
-        if (observer) observer->navigationFinished();
-    });
-    // Queued: the page may be loaded again, which it must not be from within this signal.
-    connect(
-        guardedPage, &QWebEnginePage::renderProcessTerminated, this,
-        [this] {
-            if (observer) observer->pageLost();
-        },
-        Qt::QueuedConnection);
+QtWebView::QtWebView(PageStock& pageStock, QWidget* parent)
+    : QWebEngineView(parent), stock(pageStock), alive(std::make_shared<int>()) {
+    stock.viewMade();
 }
 
 QtWebView::~QtWebView() {
     observer = nullptr;
     alive.reset();
-}
-
-void QtWebView::makeMessageChannel() {
-    auto* messages = new PageMessages(this);
-    connect(messages, &PageMessages::posted, this,
-            [this](const QString& handler, const QJsonValue& body) {
-                if (!observer) return;
-                observer->messageReceived(handler.toStdString(), scriptValueFrom(body.toVariant()));
-            });
-    auto* channel = new QWebChannel(this);
-    channel->registerObject("messages", messages);
-    guardedPage->setWebChannel(channel);
+    delete shownPage; // while the stock still counts this view
+    stock.viewGone();
 }
 
 void QtWebView::loadPage(const std::filesystem::path& path) {
     const QString file = QFile::decodeName(QByteArray::fromStdString(path.native()));
-    isLoading = true;
-    guardedPage->open(QUrl::fromLocalFile(file));
+    // The view lets go of its old page before that goes.
+    const std::unique_ptr<GuardedPage> old(
+        std::exchange(shownPage, stock.take(QUrl::fromLocalFile(file)).release()));
+    shownPage->setParent(this);
+    setPage(shownPage);
+    takePaletteOver();
+    followPage();
+}
+
+void QtWebView::followPage() {
+    connect(shownPage, &GuardedPage::messagePosted, this,
+            [this](const QString& handler, const QJsonValue& body) {
+                if (!observer) return;
+                observer->messageReceived(handler.toStdString(), scriptValueFrom(body.toVariant()));
+            });
+    // Queued: the page may be loaded again, which it must not be from within this signal.
+    connect(
+        shownPage, &QWebEnginePage::renderProcessTerminated, this,
+        [this] {
+            if (observer) observer->pageLost();
+        },
+        Qt::QueuedConnection);
+    if (!shownPage->hasLoaded()) {
+        connect(shownPage, &GuardedPage::opened, this, [this] { pageOpened(); });
+        return;
+    }
+    // Later, as if it had been loaded now.
+    QMetaObject::invokeMethod(
+        shownPage, [this] { pageOpened(); }, Qt::QueuedConnection);
+}
+
+void QtWebView::pageOpened() {
+    stock.prepareNext(shownPage->home());
+    if (observer) observer->navigationFinished();
 }
 
 void QtWebView::evaluate(std::string_view statement, Completion completion) {
+    if (!shownPage) {
+        if (completion) completion(std::nullopt);
+        return;
+    }
     const QString script =
         QString::fromUtf8(statement.data(), static_cast<qsizetype>(statement.size()));
-    if (!completion) return guardedPage->runJavaScript(script);
-    guardedPage->runJavaScript(script, [stillAlive = std::weak_ptr(alive),
-                                        complete = std::move(completion)](const QVariant& value) {
+    if (!completion) return shownPage->runJavaScript(script);
+    shownPage->runJavaScript(script, [stillAlive = std::weak_ptr(alive),
+                                      complete = std::move(completion)](const QVariant& value) {
         if (stillAlive.expired()) return;
         complete(value.isValid() ? std::optional(scriptValueFrom(value)) : std::nullopt);
     });
@@ -116,7 +122,7 @@ void QtWebView::contextMenuEvent(QContextMenuEvent* event) {
           std::pair(QWebEnginePage::Paste, "&Paste"),
           std::pair(QWebEnginePage::SelectAll, "Select &All")}) {
         QAction* shown = menu.addAction(text);
-        const QAction* own = guardedPage->action(action);
+        const QAction* own = page()->action(action);
         shown->setEnabled(own->isEnabled());
         connect(shown, &QAction::triggered, own, &QAction::trigger);
     }
@@ -130,12 +136,12 @@ void QtWebView::dragEnterEvent(QDragEnterEvent* event) {
 
 void QtWebView::changeEvent(QEvent* event) {
     QWebEngineView::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) takePaletteOver();
+    if (event->type() == QEvent::PaletteChange && shownPage) takePaletteOver();
 }
 
 void QtWebView::takePaletteOver() {
     // Shown until the page has drawn itself.
-    guardedPage->setBackgroundColor(palette().color(QPalette::Base));
+    shownPage->setBackgroundColor(palette().color(QPalette::Base));
 }
 
 } // namespace tessaril

@@ -6,18 +6,17 @@
 
 #include <memory>
 
-class QWebEngineProfile;
-
 namespace tessaril {
 
 class GuardedPage;
+class PageStock;
 
 /// A web view of Qt WebEngine. Text can be dropped into it, files and links cannot; the page's zoom
 /// and its address stay as they are.
 class QtWebView : public QWebEngineView, public WebView {
 public:
-    /// `profile` must live longer.
-    QtWebView(QWebEngineProfile& profile, QWidget* parent);
+    /// `stock` must live longer.
+    QtWebView(PageStock& stock, QWidget* parent);
     ~QtWebView() override;
 
     void setObserver(WebViewObserver* newObserver) override { observer = newObserver; }
@@ -32,13 +31,14 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
-    void makeMessageChannel();
+    void followPage();
+    void pageOpened();
     void takePaletteOver();
 
-    GuardedPage* guardedPage;
+    PageStock& stock;
     WebViewObserver* observer = nullptr;
-    bool isLoading = false;
-    std::shared_ptr<void> alive; ///< gone before the page is, for completions under way
+    GuardedPage* shownPage = nullptr; ///< a child; none until one is to be loaded
+    std::shared_ptr<void> alive;      ///< gone before the page is, for completions under way
 };
 
 } // namespace tessaril

@@ -1,4 +1,5 @@
 #include "desktop/web_engine.h"
+#include "webengine/page_stock.h"
 #include "webengine/qt_web_view.h"
 #include "webengine/web_profile.h"
 
@@ -14,12 +15,13 @@ constexpr const char* flagsVariable = "QTWEBENGINE_CHROMIUM_FLAGS";
 class RunningEngine : public WebEngine {
 public:
     shownWebView makeView(QWidget* parent) override {
-        auto* view = new QtWebView(profile, parent);
+        auto* view = new QtWebView(stock, parent);
         return {view, view};
     }
 
 private:
     WebProfile profile;
+    PageStock stock{profile};
 };
 
 /// Starts the engine with a profile. It reads its flags once, from the environment.

@@ -19,6 +19,7 @@ namespace {
 
 constexpr int margin = 4;
 constexpr int narrowestField = 60;
+constexpr int buttonInset = 12;
 
 bool isReturn(int key) {
     return key == Qt::Key_Return || key == Qt::Key_Enter;
@@ -57,6 +58,8 @@ FindBar::FindBar(TextFinder& ownFinder, QWidget* parent)
     setObjectName("findBar");
     setAccessibleName("Find");
     setAutoFillBackground(true);
+    setBackgroundRole(QPalette::Window); // whatever the host's is
+    setAutoFillBackground(true);
     makeFindRow();
     makeReplaceRow();
     auto* rows = new QVBoxLayout(this);
@@ -77,7 +80,6 @@ void FindBar::makeFindRow() {
     findField->setObjectName("findField");
     findField->setAccessibleName("Find");
     findField->setMinimumWidth(narrowestField);
-    findField->setClearButtonEnabled(true);
     QObject::connect(findField, &QLineEdit::textEdited, this,
                      [this](const QString& text) { finder.setSearchText(text.toStdString()); });
     matchCount->setObjectName("matchCount");
@@ -118,6 +120,8 @@ void FindBar::makeReplaceRow() {
 QPushButton* FindBar::makeButton(const QString& text, textFinderAction action) {
     auto* button = new QPushButton(text);
     button->setAutoDefault(false); // in a dialog, Return stays the bar's
+    // The style's least width is a dialog button's, and a bar may be narrow.
+    button->setMaximumWidth(button->fontMetrics().horizontalAdvance(text) + 2 * buttonInset);
     QObject::connect(button, &QPushButton::clicked, this,
                      [this, action] { finder.perform(action); });
     return button;

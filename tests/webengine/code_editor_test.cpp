@@ -175,10 +175,12 @@ TEST_F(CodeEditorTest, FollowsThePreferences) {
     EXPECT_TRUE(eventually(
         [&] { return inPage("editor.session.getAnnotations().length > 0") == scriptValue(true); }));
     set("iiiiiiiiii\nWWWWWWWWWW");
-    EXPECT_EQ(inPage("const r = document.createRange(), line = document.querySelector('.ace_line');"
-                     "r.selectNodeContents(line); Math.round(r.getBoundingClientRect().width)"),
-              inPage("Math.round(editor.renderer.characterWidth * 10)"))
-        << "a proportional font";
+    EXPECT_TRUE(eventually([&] {
+        return inPage("(() => { const r = document.createRange();"
+                      "r.selectNodeContents(document.querySelector('.ace_line'));"
+                      "return Math.round(r.getBoundingClientRect().width) ==="
+                      "Math.round(editor.renderer.characterWidth * 10); })()") == scriptValue(true);
+    })) << "a proportional font";
 }
 
 TEST_F(CodeEditorTest, ShowsItsTextAgainWhenTheProcessEnds) {
