@@ -59,7 +59,6 @@ FindBar::FindBar(TextFinder& ownFinder, QWidget* parent)
     setAccessibleName("Find");
     setAutoFillBackground(true);
     setBackgroundRole(QPalette::Window); // whatever the host's is
-    setAutoFillBackground(true);
     makeFindRow();
     makeReplaceRow();
     auto* rows = new QVBoxLayout(this);
