@@ -1,26 +1,27 @@
 #pragma once
 
+#include <QDeadlineTimer>
 #include <QEventLoop>
 #include <QTest>
 #include <QTimer>
 
 namespace tessaril::testing {
 
-/// Lets the event loop run until `condition` holds; false when it never did. The loop never
-/// pauses: a browser engine's work comes in many small steps.
+/// Lets the event loop run until `condition` holds; false when it never did. The loop pauses for
+/// nothing but events: a browser engine's work comes in many small steps.
 template <class Condition>
 [[nodiscard]] bool eventually(Condition condition) {
     using namespace std::chrono_literals;
-    QEventLoop loop;
-    QTimer look, bound;
-    QObject::connect(&look, &QTimer::timeout, &loop, [&] {
-        if (condition()) loop.quit();
-    });
-    QObject::connect(&bound, &QTimer::timeout, &loop, &QEventLoop::quit);
-    look.start(1ms);
-    bound.start(120s);
-    if (!condition()) loop.exec();
-    return condition();
+    const QDeadlineTimer bound(120s);
+    while (!condition()) {
+        if (bound.hasExpired()) return false;
+        QEventLoop loop;
+        QTimer::singleShot(5ms, &loop, &QEventLoop::quit);
+        loop.exec();
+        // What was to be deleted from outside any loop waits for this.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    return true;
 }
 
 } // namespace tessaril::testing
