@@ -128,6 +128,7 @@ public:
     ~EmptyPage() override { shown.view->setObserver(nullptr); }
     void navigationFinished() override { loop.quit(); }
     void messageReceived(std::string_view, const scriptValue&) override {}
+    void pageNotLoaded() override { std::abort(); }
     void pageLost() override { std::abort(); }
 
 private:
@@ -155,6 +156,20 @@ void openEditor(benchmark::State& state, stage wanted) {
     settle();
     for (auto _ : state) {
         auto editor = std::make_unique<Editor>(world->code, wanted);
+        state.PauseTiming();
+        editor.reset();
+        settle();
+        state.ResumeTiming();
+    }
+}
+
+void openEditorFromScratch(benchmark::State& state) {
+    for (auto _ : state) {
+        state.PauseTiming();
+        EmptyPage(); // so that the page loaded ahead is not the editor's
+        settle();
+        state.ResumeTiming();
+        auto editor = std::make_unique<Editor>(world->code, stage::holdsText);
         state.PauseTiming();
         editor.reset();
         settle();
@@ -193,6 +208,7 @@ int main(int argc, char* argv[]) {
     };
     add("editorText/figure", openEditor, stage::holdsText);
     add("editorText/reference", openEmptyPage);
+    add("the same, no page loaded ahead", openEditorFromScratch);
     add("a further editor until it is ready", openEditor, stage::ready);
     add("a further editor until all is set up", openEditor, stage::configured);
     benchmark::RunSpecifiedBenchmarks();

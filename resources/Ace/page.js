@@ -12,8 +12,21 @@ ace.config.set("basePath", new URL(".", document.baseURI).href);
 ace.define("ace/keyboard/ace", ["require", "exports", "module"], () => {});
 
 var editor = ace.edit("editor");
-var Range = ace.Range;
 var reportChanges = false;
+
+// The application counts the place just past a line's break to that line. Here it is the start of
+// the next one: a selection that begins there does not take the break before it.
+var Range = class extends ace.Range {
+    constructor(startRow, startColumn, endRow, endColumn) {
+        super(...Range.inText(startRow, startColumn), ...Range.inText(endRow, endColumn));
+    }
+
+    static inText(row, column) {
+        const lines = editor.session;
+        const isPast = column > lines.getLine(row).length && row + 1 < lines.getLength();
+        return isPast ? [row + 1, 0] : [row, column];
+    }
+};
 
 // Else it looks for its abbreviations' library as soon as a mode is set; nobody turns it on here.
 editor.setOption("enableEmmet", false);

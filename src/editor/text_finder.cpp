@@ -8,6 +8,15 @@
 
 namespace tessaril {
 
+namespace {
+
+bool isReplacement(textFinderAction action) {
+    return action == textFinderAction::replace || action == textFinderAction::replaceAndFind ||
+           action == textFinderAction::replaceAll;
+}
+
+} // namespace
+
 TextFinder::TextFinder(TextFinderClient& ownClient) : client(ownClient) {}
 
 bool TextFinder::canPerform(textFinderAction action) const {
@@ -26,14 +35,16 @@ bool TextFinder::canPerform(textFinderAction action) const {
     case textFinderAction::replaceAndFind:
     case textFinderAction::replaceAll:
         return !searchedText.empty() && client.isEditable();
-    case textFinderAction::setSearchString:
-        return client.firstSelectedRange().length > 0;
     }
     return false;
 }
 
 void TextFinder::perform(textFinderAction action) {
     if (!canPerform(action)) return;
+    if (isReplacement(action) && !client.isSettled()) {
+        putOff = action;
+        return;
+    }
     switch (action) {
     case textFinderAction::showFindInterface:
         return show(std::max(shown, findBarVisibility::find));
@@ -53,8 +64,6 @@ void TextFinder::perform(textFinderAction action) {
         return replaceCurrent(true);
     case textFinderAction::replaceAll:
         return replaceAll();
-    case textFinderAction::setSearchString:
-        return searchForSelection();
     }
 }
 
@@ -99,6 +108,10 @@ void TextFinder::textDidChange() {
     select(replaced);
     if (findNext) return step(true);
     tell({});
+}
+
+void TextFinder::textDidSettle() {
+    if (const auto action = std::exchange(putOff, std::nullopt)) perform(*action);
 }
 
 const std::vector<std::size_t>& TextFinder::matches() {
@@ -206,16 +219,6 @@ void TextFinder::replaceAll() {
     client.replaceCharacters(whole, replacing(textIn(client.string(), whole), replacements),
                              "Replace All");
     tell({.replaced = count});
-}
-
-void TextFinder::searchForSelection() {
-    const std::string_view selected =
-        textIn(client.string(), clamped(client.firstSelectedRange(), client.string().size()));
-    if (selected.empty()) return;
-    searchedText = selected;
-    matchStarts.reset();
-    searchStart.reset();
-    tell({});
 }
 
 /// Completes the report with what holds now, and passes it on.

@@ -20,8 +20,7 @@ enum class textFinderAction {
     previousMatch,
     replace,        ///< the selected match; without one, selects the next match
     replaceAndFind, ///< the same, then selects the match that follows
-    replaceAll,     ///< all matches as one change
-    setSearchString ///< searches for the selected text
+    replaceAll      ///< all matches as one change
 };
 
 enum class findBarVisibility { hidden, find, findAndReplace };
@@ -83,6 +82,10 @@ public:
     /// replacement leads to is made here.
     void textDidChange();
 
+    /// To be called when the client's text has settled. A replacement that was asked for meanwhile
+    /// is made here, in the text as it is now.
+    void textDidSettle();
+
 private:
     /// What is to be selected once the replaced text has arrived.
     struct selectionToCome {
@@ -101,7 +104,6 @@ private:
     void select(const textRange& range);
     void replaceCurrent(bool findNext);
     void replaceAll();
-    void searchForSelection();
     void tell(findReport report);
 
     TextFinderClient& client;
@@ -121,6 +123,7 @@ private:
     /// Where typing into the search field began to search.
     std::optional<std::size_t> searchStart;
     std::optional<selectionToCome> toSelect;
+    std::optional<textFinderAction> putOff;
 };
 
 } // namespace tessaril

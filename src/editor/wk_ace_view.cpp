@@ -4,6 +4,7 @@
 #include "editor/text_places.h"
 #include "events/notification_names.h"
 #include "model/log.h"
+#include "model/text.h"
 
 #include <optional>
 #include <utility>
@@ -19,8 +20,9 @@ constexpr std::string_view beautifyStatement =
     "css_beautify(editor.getValue(), {indent_with_tabs: true, preserve_newlines: true, "
     "max_preserve_newlines:2, selector_separator_newline: false});";
 
-/// How often the page is loaded again before the user has changed anything in it.
+/// How often the page is loaded again when it is lost again and again within this time.
 constexpr int mostLossesInARow = 3;
+constexpr std::chrono::minutes inARow(1);
 
 std::string joined(std::initializer_list<std::string_view> pieces) {
     std::string result;
@@ -31,6 +33,11 @@ std::string joined(std::initializer_list<std::string_view> pieces) {
 
 const std::string* textIn(const std::optional<scriptValue>& result) {
     return result ? std::get_if<std::string>(&*result) : nullptr;
+}
+
+/// `text` as the page may give it back: it makes all line ends equal.
+std::string withEqualLineEnds(std::string_view text) {
+    return replacingAll(replacingAll(text, "\r\n", "\n"), "\r", "\n");
 }
 
 std::string_view scriptBool(bool value) {
@@ -58,19 +65,29 @@ void WKAceView::load(const std::filesystem::path& newPage) {
 
 void WKAceView::navigationFinished() {
     pageIsReady = true;
+    forgetReads();
     newest = setting::done;
     if (layOut) layOut();
     if (onReady) onReady();
 }
 
+void WKAceView::giveUp(std::string_view why) {
+    logLine(why);
+    if (onGivenUp) onGivenUp();
+}
+
+void WKAceView::pageNotLoaded() {
+    giveUp("The code editor's page could not be loaded.");
+}
+
 void WKAceView::pageLost() {
     pageIsReady = false;
-    if (++lossesInARow > mostLossesInARow) {
-        logLine("The process of the code editor's page has ended too often; giving up.");
-        if (onGivenUp) onGivenUp();
-        return;
-    }
-    logLine("The process of the code editor's page has ended; loading the page again.");
+    forgetReads();
+    const auto now = std::chrono::steady_clock::now();
+    if (now - std::exchange(lastLoss, now) > inARow) lossesInARow = 0;
+    if (++lossesInARow > mostLossesInARow)
+        return giveUp("The code editor's page was lost too often; giving up.");
+    logLine("The code editor's page was lost; loading it again.");
     webView.loadPage(page);
 }
 
@@ -124,20 +141,37 @@ void WKAceView::messageReceived(std::string_view handler, const scriptValue& bod
 
 void WKAceView::readChange() {
     ++changeReports;
+    ++readsUnderWay;
     // Sent by the page before it took the newest text, or typed into that text already? The answer
     // tells: statements run in order, so it is the new text, unchanged or not.
     const bool mayBeOld = newest == setting::underWay;
-    evaluate("editor.getValue();",
-             [this, began = generation, mayBeOld](const std::optional<scriptValue>& result) {
-                 const std::string* text = textIn(result);
-                 if (!text || began != generation || newest == setting::failed) return;
-                 if (mayBeOld && *text == stringValue) return;
-                 lossesInARow = 0;
-                 stringValue = *text;
-                 textFinder.textDidChange();
-                 reportChange();
-             });
+    evaluate("editor.getValue();", [this, began = generation, mayBeOld,
+                                    from = pageNumber](const std::optional<scriptValue>& result) {
+        if (from != pageNumber) return;
+        --readsUnderWay;
+        changeRead(textIn(result), began, mayBeOld);
+        if (isSettled()) textFinder.textDidSettle();
+    });
     textFinder.textWillChange();
+}
+
+void WKAceView::changeRead(const std::string* text, std::uint64_t began, bool mayBeOld) {
+    if (!text) return;
+    // Typed just before an undo took the text away: the redo is to give it back.
+    if (replacedText && began == replacedGeneration) *replacedText = *text;
+    if (began != generation || newest == setting::failed) return;
+    if (mayBeOld && withEqualLineEnds(*text) == withEqualLineEnds(stringValue)) return;
+    lossesInARow = 0;
+    stringValue = *text;
+    textFinder.textDidChange();
+    reportChange();
+}
+
+/// Their page is gone; what it may still answer is about nothing.
+void WKAceView::forgetReads() {
+    ++pageNumber;
+    readsUnderWay = 0;
+    textFinder.textDidSettle();
 }
 
 void WKAceView::reportChange() {
@@ -146,8 +180,10 @@ void WKAceView::reportChange() {
     if (delegate) delegate->textDidChange(changed);
 }
 
-std::shared_ptr<std::string> WKAceView::currentText() const {
-    return std::make_shared<std::string>(stringValue);
+std::shared_ptr<std::string> WKAceView::textToReplace() {
+    replacedText = std::make_shared<std::string>(stringValue);
+    replacedGeneration = generation;
+    return replacedText;
 }
 
 UndoManager::Token WKAceView::registerTextUndo(const std::string& name,
@@ -160,13 +196,14 @@ UndoManager::Token WKAceView::registerTextUndo(const std::string& name,
 // whatever the user has typed since. The change is reported like any other, or a host's working
 // copy would keep what the user no longer sees.
 void WKAceView::restore(const std::string& name, const std::string& text) {
-    registerTextUndo(name, currentText());
+    registerTextUndo(name, textToReplace());
     sendText(text);
     reportChange();
 }
 
 void WKAceView::beautify() {
-    const std::shared_ptr<std::string> before = currentText();
+    if (readOnly) return;
+    const std::shared_ptr<std::string> before = textToReplace();
     const UndoManager::Token undo = registerTextUndo(beautifyName, before);
     evaluate(beautifyStatement, [this, before, undo, began = generation, reports = changeReports](
                                     const std::optional<scriptValue>& result) {
@@ -177,6 +214,7 @@ void WKAceView::beautify() {
             return;
         }
         *before = stringValue; // with what was typed last, if that has only arrived meanwhile
+        if (*text == stringValue) undoManager.removeAction(undo);
         sendText(*text);
         reportChange();
     });
@@ -184,7 +222,7 @@ void WKAceView::beautify() {
 
 void WKAceView::replaceCharacters(const textRange& range, std::string_view replacement,
                                   std::string_view undoName) {
-    registerTextUndo(std::string(undoName), currentText());
+    registerTextUndo(std::string(undoName), textToReplace());
     const textRange replaced = clamped(range, utf16Length(stringValue));
     sendText(replacing(stringValue, {{replaced, replacement}}));
     reportChange();

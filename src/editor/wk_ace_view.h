@@ -7,6 +7,7 @@
 #include "platform/web_view.h"
 #include "undo/undo_manager.h"
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -63,7 +64,8 @@ public:
 
     /// Puts `text` into the editor, the cursor at its start, and forgets what could be undone in
     /// the editor before. If the page doesn't take it, changes in the page are not reported until
-    /// it takes a text again.
+    /// it takes a text again. The page joins all lines with the first line end that it finds: in a
+    /// text that mixes them the others become like it with the user's first change.
     void setString(std::string text);
     const std::string& string() const override { return stringValue; }
 
@@ -84,7 +86,7 @@ public:
     void focus();
 
     /// Lays the code out anew, as one change that can be undone. Nothing happens when the page
-    /// can't do it, or when the text changes before it has done it.
+    /// can't do it, when the text changes before it has done it, or in a read-only text.
     void beautify();
 
     /// The controller of the find bar over this text.
@@ -93,6 +95,7 @@ public:
 
     // What the find bar asks.
     bool isEditable() const override { return !readOnly; }
+    bool isSettled() const override { return readsUnderWay == 0; }
     textRange firstSelectedRange() const override { return firstSelected; }
     const std::vector<textRange>& selectedRanges() const override { return selected; }
     void setSelectedRanges(std::vector<textRange> ranges) override { selected = std::move(ranges); }
@@ -103,6 +106,7 @@ public:
     // What the web view tells.
     void navigationFinished() override;
     void messageReceived(std::string_view handler, const scriptValue& body) override;
+    void pageNotLoaded() override;
     void pageLost() override;
 
 private:
@@ -113,10 +117,13 @@ private:
     void sendText(std::string text);
     void textWasTaken(bool taken, std::uint64_t generation);
     void readChange();
+    void changeRead(const std::string* text, std::uint64_t began, bool mayBeOld);
+    void forgetReads();
     UndoManager::Token registerTextUndo(const std::string& name, std::shared_ptr<std::string> text);
     void restore(const std::string& name, const std::string& text);
-    std::shared_ptr<std::string> currentText() const;
+    std::shared_ptr<std::string> textToReplace();
     void reportChange();
+    void giveUp(std::string_view why);
 
     WebView& webView;
     NotificationCenter& center;
@@ -134,9 +141,15 @@ private:
     std::filesystem::path page;
     bool pageIsReady = false;
     int lossesInARow = 0;
+    std::chrono::steady_clock::time_point lastLoss;
     setting newest = setting::done;
     std::uint64_t generation = 0;    ///< counts the texts that were set
     std::uint64_t changeReports = 0; ///< counts the changes that the page reported
+    int readsUnderWay = 0;           ///< of the text after a change, in this page
+    std::uint64_t pageNumber = 0;    ///< counts the pages that were there
+    /// What the newest undo action holds, and which of the texts that is.
+    std::shared_ptr<std::string> replacedText;
+    std::uint64_t replacedGeneration = 0;
     /// Completions look whether this is still there before they touch the view.
     std::shared_ptr<const bool> alive = std::make_shared<const bool>(true);
 };

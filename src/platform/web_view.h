@@ -21,11 +21,14 @@ public:
     /// The page has loaded; statements now find its globals.
     virtual void navigationFinished() = 0;
 
+    /// The page could not be loaded; there is none.
+    virtual void pageNotLoaded() = 0;
+
     /// The page posted `body` to the message handler of that name.
     virtual void messageReceived(std::string_view handler, const scriptValue& body) = 0;
 
-    /// The process behind the page has ended; what the page held is gone. Loading anew starts
-    /// another one.
+    /// The page is gone with what it held: the process behind it has ended, or it was left. It can
+    /// be loaded anew.
     virtual void pageLost() = 0;
 };
 

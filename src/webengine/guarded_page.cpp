@@ -3,18 +3,62 @@
 #include "model/log.h"
 #include "webengine/page_messages.h"
 
+#include <QFile>
 #include <QWebChannel>
+#include <QWebEngineScript>
+#include <QWebEngineScriptCollection>
 
 #include <utility>
 
 namespace tessaril {
+
+namespace {
+
+/// Takes what could reach the network past the profile, and makes `messageHandlers`: messages
+/// posted before the channel stands wait for it.
+constexpr const char* preludeScript = R"(
+(() => {
+    for (const name of ["RTCPeerConnection", "webkitRTCPeerConnection"]) delete window[name];
+    const waiting = [];
+    let post = (...message) => waiting.push(message);
+    window.messageHandlers = new Proxy({}, {
+        get: (_, name) => ({ postMessage: (body) => post(name, body) }),
+    });
+    new QWebChannel(qt.webChannelTransport, (channel) => {
+        post = (name, body) => channel.objects.messages.post(name, body);
+        for (const message of waiting) post(...message);
+    });
+})();
+)";
+
+QString channelLibrary() {
+    QFile library(":/qtwebchannel/qwebchannel.js");
+    if (!library.open(QFile::ReadOnly)) logLine("The code editor's message channel is missing.");
+    return QString::fromUtf8(library.readAll());
+}
+
+QWebEngineScript pagePrelude() {
+    static const QString source = channelLibrary() + preludeScript;
+    QWebEngineScript script;
+    script.setName("prelude");
+    script.setInjectionPoint(QWebEngineScript::DocumentCreation);
+    script.setWorldId(QWebEngineScript::MainWorld);
+    script.setSourceCode(source);
+    return script;
+}
+
+} // namespace
 
 GuardedPage::GuardedPage(QWebEngineProfile* profile, const QUrl& home)
     : QWebEnginePage(profile), homeAddress(home) {
     setObjectName("page");
     makeMessageChannel();
     connect(this, &QWebEnginePage::loadFinished, this, &GuardedPage::loadEnded);
-    connect(this, &QWebEnginePage::renderProcessTerminated, this, [this] { loaded = false; });
+    connect(this, &QWebEnginePage::renderProcessTerminated, this, &GuardedPage::lose);
+    // An empty page needs nobody's leave.
+    connect(this, &QWebEnginePage::urlChanged, this, [this](const QUrl& address) {
+        if (address != homeAddress) lose();
+    });
     load(home);
 }
 
@@ -24,14 +68,22 @@ void GuardedPage::makeMessageChannel() {
     auto* channel = new QWebChannel(this);
     channel->registerObject("messages", messages);
     setWebChannel(channel);
+    // Here and not in the profile, whose scripts a process that replaces a dead one does not get.
+    scripts().insert(pagePrelude());
 }
 
 void GuardedPage::loadEnded(bool worked) {
     // A refused navigation ends so too.
-    if (!std::exchange(isLoading, false)) return;
-    if (!worked) return logLine("The code editor's page could not be loaded.");
-    loaded = true;
-    emit opened();
+    if (state != loadState::loading) return;
+    state = worked ? loadState::loaded : loadState::gone;
+    if (worked)
+        emit opened();
+    else
+        emit notOpened();
+}
+
+void GuardedPage::lose() {
+    if (std::exchange(state, loadState::gone) == loadState::loaded) emit lost();
 }
 
 bool GuardedPage::acceptNavigationRequest(const QUrl& address, NavigationType type,

@@ -6,7 +6,8 @@
 namespace tessaril {
 
 /// A page that stays where it is: no navigation but its own loading, no windows, no dialogs. What
-/// its scripts complain about is logged, and what they post to `messageHandlers` is passed on.
+/// its scripts complain about is logged. Its scripts find `messageHandlers`:
+/// `messageHandlers.NAME.postMessage(body)` sends a JSON value to the application.
 class GuardedPage : public QWebEnginePage {
     Q_OBJECT
 
@@ -15,11 +16,13 @@ public:
     GuardedPage(QWebEngineProfile* profile, const QUrl& home);
 
     const QUrl& home() const { return homeAddress; }
-    bool hasLoaded() const { return loaded; }
+    bool hasLoaded() const { return state == loadState::loaded; }
 
 signals:
-    /// The page is there.
     void opened();
+    void notOpened();
+    /// Its process has ended, or it shows something else.
+    void lost();
     void messagePosted(const QString& handler, const QJsonValue& body);
 
 protected:
@@ -36,12 +39,14 @@ protected:
                                   int line, const QString& source) override;
 
 private:
+    enum class loadState { loading, loaded, gone };
+
     void makeMessageChannel();
     void loadEnded(bool worked);
+    void lose();
 
     QUrl homeAddress;
-    bool isLoading = true;
-    bool loaded = false;
+    loadState state = loadState::loading;
 };
 
 } // namespace tessaril

@@ -66,9 +66,15 @@ void QtWebView::followPage() {
             });
     // Queued: the page may be loaded again, which it must not be from within this signal.
     connect(
-        shownPage, &QWebEnginePage::renderProcessTerminated, this,
+        shownPage, &GuardedPage::lost, this,
         [this] {
             if (observer) observer->pageLost();
+        },
+        Qt::QueuedConnection);
+    connect(
+        shownPage, &GuardedPage::notOpened, this,
+        [this] {
+            if (observer) observer->pageNotLoaded();
         },
         Qt::QueuedConnection);
     if (!shownPage->hasLoaded()) {
@@ -109,24 +115,33 @@ bool QtWebView::event(QEvent* event) {
 
 bool QtWebView::eventFilter(QObject* object, QEvent* event) {
     // The engine would zoom the page.
+    if (event->type() == QEvent::NativeGesture) return true;
     if (event->type() == QEvent::Wheel &&
         static_cast<QWheelEvent*>(event)->modifiers() & Qt::ControlModifier)
         return true;
+    // Escape closes what the page shows over its text before it may close the window.
+    if (event->type() == QEvent::ShortcutOverride &&
+        static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
+        event->accept();
+        return true;
+    }
     return QWebEngineView::eventFilter(object, event);
 }
 
 void QtWebView::contextMenuEvent(QContextMenuEvent* event) {
-    QMenu menu(this);
+    // The view may go while the menu is open.
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
     for (const auto& [action, text] :
          {std::pair(QWebEnginePage::Cut, "Cu&t"), std::pair(QWebEnginePage::Copy, "&Copy"),
           std::pair(QWebEnginePage::Paste, "&Paste"),
           std::pair(QWebEnginePage::SelectAll, "Select &All")}) {
-        QAction* shown = menu.addAction(text);
+        QAction* shown = menu->addAction(text);
         const QAction* own = page()->action(action);
         shown->setEnabled(own->isEnabled());
         connect(shown, &QAction::triggered, own, &QAction::trigger);
     }
-    menu.exec(event->globalPos());
+    menu->popup(event->globalPos());
 }
 
 void QtWebView::dragEnterEvent(QDragEnterEvent* event) {

@@ -2,44 +2,20 @@
 
 #include "model/log.h"
 
-#include <QFile>
+#include <QDir>
+#include <QFileInfo>
 #include <QFontDatabase>
-#include <QWebEngineScript>
-#include <QWebEngineScriptCollection>
 #include <QWebEngineSettings>
 
 namespace tessaril {
 
 namespace {
 
-/// Messages posted before the channel stands wait for it.
-constexpr const char* messageHandlersScript = R"(
-(() => {
-    const waiting = [];
-    let post = (...message) => waiting.push(message);
-    window.messageHandlers = new Proxy({}, {
-        get: (_, name) => ({ postMessage: (body) => post(name, body) }),
-    });
-    new QWebChannel(qt.webChannelTransport, (channel) => {
-        post = (name, body) => channel.objects.messages.post(name, body);
-        for (const message of waiting) post(...message);
-    });
-})();
-)";
-
-QString channelLibrary() {
-    QFile library(":/qtwebchannel/qwebchannel.js");
-    if (!library.open(QFile::ReadOnly)) logLine("The code editor's message channel is missing.");
-    return QString::fromUtf8(library.readAll());
-}
-
-QWebEngineScript messageHandlers() {
-    QWebEngineScript script;
-    script.setName("messageHandlers");
-    script.setInjectionPoint(QWebEngineScript::DocumentCreation);
-    script.setWorldId(QWebEngineScript::MainWorld);
-    script.setSourceCode(channelLibrary() + messageHandlersScript);
-    return script;
+/// Whether `address` is a file in the folder of the page, or below it.
+bool liesBeside(const QUrl& page, const QUrl& address) {
+    if (!page.isLocalFile() || !address.isLocalFile()) return false;
+    const QString folder = QFileInfo(QDir::cleanPath(page.toLocalFile())).path() + '/';
+    return QDir::cleanPath(address.toLocalFile()).startsWith(folder);
 }
 
 void refuseWhatNoEditorNeeds(QWebEngineSettings& settings) {
@@ -55,16 +31,20 @@ void refuseWhatNoEditorNeeds(QWebEngineSettings& settings) {
 
 } // namespace
 
-void LocalRequestsOnly::interceptRequest(QWebEngineUrlRequestInfo& request) {
+void OwnFilesOnly::interceptRequest(QWebEngineUrlRequestInfo& request) {
     const QUrl url = request.requestUrl();
-    if (url.isLocalFile() || url.scheme() == "blob" || url.scheme() == "data") return;
+    // A page's own loading has its GuardedPage to pass.
+    if (request.resourceType() == QWebEngineUrlRequestInfo::ResourceTypeMainFrame &&
+        url.isLocalFile())
+        return;
+    if (url.scheme() == "blob" || url.scheme() == "data") return;
+    if (liesBeside(request.firstPartyUrl(), url)) return;
     request.block(true);
     logLine("The code editor refused a request: " + url.toString().left(300).toStdString());
 }
 
 WebProfile::WebProfile() {
-    setUrlRequestInterceptor(&localRequestsOnly);
-    scripts()->insert(messageHandlers());
+    setUrlRequestInterceptor(&ownFilesOnly);
     refuseWhatNoEditorNeeds(*settings());
     // What is taken for a font that this machine lacks: code is always in a fixed-width one.
     const QString fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont).family();

@@ -5,21 +5,20 @@
 
 namespace tessaril {
 
-/// Lets through what lies on this machine; the network is refused, with a line in the log.
-class LocalRequestsOnly : public QWebEngineUrlRequestInterceptor {
+/// Lets a page have what lies in its folder. Everything else, the network above all, is refused
+/// with a line in the log.
+class OwnFilesOnly : public QWebEngineUrlRequestInterceptor {
 public:
     void interceptRequest(QWebEngineUrlRequestInfo& request) override;
 };
 
-/// What all views share: nothing is kept on disk, nothing reaches the network, and every page finds
-/// `messageHandlers`: `messageHandlers.NAME.postMessage(body)` sends a JSON value to the
-/// application's handler of that name.
+/// What all views share: nothing is kept on disk, and nothing but a page's own files is loaded.
 class WebProfile : public QWebEngineProfile {
 public:
     WebProfile();
 
 private:
-    LocalRequestsOnly localRequestsOnly;
+    OwnFilesOnly ownFilesOnly;
 };
 
 } // namespace tessaril

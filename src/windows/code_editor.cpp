@@ -18,7 +18,9 @@ class AbsentWebView : public WebView {
 public:
     void setObserver(WebViewObserver*) override {}
     void loadPage(const std::filesystem::path&) override {}
-    void evaluate(std::string_view, Completion) override {}
+    void evaluate(std::string_view, Completion completion) override {
+        if (completion) completion(std::nullopt);
+    }
 };
 
 QRect rectOf(const viewFrame& frame) {
@@ -73,7 +75,6 @@ void CodeEditor::makeFindActions() {
         {textFinderAction::previousMatch,
          "Find &Previous",
          {Qt::SHIFT | Qt::Key_F3, Qt::CTRL | Qt::SHIFT | Qt::Key_G}},
-        {textFinderAction::setSearchString, "Use &Selection for Find", {}},
     };
     for (const auto& [tag, text, keys] : commands) {
         auto* action = new QAction(text, this);

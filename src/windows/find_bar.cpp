@@ -66,6 +66,8 @@ FindBar::FindBar(TextFinder& ownFinder, QWidget* parent)
     rows->setSpacing(margin);
     rows->addWidget(findRow);
     rows->addWidget(replaceRow);
+    for (QLineEdit* field : {findField, replaceField})
+        field->installEventFilter(this);
     replaceRow->hide();
     hide();
     finder.setBar(this);
@@ -119,8 +121,6 @@ void FindBar::makeReplaceRow() {
 QPushButton* FindBar::makeButton(const QString& text, textFinderAction action) {
     auto* button = new QPushButton(text);
     button->setAutoDefault(false); // in a dialog, Return stays the bar's
-    // The style's least width is a dialog button's, and a bar may be narrow.
-    button->setMaximumWidth(button->fontMetrics().horizontalAdvance(text) + 2 * buttonInset);
     QObject::connect(button, &QPushButton::clicked, this,
                      [this, action] { finder.perform(action); });
     return button;
@@ -175,20 +175,57 @@ void FindBar::showReport() {
     QAccessible::updateAccessibility(&spoken);
 }
 
+/// The style's least width is a dialog button's, and a bar may be narrow.
+void FindBar::fitButtons() {
+    for (auto* button : findChildren<QPushButton*>())
+        button->setMaximumWidth(button->fontMetrics().horizontalAdvance(button->text()) +
+                                2 * buttonInset);
+}
+
+/// What the key's mnemonic means in this bar.
+QWidget* FindBar::partFor(const QKeyEvent& key) const {
+    if (!key.modifiers().testFlag(Qt::AltModifier)) return nullptr;
+    const auto isMeant = [&](const QWidget& part, const QString& text) {
+        return part.isVisible() && QKeySequence::mnemonic(text) == key.keyCombination();
+    };
+    for (auto* label : findChildren<QLabel*>())
+        if (isMeant(*label, label->text())) return label->buddy();
+    for (auto* button : findChildren<QAbstractButton*>())
+        if (isMeant(*button, button->text())) return button;
+    return nullptr;
+}
+
+bool FindBar::reachPart(const QKeyEvent& key) {
+    QWidget* part = partFor(key);
+    if (!part) return false;
+    part->setFocus(Qt::ShortcutFocusReason);
+    if (auto* button = qobject_cast<QAbstractButton*>(part)) button->click();
+    return true;
+}
+
+bool FindBar::eventFilter(QObject* object, QEvent* event) {
+    // A field would take the letter.
+    if (event->type() == QEvent::KeyPress && reachPart(*static_cast<QKeyEvent*>(event)))
+        return true;
+    return QFrame::eventFilter(object, event);
+}
+
 bool FindBar::event(QEvent* event) {
-    // These keys are the bar's before they are the window's, where they may close it.
+    // These keys are the bar's before they are the window's, where they may mean something else.
     if (event->type() == QEvent::ShortcutOverride) {
         const auto* key = static_cast<QKeyEvent*>(event);
-        if (key->key() == Qt::Key_Escape || isReturn(key->key())) {
+        if (key->key() == Qt::Key_Escape || isReturn(key->key()) || partFor(*key)) {
             event->accept();
             return true;
         }
     }
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::Polish) fitButtons();
     return QFrame::event(event);
 }
 
 void FindBar::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape) return finder.perform(textFinderAction::hideFindInterface);
+    if (reachPart(*event)) return;
     if (!isReturn(event->key())) return QFrame::keyPressEvent(event);
     // On a button the key means the button.
     if (auto* button = qobject_cast<QAbstractButton*>(QApplication::focusWidget()))

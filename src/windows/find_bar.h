@@ -32,6 +32,7 @@ signals:
 protected:
     bool event(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    bool eventFilter(QObject* object, QEvent* event) override;
 
 private:
     void finderChanged() override;
@@ -41,6 +42,9 @@ private:
     QPushButton* makeButton(const QString& text, textFinderAction action);
     QToolButton* makeStepButton(Qt::ArrowType arrow, const QString& name, textFinderAction action);
     void showReport();
+    void fitButtons();
+    QWidget* partFor(const QKeyEvent& key) const;
+    bool reachPart(const QKeyEvent& key);
 
     TextFinder& finder;
     findBarVisibility shown = findBarVisibility::hidden;

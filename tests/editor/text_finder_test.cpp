@@ -70,9 +70,25 @@ TEST(TextFinder, SearchesWhileTypingFromWhereItBegan) {
     text.finder.setSearchText("b");
     EXPECT_EQ(text.view.firstSelectedRange(), (textRange{3, 3}));
     EXPECT_EQ(text.after(tag::nextMatch), (textRange{8, 1}));
-    text.view.selectRange({9, 2});
-    text.after(tag::setSearchString);
-    EXPECT_EQ(text.finder.searchText(), "cd");
+}
+
+TEST(TextFinder, ReplacesOnlyInATextThatHasSettled) {
+    Finding text("one two", "one");
+    text.finder.setReplacement("1");
+    text.page.report();
+    text.page.report();
+    text.after(tag::replaceAll);
+    text.page.answer("x one two");
+    text.page.answer("xy one two");
+    EXPECT_EQ(text.view.string(), "xy 1 two");
+    // Typed just before the undo, known only after it.
+    text.settle();
+    text.page.report();
+    text.undo.undo();
+    EXPECT_EQ(text.view.string(), "xy one two");
+    text.page.answer("xyz 1 two");
+    text.undo.redo();
+    EXPECT_EQ(text.view.string(), "xyz 1 two");
 }
 
 TEST(TextFinder, SelectsTheNextMatchWhenTheReplacedTextHasArrived) {

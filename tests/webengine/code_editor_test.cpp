@@ -128,7 +128,7 @@ TEST_F(CodeEditorTest, BeautifiesWithUndoAndRedo) {
 }
 
 TEST_F(CodeEditorTest, FindsAndReplacesByTheFindBar) {
-    set("red;\n RED; blue\n red");
+    set("red;\nRED; blue\nred");
     press(Qt::Key_F, Qt::ControlModifier);
     type("red");
     EXPECT_TRUE(eventually([&] { return selectedInPage() == "red"; }));
@@ -140,16 +140,17 @@ TEST_F(CodeEditorTest, FindsAndReplacesByTheFindBar) {
     EXPECT_TRUE(eventually([&] { return row() == scriptValue(2.); }));
     press(Qt::Key_F3, Qt::ShiftModifier);
     EXPECT_TRUE(eventually([&] { return row() == scriptValue(1.); }));
+    EXPECT_EQ(selectedInPage(), "RED"); // without the line break before it
 
     press(Qt::Key_H, Qt::ControlModifier);
     view().finder().setReplacement("green");
     view().performTextFinderAction(textFinderAction::replaceAndFind);
-    EXPECT_TRUE(becomes("red;\n green; blue\n red"));
+    EXPECT_TRUE(becomes("red;\ngreen; blue\nred"));
     EXPECT_TRUE(eventually([&] { return row() == scriptValue(2.); }));
     view().performTextFinderAction(textFinderAction::replaceAll);
-    EXPECT_TRUE(becomes("green;\n green; blue\n green"));
+    EXPECT_TRUE(becomes("green;\ngreen; blue\ngreen"));
     undo.undo();
-    EXPECT_TRUE(becomes("red;\n green; blue\n red"));
+    EXPECT_TRUE(becomes("red;\ngreen; blue\nred"));
 
     press(Qt::Key_Escape);
     EXPECT_TRUE(eventually([&] { return inPage("editor.isFocused()") == scriptValue(true); }));
@@ -194,6 +195,9 @@ TEST_F(CodeEditorTest, ShowsItsTextAgainWhenTheProcessEnds) {
     EXPECT_TRUE(eventually([&] { return !view().isReady(); }));
     EXPECT_TRUE(eventually([&] { return configured.isReady(); }));
     EXPECT_TRUE(eventually([&] { return textInPage() == "xkept"; }));
+    editor.focusEditor();
+    type("y");
+    EXPECT_TRUE(becomes("yxkept"));
 }
 
 TEST(CodeEditors, ThirtyOpenAndCloseInOneProcess) {

@@ -3,7 +3,11 @@
 #include "support/running_web_engine.h"
 
 #include <QDragEnterEvent>
+#include <QMenu>
 #include <QMimeData>
+#include <QNativeGestureEvent>
+#include <QPointer>
+#include <QPointingDevice>
 #include <QWheelEvent>
 #include <QWidget>
 
@@ -45,12 +49,14 @@ protected:
     void messageReceived(std::string_view handler, const scriptValue& body) override {
         messages.emplace_back(handler, body);
     }
+    void pageNotLoaded() override { ++failed; }
     void pageLost() override { ++lost; }
 
     QWidget window;
     shownWebView shown = runningWebEngine().makeView(&window);
     int loaded = 0;
     int lost = 0;
+    int failed = 0;
     std::vector<std::pair<std::string, scriptValue>> messages;
 };
 
@@ -91,16 +97,24 @@ TEST_F(WebViewTest, StaysOnItsPageAndOffTheNetwork) {
           "new WebSocket('wss://a.example/'); 1", "alert('a'); 1"})
         value(std::string("{") + leaving + "}");
     value("fetch('https://a.example/').catch(() => window.refused = true); 1");
+    value("{ const s = document.createElement('script');"
+          "s.src = '../less.min.js'; s.onerror = () => window.outside = 'refused';"
+          "s.onload = () => window.outside = 'loaded'; document.body.append(s); } 1");
+    const bool outside = eventually([&] { return value("window.outside") == Value("refused"); });
     const bool refused = eventually([&] { return value("window.refused ?? 0") == Value(true); });
     const Value mark = value("document.body.dataset.mark");
     const Value framed = value("frames[0].document.body.innerText");
     const std::string complaints = log.take();
-    EXPECT_TRUE(refused);
+    EXPECT_TRUE(refused && outside);
+    EXPECT_THAT(complaints, HasSubstr("refused a request"));
     EXPECT_EQ(mark, Value("here"));
     EXPECT_TRUE(framed == std::nullopt || framed == Value(""));
     EXPECT_THAT(complaints, HasSubstr("stays on its page"));
     EXPECT_THAT(complaints, HasSubstr("Content Security Policy"));
-    EXPECT_EQ(loaded, 1);
+    EXPECT_EQ(value("typeof RTCPeerConnection"), Value("undefined"));
+    EXPECT_TRUE(loaded == 1 && lost == 0);
+    value("location = 'about:blank'; 1");
+    EXPECT_TRUE(eventually([&] { return lost == 1; }));
 }
 
 TEST_F(WebViewTest, TakesDroppedTextButNoFilesAndLinks) {
@@ -125,9 +139,13 @@ TEST_F(WebViewTest, KeepsItsScaleUnderTheWheel) {
     QWheelEvent wheel({100, 100}, input->mapToGlobal(QPointF(100, 100)), {0, 120}, {0, 120},
                       Qt::NoButton, Qt::ControlModifier, Qt::NoScrollPhase, false);
     const Value before = value("innerWidth");
+    QNativeGestureEvent pinch(Qt::ZoomNativeGesture, QPointingDevice::primaryPointingDevice(), 2,
+                              {100, 100}, {100, 100}, {100, 100}, 0.5, {});
     for (int i = 0; i < 5; ++i)
-        QApplication::sendEvent(input, &wheel);
+        for (QEvent* event : std::initializer_list<QEvent*>{&wheel, &pinch})
+            QApplication::sendEvent(input, event);
     EXPECT_EQ(value("innerWidth"), before);
+    EXPECT_EQ(value("visualViewport.scale"), Value(1.));
 }
 
 TEST_F(WebViewTest, SaysWhenItsProcessEndedAndLoadsAgain) {
@@ -138,6 +156,25 @@ TEST_F(WebViewTest, SaysWhenItsProcessEndedAndLoadsAgain) {
     ASSERT_TRUE(eventually([&] { return lost == 1; }));
     load();
     EXPECT_EQ(value("window.before ?? 'new'"), Value("new"));
+    value("messageHandlers.callback.postMessage('again'); 1");
+    EXPECT_TRUE(eventually([&] { return messages.size() == 1; }));
+
+    shown.view->loadPage(TESSARIL_RESOURCES "/Ace/missing.html");
+    EXPECT_TRUE(eventually([&] { return failed == 1; }));
+}
+
+TEST_F(WebViewTest, MayGoWhileItsMenuIsOpen) {
+    auto doomed = std::make_unique<QWidget>();
+    doomed->resize(800, 600);
+    shown.widget->setParent(doomed.get());
+    shown.widget->show();
+    doomed->show();
+    QTest::mouseClick(shown.widget->focusProxy(), Qt::RightButton);
+    QPointer<QMenu> menu;
+    EXPECT_TRUE(eventually([&] { return (menu = shown.widget->findChild<QMenu*>()) != nullptr; }));
+    shown.view->setObserver(nullptr);
+    doomed.reset();
+    EXPECT_FALSE(menu);
 }
 
 } // namespace

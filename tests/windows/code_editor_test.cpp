@@ -1,7 +1,10 @@
+#include "events/notification_names.h"
 #include "support/captured_log.h"
 #include "support/event_loop.h"
+#include "support/memory_files.h"
 #include "support/recording_web_view.h"
 #include "windows/code_editor.h"
+#include "windows/editor_preview.h"
 
 #include <QAction>
 #include <QApplication>
@@ -19,7 +22,7 @@ namespace tessaril {
 namespace {
 
 using namespace testing;
-using ::testing::Contains;
+using ::testing::Contains, ::testing::ElementsAre, ::testing::StartsWith;
 using tag = textFinderAction;
 
 /// A web view whose page is the test's.
@@ -34,7 +37,7 @@ protected:
         auto* rows = new QVBoxLayout(&dialog);
         for (CodeEditor* editor : {&first, &second})
             rows->addWidget(editor);
-        rows->addWidget(new QPushButton("Default"));
+        rows->addWidget(new QPushButton("Def&ault")); // Alt+A is the bar's while that has the focus
         dialog.findChild<QPushButton*>("", Qt::FindDirectChildrenOnly)->setDefault(true);
         dialog.resize(700, 500);
         dialog.show();
@@ -137,6 +140,8 @@ TEST_F(CodeEditorTest, SaysThatThereIsNoPage) {
     EXPECT_EQ(absent.findChild<QLabel*>("editorNotice")->text(),
               "The code editor cannot be shown on this machine.");
     absent.aceView().setString("kept");
+    absent.aceView().beautify();
+    EXPECT_FALSE(undo.canUndo());
     absent.focusEditor();
     EXPECT_EQ(absent.aceView().string(), "kept");
 
@@ -146,6 +151,28 @@ TEST_F(CodeEditorTest, SaysThatThereIsNoPage) {
     EXPECT_TRUE(part<QLabel>("editorNotice").isVisible() && !page().isVisible());
     press(Qt::Key_H, Qt::ControlModifier); // nothing to see, nothing to replace
     EXPECT_FALSE(part<QWidget>("findBar").isVisible());
+}
+
+TEST_F(CodeEditorTest, TheSettingsAreShownInTheirPreview) {
+    MemoryPreferences stored;
+    Preferences preferences(stored);
+    QWidget pane;
+    PageWidget* made = nullptr;
+    const WebViewFactory make = [&](QWidget* parent) {
+        made = new PageWidget(parent);
+        return shownWebView{made, made};
+    };
+    EditorPreview preview({make, "/page", preferences, center}, &pane);
+    pane.show();
+    ASSERT_TRUE(eventually([&] { return made; }));
+    PageWidget& shown = *made;
+    EXPECT_THAT(shown.loaded, ElementsAre("/page"));
+    shown.observer->navigationFinished();
+    EXPECT_THAT(shown.taken(), Contains(StartsWith("editor.setValue(\"/* A nice example. */ \\n")));
+    EXPECT_EQ(shown.focusPolicy(), Qt::ClickFocus);
+    preferences.registerDefault("ACETheme", "nord");
+    center.post(notifications::preferencesDidChange);
+    EXPECT_THAT(shown.taken(), Contains("editor.setTheme(\"ace/theme/nord_dark\");"));
 }
 
 } // namespace
