@@ -24,6 +24,13 @@ constexpr std::array<std::pair<char, char>, 11> escapes = {{{'a', '\a'},
                                                             {'\'', '\''},
                                                             {'\\', '\\'}}};
 
+/// Without the blanks around it that belong to the line and not to its value.
+std::string_view withoutBlanks(std::string_view text) {
+    constexpr std::string_view blanks = " \t\r";
+    const std::size_t begin = std::min(text.find_first_not_of(blanks), text.size());
+    return text.substr(begin, text.find_last_not_of(blanks) + 1 - begin);
+}
+
 int hexDigit(char c) {
     if (c >= '0' && c <= '9') return c - '0';
     if (c >= 'a' && c <= 'f') return c - 'a' + 10;
@@ -146,7 +153,8 @@ std::optional<IniText> IniText::parse(std::string bytes) {
 std::optional<std::string> IniText::value(std::string_view key) const {
     for (auto each = lines.rbegin(); each != lines.rend(); ++each)
         if (each->isGeneral && each->key == key)
-            return decoded(trimmed(std::string_view(each->text).substr(each->text.find('=') + 1)));
+            return decoded(
+                withoutBlanks(std::string_view(each->text).substr(each->text.find('=') + 1)));
     return std::nullopt;
 }
 

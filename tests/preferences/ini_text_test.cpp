@@ -51,6 +51,7 @@ TEST(IniText, TellsDamageFromText) {
         EXPECT_TRUE(IniText::parse(bytes)) << bytes;
     EXPECT_TRUE(IniText::parse("[General]\n; x=1")->isEmpty());
     EXPECT_EQ(IniText::parse("x=\\xD800")->value("x"), "\uFFFD\uFFFD\uFFFD");
+    EXPECT_EQ(IniText::parse("x= \u00A0a \t\r\n")->value("x"), "\u00A0a");
 }
 
 } // namespace
