@@ -44,9 +44,10 @@ QString shownText(std::string_view text) {
 
 /// The window that an alert is shown over, also while another program has the focus. Not another
 /// box, which would take the alert with it when it closes.
-QWidget* windowBelow() {
+QWidget* windowBelow(QWidget* lastWindow) {
     QWidget* active = QApplication::activeWindow();
     if (active && !qobject_cast<QMessageBox*>(active)) return active;
+    if (lastWindow && lastWindow->isVisible()) return lastWindow;
     for (QWidget* window : QApplication::topLevelWidgets())
         if (window->isVisible() && qobject_cast<QMainWindow*>(window)) return window;
     return nullptr;
@@ -60,9 +61,9 @@ void widen(QMessageBox& box) {
 }
 
 /// A box with its texts and no buttons yet.
-std::unique_ptr<QMessageBox> makeBox(QMessageBox::Icon icon, std::string_view title,
+std::unique_ptr<QMessageBox> makeBox(QWidget* below, QMessageBox::Icon icon, std::string_view title,
                                      std::string_view text) {
-    auto box = std::make_unique<QMessageBox>(windowBelow());
+    auto box = std::make_unique<QMessageBox>(below);
     box->setWindowModality(Qt::ApplicationModal);
     box->setWindowTitle("Tessaril");
     box->setIcon(icon);
@@ -91,8 +92,9 @@ QMessageBox::ButtonRole roleOf(int button, const alertQuestion& question) {
     return QMessageBox::RejectRole;
 }
 
-alertAnswer answerTo(const alertQuestion& question) {
-    const auto box = makeBox(question.style == alertStyle::critical ? QMessageBox::Critical
+alertAnswer answerTo(const alertQuestion& question, QWidget* below) {
+    const auto box = makeBox(below,
+                             question.style == alertStyle::critical ? QMessageBox::Critical
                                                                     : QMessageBox::Warning,
                              question.title, question.text);
     std::vector<QPushButton*> buttons;
@@ -115,7 +117,12 @@ alertAnswer answerTo(const alertQuestion& question) {
 
 } // namespace
 
-QtAlerts::QtAlerts(Dispatcher& mainQueue) : dispatcher(mainQueue) {}
+QtAlerts::QtAlerts(Dispatcher& mainQueue) : dispatcher(mainQueue) {
+    // When a file dialog has just closed, no window is active yet.
+    QObject::connect(qApp, &QApplication::focusChanged, &boxes, [this](QWidget*, QWidget* now) {
+        if (now && !qobject_cast<QDialog*>(now->window())) lastWindow = now->window();
+    });
+}
 
 void QtAlerts::showAlert(std::string_view title, std::string_view text) {
     dispatcher.onMain([this, next = message{std::string(title), std::string(text)}] {
@@ -130,7 +137,8 @@ void QtAlerts::showNext() {
     const message next = std::move(waiting.front());
     waiting.pop_front();
 
-    QMessageBox* box = makeBox(QMessageBox::Warning, next.title, next.text).release();
+    QMessageBox* box =
+        makeBox(windowBelow(lastWindow), QMessageBox::Warning, next.title, next.text).release();
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->addButton(QMessageBox::Ok);
     // Destroyed rather than finished: the box also goes when the window below it is closed. Queued,
@@ -143,7 +151,7 @@ void QtAlerts::showNext() {
 alertAnswer QtAlerts::ask(const alertQuestion& question) {
     // An alert that arrives meanwhile waits for its turn.
     const bool wasShowing = std::exchange(isShowing, true);
-    const alertAnswer answer = answerTo(question);
+    const alertAnswer answer = answerTo(question, windowBelow(lastWindow));
     isShowing = wasShowing;
     if (!isShowing) showNext();
     return answer;

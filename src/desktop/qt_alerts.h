@@ -4,6 +4,8 @@
 #include "platform/dispatcher.h"
 
 #include <QObject>
+#include <QPointer>
+#include <QWidget>
 
 #include <deque>
 #include <string>
@@ -41,6 +43,7 @@ private:
     QObject boxes;               ///< hears of their ends, until the alerts are gone themselves
     std::deque<message> waiting; ///< main thread only, like all below
     bool isShowing = false;
+    QPointer<QWidget> lastWindow; ///< the one that was active last, no dialog
 };
 
 } // namespace tessaril

@@ -76,21 +76,29 @@ void SettingsStore::setValue(std::string_view key, const preferenceValue& value)
 bool SettingsStore::takeOver() {
     if (!files.exists(file)) return true;
     auto bytes = files.read(file);
+    std::error_code error;
+    if (!bytes && std::filesystem::is_regular_file(file, error)) {
+        // Nobody has damaged it, it may not be read: it is not ours to replace.
+        logLine("Preferences cannot be read: " + validUTF8(file.string()));
+        return false;
+    }
     auto parsed = bytes ? IniText::parse(std::move(*bytes)) : std::nullopt;
     if (!parsed) return moveAside();
     // A file that was cut to nothing is no wish to forget everything.
-    if (!parsed->isEmpty()) known = std::move(*parsed);
-    return true;
+    if (parsed->isEmpty() && !parsed->isCutShort()) return true;
+    const bool isCutShort = parsed->isCutShort();
+    if (!isCutShort || known.isEmpty()) known = std::move(*parsed);
+    return !isCutShort || moveAside();
 }
 
 bool SettingsStore::moveAside() {
     const std::filesystem::path kept = unreadableName(files, file);
     const std::string name = validUTF8(file.string());
     if (!files.keep(file, kept)) {
-        logLine("Preferences cannot be read and not be moved aside: " + name);
+        logLine("Preferences are damaged and cannot be moved aside: " + name);
         return false;
     }
-    logLine("Preferences cannot be read and are kept as " + validUTF8(kept.string()));
+    logLine("Preferences are damaged and kept as " + validUTF8(kept.string()));
     // Kept under a second name the file is still in its place.
     return !files.exists(file) || write();
 }

@@ -21,7 +21,8 @@ namespace tessaril {
 class SettingsStore : public PreferenceStore {
 public:
     /// A damaged file, or a folder in its place, is moved beside itself as
-    /// `<name>-unreadable-<date>.<ext>`, which is logged; the store is then empty.
+    /// `<name>-unreadable-<date>.<ext>`, which is logged; the store is then empty, or has the whole
+    /// lines of a file whose last one has no end. A file that may not be read stays as it is.
     explicit SettingsStore(std::filesystem::path file);
 
     std::optional<preferenceValue> value(std::string_view key,
@@ -29,7 +30,8 @@ public:
 
     /// Takes over first what another program wrote meanwhile; over a file that was damaged or
     /// deleted meanwhile everything that is known is written. A change that cannot be written is
-    /// logged, holds for this process and is tried again with the next one.
+    /// logged, holds for this process and is tried again with the next one. What another program
+    /// writes between the reading and the writing, a moment, is lost.
     void setValue(std::string_view key, const preferenceValue& value) override;
 
 private:

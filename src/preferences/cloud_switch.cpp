@@ -30,6 +30,7 @@ void CloudSwitch::turn(bool on) {
     if (!available || on == isOn()) return;
     standard.set(preferenceKeys::useiCloud, on);
     if (!on) return;
+    if (cloud.prepareSync) cloud.prepareSync();
     center.post(notifications::lockForiCloud);
     if (cloud.startSync) dispatcher.inBackground(taskPriority::userInitiated, cloud.startSync);
 }

@@ -12,6 +12,8 @@ namespace tessaril {
 struct cloudAccess {
     /// Asks whether an account is available; answers once, on the main thread, now or later.
     std::function<void(std::function<void(bool isAvailable)>)> askAccountStatus;
+    /// Called on the main thread before the style list is locked for the first sync.
+    std::function<void()> prepareSync;
     /// The first sync; runs on a background task.
     std::function<void()> startSync;
 };

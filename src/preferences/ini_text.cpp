@@ -11,6 +11,7 @@ namespace tessaril {
 namespace {
 
 constexpr std::string_view generalGroup = "[General]";
+constexpr std::string_view commentSigns = ";#";
 
 constexpr std::array<std::pair<char, char>, 11> escapes = {{{'a', '\a'},
                                                             {'b', '\b'},
@@ -74,6 +75,15 @@ void appendEscaped(std::string& text, std::string_view written, std::size_t& at)
     text += found != escapes.end() ? found->second : kind;
 }
 
+/// The name in the line of a group; a comment may stand behind it.
+std::optional<std::string_view> groupIn(std::string_view line) {
+    const std::size_t end = line.find(']');
+    if (end == line.npos) return std::nullopt;
+    const std::string_view rest = withoutBlanks(line.substr(end + 1));
+    if (!rest.empty() && commentSigns.find(rest.front()) == commentSigns.npos) return std::nullopt;
+    return withoutBlanks(line.substr(1, end - 1));
+}
+
 std::string decoded(std::string_view written) {
     std::string text;
     std::size_t keep = 0; // what stood in quotes is not trimmed
@@ -130,23 +140,26 @@ std::optional<IniText> IniText::parse(std::string bytes) {
 
     IniText parsed;
     bool isGeneral = true;
-    for (std::string_view piece : split(*text, "\n")) {
+    auto pieces = split(*text, "\n");
+    // What stands behind the last line break is no line, or not all of one.
+    parsed.cutShort = !pieces.back().empty();
+    pieces.pop_back();
+    for (std::string_view piece : pieces) {
         if (piece.ends_with('\r')) piece.remove_suffix(1);
         const std::string_view content = trimmed(piece);
         line read{std::string(piece), "", isGeneral};
         if (content.starts_with('[')) {
-            if (!content.ends_with(']')) return std::nullopt;
-            isGeneral = lowercasedASCII(content) == lowercasedASCII(generalGroup);
+            const auto name = groupIn(content);
+            if (!name) return std::nullopt;
+            isGeneral = lowercasedASCII(*name) == "general";
             read.isGeneral = isGeneral;
-        } else if (!content.empty() && content.front() != ';' && content.front() != '#') {
+        } else if (!content.empty() && commentSigns.find(content.front()) == commentSigns.npos) {
             const std::size_t equals = content.find('=');
             if (equals == content.npos || equals == 0) return std::nullopt;
             read.key = trimmed(content.substr(0, equals));
         }
         parsed.lines.push_back(std::move(read));
     }
-    // What stands behind the last line break is no line.
-    if (parsed.lines.back().text.empty()) parsed.lines.pop_back();
     return parsed;
 }
 

@@ -19,6 +19,20 @@ constexpr const char* resetText =
     "If iCloud sync is enabled, this will also erase all styles from iCloud. This action cannot be "
     "undone. Are you sure you would like to reset your style database?";
 
+constexpr std::string_view wrongTypeTitle = "Error reading style database";
+constexpr std::string_view wrongTypeText =
+    "The style database file you selected may not be valid, or is corrupt.";
+constexpr const char* replaceText = "Its current content will be lost.";
+
+std::string replaceTitle(const std::filesystem::path& file) {
+    return "“" + validUTF8(file.filename().string()) +
+           "” exists already. Do you want to replace it?";
+}
+
+bool isDatabaseFile(const std::filesystem::path& file) {
+    return lowercasedASCII(file.extension().string()) == "." + std::string(databaseFileType);
+}
+
 } // namespace
 
 DatabaseCommands::DatabaseCommands(databaseCommandSurroundings surroundings)
@@ -35,6 +49,8 @@ void DatabaseCommands::setImporting(bool importing) {
 
 void DatabaseCommands::importFrom(const std::filesystem::path& file) {
     if (isImporting) return;
+    // A panel shows only this type, but takes any name that is typed.
+    if (!isDatabaseFile(file)) return machine.alerts.showAlert(wrongTypeTitle, wrongTypeText);
     setImporting(true);
     machine.dispatcher.inBackground(taskPriority::utility, [this, file] {
         machine.store.importDatabase(file);
@@ -46,17 +62,14 @@ void DatabaseCommands::importFrom(const std::filesystem::path& file) {
 }
 
 void DatabaseCommands::exportTo(std::filesystem::path file) {
-    const std::string type = "." + std::string(databaseFileType);
-    if (lowercasedASCII(file.extension().string()) != type) {
-        file += type;
+    if (!isDatabaseFile(file)) {
+        file += "." + std::string(databaseFileType);
         // The panel has asked about the name that was typed only.
-        if (machine.files.exists(file) &&
-            machine.alerts
-                    .ask({.title = "“" + validUTF8(file.filename().string()) +
-                                   "” exists already. Do you want to replace it?",
-                          .text = "Its current content will be lost.",
-                          .buttons = {"Yes", "No"}})
-                    .button != 0)
+        if (machine.files.exists(file) && machine.alerts
+                                                  .ask({.title = replaceTitle(file),
+                                                        .text = replaceText,
+                                                        .buttons = {"Yes", "No"}})
+                                                  .button != 0)
             return;
     }
     machine.store.exportDatabase(file);

@@ -42,7 +42,8 @@ public:
     /// Of all three buttons.
     bool areAvailable() const { return !isImporting; }
 
-    /// Merges the database in the background, then posts `refreshTable`.
+    /// Merges the database in the background, then posts `refreshTable`. A file of another type is
+    /// refused like one that is no database.
     void importFrom(const std::filesystem::path& file);
 
     /// Writes the database in the background. A name of another type gets this one's, and where

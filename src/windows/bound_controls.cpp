@@ -31,7 +31,8 @@ void show(QSpinBox& box, std::int64_t stored) {
     using limits = std::numeric_limits<int>;
     const int size =
         static_cast<int>(std::clamp<std::int64_t>(stored, limits::min(), limits::max()));
-    box.setRange(std::min(smallestFont, size), std::max(largestFont, size));
+    // Never narrower again, or a step inward could not be taken back.
+    box.setRange(std::min(box.minimum(), size), std::max(box.maximum(), size));
     // Where the number is being typed its text may be ahead of the value.
     if (box.value() != size) box.setValue(size);
 }
@@ -70,6 +71,7 @@ QComboBox* BoundControls::menu(const valueMenu& menu) {
 QSpinBox* BoundControls::fontSize() {
     auto* box = new QSpinBox;
     box->setObjectName(qtText(preferenceKeys::fontSize));
+    box->setRange(smallestFont, largestFont);
     box->setSuffix(" pt");
     QObject::connect(box, &QSpinBox::valueChanged, box,
                      [this](int size) { preferences.setFontSize(size); });

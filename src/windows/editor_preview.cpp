@@ -1,7 +1,7 @@
 #include "windows/editor_preview.h"
 
 #include "editor/editor_configuration.h"
-#include "preferences/editor_preview.h"
+#include "preferences/editor_preview_text.h"
 #include "windows/code_editor.h"
 
 #include <QVBoxLayout>

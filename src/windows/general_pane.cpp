@@ -31,10 +31,6 @@ QFileDialog* databasePanel(QWidget* parent, std::string_view title) {
     return panel;
 }
 
-std::filesystem::path pathOf(const QString& file) {
-    return QFile::encodeName(file).toStdString();
-}
-
 } // namespace
 
 GeneralPane::GeneralPane(generalPaneParts paneParts)

@@ -26,10 +26,6 @@ namespace tessaril {
 
 namespace {
 
-std::filesystem::path pathOf(const QString& file) {
-    return QFile::encodeName(file).toStdString();
-}
-
 std::vector<std::filesystem::path> localFiles(const QMimeData& data) {
     std::vector<std::filesystem::path> files;
     for (const QUrl& url : data.urls())

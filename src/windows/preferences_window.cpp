@@ -3,7 +3,10 @@
 #include "events/notification_names.h"
 #include "windows/advanced_pane.h"
 #include "windows/editor_pane.h"
+#include "windows/pane_scroller.h"
 
+#include <QKeyEvent>
+#include <QScreen>
 #include <QShortcut>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -17,15 +20,16 @@ PreferencesWindow::PreferencesWindow(preferencesWindowParts parts, QWidget* pare
     auto* editor = new EditorPane(controls, parts.makePreview);
     auto* panes = new QTabWidget;
     panes->setDocumentMode(true);
-    panes->addTab(general, "&General");
-    panes->addTab(editor, "&Editor");
-    panes->addTab(new AdvancedPane(controls), "&Advanced");
+    panes->addTab(new PaneScroller(general), "&General");
+    panes->addTab(new PaneScroller(editor), "&Editor");
+    panes->addTab(new PaneScroller(new AdvancedPane(controls)), "&Advanced");
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(panes);
 
-    for (const QKeySequence& keys : {QKeySequence(Qt::Key_Escape), QKeySequence("Ctrl+W")})
-        connect(new QShortcut(keys, this), &QShortcut::activated, this, &QWidget::close);
+    connect(new QShortcut(QKeySequence("Ctrl+W"), this), &QShortcut::activated, this,
+            &QWidget::close);
+    resize(sizeHint().boundedTo(screen()->availableSize() * 9 / 10));
 
     const auto reload = [general, editor](const notification&) {
         general->reload();
@@ -43,6 +47,14 @@ void PreferencesWindow::closeEvent(QCloseEvent* event) {
     // Ends an edit that is under way, which the closing alone does not.
     if (QWidget* edited = focusWidget()) edited->clearFocus();
     QWidget::closeEvent(event);
+}
+
+void PreferencesWindow::keyPressEvent(QKeyEvent* event) {
+    // Not a shortcut: an open menu, for one, closes itself by it.
+    if (event->key() == Qt::Key_Escape)
+        close();
+    else
+        QWidget::keyPressEvent(event);
 }
 
 void PreferencesWindow::bringForward() {

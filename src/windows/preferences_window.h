@@ -20,7 +20,7 @@ struct preferencesWindowParts {
 /// The window of the preferences, in three panes. It follows changes from elsewhere.
 class PreferencesWindow : public QWidget {
 public:
-    /// A window of its own, also with a `parent`, which it stays above.
+    /// A window of its own, also with a `parent`.
     PreferencesWindow(preferencesWindowParts parts, QWidget* parent);
     ~PreferencesWindow() override;
 
@@ -28,6 +28,7 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     PreferenceControls& controls;

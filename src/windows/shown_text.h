@@ -1,7 +1,9 @@
 #pragma once
 
+#include <QFile>
 #include <QString>
 
+#include <filesystem>
 #include <string_view>
 
 namespace tessaril {
@@ -9,6 +11,11 @@ namespace tessaril {
 /// UTF-8 text for a widget.
 inline QString qtText(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+/// What a file dialog or a dropped address names.
+inline std::filesystem::path pathOf(const QString& file) {
+    return QFile::encodeName(file).toStdString();
 }
 
 /// `text` as one line for a row or a title: breaks and other control characters become blanks, and

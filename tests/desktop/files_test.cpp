@@ -335,9 +335,17 @@ TEST(SettingsStore, LosesNothingWhileOthersDamageDeleteOrChangeTheFile) {
         setOver(3);
     }
     EXPECT_EQ(folder.names().size(), 2U) << "the damaged one is kept";
+    {
+        CapturedLog log;
+        writeFile(file, "[General]\nauthor=Ja"); // cut short
+        setOver(4);
+        writeFile(file, "[General]\nauthor=Jane\ncou");
+        EXPECT_EQ(SettingsStore(file).value("author", ""), preferenceValue("Jane"));
+    }
+    EXPECT_EQ(folder.names().size(), 4U) << "so are those that were cut short";
 
     writeFile(file, "; note\n[General]\ntheme=nord\nauthor=Jane\ncount=7\n");
-    setOver(4);
+    setOver(5);
     EXPECT_EQ(store.value("theme", ""), preferenceValue("nord"));
     EXPECT_THAT(fileContent(file), HasSubstr("; note\n"));
 }

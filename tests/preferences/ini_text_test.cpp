@@ -6,7 +6,7 @@ namespace tessaril {
 namespace {
 
 TEST(IniText, ChangesOneValueAndLeavesWhatOthersWroteAsItIs) {
-    auto ini = IniText::parse("\xEF\xBB\xBF; mine\r\n[general]\r\nauthor = Doe, Jane ; who\n"
+    auto ini = IniText::parse("\xEF\xBB\xBF; mine\r\n[ general ] ; us\r\nauthor = Doe, Jane ; who\n"
                               "theme=old\ntheme=\"a\\x41\\\"g\\t\"\n\n[Other]\ntheme=theirs\n\n");
     ASSERT_TRUE(ini);
     EXPECT_EQ(ini->value("author"), "Doe, Jane");
@@ -14,10 +14,11 @@ TEST(IniText, ChangesOneValueAndLeavesWhatOthersWroteAsItIs) {
     EXPECT_FALSE(ini->value("mine"));
     ini->set("theme", "dark");
     ini->set("font", " Fira");
-    EXPECT_EQ(ini->text(), "; mine\n[general]\nauthor = Doe, Jane ; who\ntheme=dark\ntheme=dark\n"
-                           "font=\" Fira\"\n\n[Other]\ntheme=theirs\n\n");
+    EXPECT_EQ(ini->text(),
+              "; mine\n[ general ] ; us\nauthor = Doe, Jane ; who\ntheme=dark\ntheme=dark\n"
+              "font=\" Fira\"\n\n[Other]\ntheme=theirs\n\n");
 
-    auto other = IniText::parse("[Other]\nx=1");
+    auto other = IniText::parse("[Other]\nx=1\n");
     other->set("x", "2");
     EXPECT_EQ(other->text(), "[Other]\nx=1\n[General]\nx=2\n");
 }
@@ -45,12 +46,14 @@ TEST(IniText, BringsBackEveryTextAndNeverWritesWhatItCannotRead) {
 TEST(IniText, TellsDamageFromText) {
     for (const std::string& bytes :
          {std::string("x=\xFF"), std::string("x=\0", 3), std::string("[General\nx=1"),
-          std::string("x=1\nstray"), std::string("=1")})
+          std::string("x=1\nstray\n"), std::string("=1\n")})
         EXPECT_FALSE(IniText::parse(bytes)) << bytes;
     for (const char* bytes : {"", "\n", "[General]", "# note", "x=\\", "x=\\xD800", "x=\"a"})
         EXPECT_TRUE(IniText::parse(bytes)) << bytes;
-    EXPECT_TRUE(IniText::parse("[General]\n; x=1")->isEmpty());
-    EXPECT_EQ(IniText::parse("x=\\xD800")->value("x"), "\uFFFD\uFFFD\uFFFD");
+    EXPECT_TRUE(IniText::parse("[General]\n; x=1\n")->isEmpty());
+    const auto cut = IniText::parse("x=1\ny=1");
+    EXPECT_TRUE(cut->isCutShort() && cut->value("x") && !cut->value("y"));
+    EXPECT_EQ(IniText::parse("x=\\xD800\n")->value("x"), "\uFFFD\uFFFD\uFFFD");
     EXPECT_EQ(IniText::parse("x= \u00A0a \t\r\n")->value("x"), "\u00A0a");
 }
 

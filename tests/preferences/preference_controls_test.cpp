@@ -69,12 +69,13 @@ TEST_F(PreferenceControlsTest, EachControlStoresWhereItBelongsAndUploadsWhatTrav
 }
 
 TEST_F(PreferenceControlsTest, TheCloudIsSwitchedOnlyWithAnAccount) {
-    int locks = 0, syncs = 0, changes = 0;
+    int preparations = 0, locks = 0, syncs = 0, changes = 0;
     std::function<void(bool)> answer;
     const auto subscription = application.notificationCenter().observe(
         notifications::lockForiCloud, [&](const notification&) {
             ++locks;
             EXPECT_TRUE(cloud.isOn());
+            EXPECT_EQ(preparations, locks);
         });
     cloud.setChangeHandler([&] { ++changes; });
     cloud.paneShown(); // nobody to ask
@@ -83,6 +84,7 @@ TEST_F(PreferenceControlsTest, TheCloudIsSwitchedOnlyWithAnAccount) {
     EXPECT_FALSE(cloud.isOn());
 
     cloud.setAccess({.askAccountStatus = [&](auto reply) { answer = std::move(reply); },
+                     .prepareSync = [&] { ++preparations; },
                      .startSync = [&] { ++syncs; }});
     cloud.paneShown();
     EXPECT_EQ(changes, 1) << "no answer yet";
@@ -119,6 +121,12 @@ TEST_F(PreferenceControlsTest, AnImportHoldsTheButtonsUntilTheListIsRefreshed) {
     dispatcher.runAll();
     EXPECT_THAT(heard, ElementsAre("Importing...", "rows: 1", "Import Style DB"));
     EXPECT_EQ(dispatcher.priorities.front(), taskPriority::utility);
+
+    files.contents["/in.json"] = files.contents["/in.sdb"];
+    commands.importFrom("/in.json"); // a panel takes any name that is typed
+    EXPECT_TRUE(commands.areAvailable());
+    ASSERT_EQ(alerts.alerts.size(), 1U);
+    EXPECT_EQ(alerts.alerts[0].title, "Error reading style database");
 }
 
 TEST_F(PreferenceControlsTest, AnExportNeverReplacesAFileUnasked) {

@@ -93,6 +93,9 @@ TEST_F(PreferencesWindowTest, ShowsWhatIsStoredAndStoresOnlyWhatTheUserTouches) 
     EXPECT_EQ(stored("ACEFontSize"), preferenceValue(std::int64_t{39}));
     QTest::keyClick(&control<QComboBox>("ACETheme"), Qt::Key_Down);
     EXPECT_EQ(stored("ACETheme"), preferenceValue("blue")) << "over the separator";
+    control<QComboBox>("ACETheme").showPopup();
+    QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_Escape);
+    EXPECT_TRUE(window->isVisible() && !QApplication::activePopupWidget());
     showPane(2);
     click("InjectIframes");
     EXPECT_EQ(machine.shared.values.at("InjectIframes"), preferenceValue(true));
