@@ -8,6 +8,7 @@
 #include <QKeyEvent>
 #include <QScreen>
 #include <QShortcut>
+#include <QStyle>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -29,7 +30,11 @@ PreferencesWindow::PreferencesWindow(preferencesWindowParts parts, QWidget* pare
 
     connect(new QShortcut(QKeySequence("Ctrl+W"), this), &QShortcut::activated, this,
             &QWidget::close);
-    resize(sizeHint().boundedTo(screen()->availableSize() * 9 / 10));
+    const QSize room = screen()->availableSize() * 9 / 10;
+    QSize wanted = sizeHint();
+    if (wanted.height() > room.height())
+        wanted.rwidth() += style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    resize(wanted.boundedTo(room));
 
     const auto reload = [general, editor](const notification&) {
         general->reload();
