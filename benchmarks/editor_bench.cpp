@@ -29,6 +29,7 @@ class NoPreferences : public PreferenceStore {
         return std::nullopt;
     }
     void setValue(std::string_view, const preferenceValue&) override {}
+    void removeValue(std::string_view) override {}
 };
 
 std::string sampleCode() {

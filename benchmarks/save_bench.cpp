@@ -38,6 +38,7 @@ class NoPreferences : public PreferenceStore {
         return std::nullopt;
     }
     void setValue(std::string_view, const preferenceValue&) override {}
+    void removeValue(std::string_view) override {}
 };
 
 /// A folder on the disk of the build tree, removed at the end.

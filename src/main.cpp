@@ -118,6 +118,8 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
          .openFiles = [&](auto dropped) { application.openFiles(dropped); },
          .openPreferences =
              [&] {
+                 // One that was closed this moment has yet to go.
+                 if (preferences && !preferences->isVisible()) delete preferences;
                  if (!preferences)
                      preferences = makePreferencesWindow(application, webEngine, &window);
                  preferences->bringForward();

@@ -18,7 +18,7 @@ Application::Application(applicationSurroundings surroundings)
     : machine(std::move(surroundings))
     , preferenceChanges(center, machine.dispatcher)
     , standard(machine.standardPreferences, [this] { preferenceChanges.announce(); })
-    , shared(machine.sharedPreferences)
+    , shared(machine.sharedPreferences, [this] { preferenceChanges.announce(); })
     , synced(standard, &shared, center, machine.dispatcher)
     , compiler(machine.scripts, machine.resources, machine.alerts, machine.compilerErrors)
     , styleStore({.files = machine.files,

@@ -61,15 +61,27 @@ std::optional<preferenceValue> SettingsStore::value(std::string_view key,
 }
 
 void SettingsStore::setValue(std::string_view key, const preferenceValue& value) {
+    change(key, std::visit(writer{}, value));
+}
+
+void SettingsStore::removeValue(std::string_view key) {
+    change(key, std::nullopt);
+}
+
+void SettingsStore::change(std::string_view key, std::optional<std::string> newText) {
     const std::lock_guard lock(mutex);
-    unwritten.insert_or_assign(std::string(key), std::visit(writer{}, value));
+    unwritten.insert_or_assign(std::string(key), std::move(newText));
     const bool mayReplace = takeOver();
-    for (const auto& [unwrittenKey, text] : unwritten)
-        known.set(unwrittenKey, text);
+    for (const auto& [unwrittenKey, text] : unwritten) {
+        if (text)
+            known.set(unwrittenKey, *text);
+        else
+            known.remove(unwrittenKey);
+    }
     if (mayReplace && write())
         unwritten.clear();
     else
-        logLine("Error writing preferences.");
+        logLine("Error writing preferences: " + validUTF8(file.string()));
 }
 
 /// Brings what is known up to date with the file. Gives whether the file may be replaced.

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 
 namespace tessaril {
@@ -34,7 +35,10 @@ public:
     /// writes between the reading and the writing, a moment, is lost.
     void setValue(std::string_view key, const preferenceValue& value) override;
 
+    void removeValue(std::string_view key) override;
+
 private:
+    void change(std::string_view key, std::optional<std::string> text);
     bool takeOver();
     bool moveAside();
     bool write();
@@ -43,7 +47,8 @@ private:
     PosixFileSystem files;
     const std::filesystem::path file;
     IniText known;
-    std::map<std::string, std::string> unwritten; ///< what is set here and not on disk
+    /// What was set here, or removed, and is not on disk.
+    std::map<std::string, std::optional<std::string>> unwritten;
 };
 
 /// The file of the application's own preferences, in the user's configuration folder.

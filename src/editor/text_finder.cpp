@@ -69,6 +69,7 @@ void TextFinder::perform(textFinderAction action) {
 
 void TextFinder::setSearchText(std::string text) {
     if (text == searchedText) return;
+    forgetPutOff(); // it was about another search
     searchedText = std::move(text);
     matchStarts.reset();
     if (shown == findBarVisibility::hidden || toSelect || searchedText.empty()) return tell({});
@@ -77,8 +78,14 @@ void TextFinder::setSearchText(std::string text) {
     searchFrom(*searchStart);
 }
 
+void TextFinder::setReplacement(std::string text) {
+    forgetPutOff();
+    replacementText = std::move(text);
+}
+
 void TextFinder::setMatchCase(bool matters) {
     if (matters == caseMatters) return;
+    forgetPutOff();
     caseMatters = matters;
     comparedText.reset();
     matchStarts.reset();
@@ -153,6 +160,7 @@ void TextFinder::show(findBarVisibility visibility) {
 }
 
 void TextFinder::hide(findBarVisibility visibility) {
+    forgetPutOff();
     shown = visibility;
     tell({});
 }

@@ -65,7 +65,7 @@ public:
 
     /// Looks at once for the first match from where the search began, if the bar is visible.
     void setSearchText(std::string text);
-    void setReplacement(std::string text) { replacementText = std::move(text); }
+    void setReplacement(std::string text);
     void setMatchCase(bool matters);
     void setWrapAround(bool wraps) { wrapsAround = wraps; }
 
@@ -85,6 +85,10 @@ public:
     /// To be called when the client's text has settled. A replacement that was asked for meanwhile
     /// is made here, in the text as it is now.
     void textDidSettle();
+
+    /// To be called when the client shows another text, or cannot tell what it shows: what was
+    /// asked for meanwhile is not made.
+    void forgetPutOff() { putOff.reset(); }
 
 private:
     /// What is to be selected once the replaced text has arrived.

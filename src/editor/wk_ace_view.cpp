@@ -101,6 +101,7 @@ void WKAceView::evaluate(std::string_view statement, WebView::Completion complet
 void WKAceView::setString(std::string text) {
     // An undo of the text before would put one text into the place of another.
     if (text != stringValue) undoManager.removeActions(this);
+    textFinder.forgetPutOff();
     sendText(std::move(text));
 }
 
@@ -149,6 +150,7 @@ void WKAceView::readChange() {
                                     from = pageNumber](const std::optional<scriptValue>& result) {
         if (from != pageNumber) return;
         --readsUnderWay;
+        if (!textIn(result)) textFinder.forgetPutOff();
         changeRead(textIn(result), began, mayBeOld);
         if (isSettled()) textFinder.textDidSettle();
     });
@@ -171,7 +173,7 @@ void WKAceView::changeRead(const std::string* text, std::uint64_t began, bool ma
 void WKAceView::forgetReads() {
     ++pageNumber;
     readsUnderWay = 0;
-    textFinder.textDidSettle();
+    textFinder.forgetPutOff();
 }
 
 void WKAceView::reportChange() {

@@ -42,8 +42,7 @@ inline constexpr std::string_view stylesChangedInCloud = "stylesChangedInCloud";
 inline constexpr std::string_view deletedStylesChanged = "deletedStylesChanged";
 /// Preferences arrived from another machine.
 inline constexpr std::string_view prefsChangedRemotely = "prefsChangedRemotely";
-/// A value of the application's own preference store was set. Several settings in a row may be
-/// announced as one.
+/// A value of a preference store was set. Several settings in a row may be announced as one.
 inline constexpr std::string_view preferencesDidChange = "preferencesDidChange";
 /// The user changed the text of a code editor; the object is its `WKAceView`.
 inline constexpr std::string_view ACEDidChange = "ACEDidChange";

@@ -21,6 +21,9 @@ public:
                                                  const preferenceValue& like) const = 0;
 
     virtual void setValue(std::string_view key, const preferenceValue& value) = 0;
+
+    /// Forgets the value, if there is one.
+    virtual void removeValue(std::string_view key) = 0;
 };
 
 } // namespace tessaril

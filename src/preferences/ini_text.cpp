@@ -191,6 +191,10 @@ void IniText::set(std::string_view key, std::string_view value) {
     lines.insert(place, std::move(written));
 }
 
+void IniText::remove(std::string_view key) {
+    std::erase_if(lines, [&](const line& each) { return each.isGeneral && each.key == key; });
+}
+
 bool IniText::isEmpty() const {
     return std::ranges::all_of(lines, [](const line& each) { return each.key.empty(); });
 }

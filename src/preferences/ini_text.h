@@ -28,6 +28,8 @@ public:
     /// `key` is made of letters and digits.
     void set(std::string_view key, std::string_view value);
 
+    void remove(std::string_view key);
+
     /// Whether there is no value in any group.
     bool isEmpty() const;
 

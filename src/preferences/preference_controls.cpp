@@ -67,9 +67,11 @@ void PreferenceControls::endAllEditing() {
 }
 
 void PreferenceControls::setAddress(std::string_view key, std::string_view address) {
-    std::string wanted(trimmed(address));
-    if (wanted.empty()) wanted = standard.defaultString(key);
-    if (wanted != standard.string(key)) standard.set(key, wanted);
+    const std::string wanted(trimmed(address));
+    if (wanted.empty())
+        standard.reset(key);
+    else if (wanted != standard.string(key))
+        standard.set(key, wanted);
 }
 
 } // namespace tessaril

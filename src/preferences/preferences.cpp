@@ -56,15 +56,18 @@ std::optional<std::string> Preferences::findString(std::string_view key) const {
     return find<std::string>(key);
 }
 
-std::string Preferences::defaultString(std::string_view key) const {
-    const std::lock_guard lock(mutex);
-    return findDefault<std::string>(key).value_or("");
-}
-
 void Preferences::set(std::string_view key, const preferenceValue& value) {
     {
         const std::lock_guard lock(mutex);
         store.setValue(key, value);
+    }
+    if (wasSet) wasSet();
+}
+
+void Preferences::reset(std::string_view key) {
+    {
+        const std::lock_guard lock(mutex);
+        store.removeValue(key);
     }
     if (wasSet) wasSet();
 }

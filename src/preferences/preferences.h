@@ -30,10 +30,10 @@ public:
     /// Nothing where there is neither a stored text nor a registered one.
     std::optional<std::string> findString(std::string_view key) const;
 
-    /// What is registered, whatever is stored.
-    std::string defaultString(std::string_view key) const;
-
     void set(std::string_view key, const preferenceValue& value);
+
+    /// Forgets what was set, so that the default holds.
+    void reset(std::string_view key);
 
 private:
     template <typename T>

@@ -68,8 +68,9 @@ void DatabaseCommands::exportTo(std::filesystem::path file) {
         if (machine.files.exists(file) && machine.alerts
                                                   .ask({.title = replaceTitle(file),
                                                         .text = replaceText,
-                                                        .buttons = {"Yes", "No"}})
-                                                  .button != 0)
+                                                        .buttons = {"Cancel", "Replace"},
+                                                        .destructiveButton = 1})
+                                                  .button != 1)
             return;
     }
     machine.store.exportDatabase(file);

@@ -18,6 +18,7 @@ namespace {
 /// posted before the channel stands wait for it.
 constexpr const char* preludeScript = R"(
 (() => {
+    if (window.messageHandlers) return; // the engine may run this more than once
     for (const name of ["RTCPeerConnection", "webkitRTCPeerConnection"]) delete window[name];
     const waiting = [];
     let post = (...message) => waiting.push(message);
@@ -83,7 +84,7 @@ void GuardedPage::loadEnded(bool worked) {
 }
 
 void GuardedPage::lose() {
-    if (std::exchange(state, loadState::gone) == loadState::loaded) emit lost();
+    if (std::exchange(state, loadState::gone) != loadState::gone) emit lost();
 }
 
 bool GuardedPage::acceptNavigationRequest(const QUrl& address, NavigationType type,

@@ -92,7 +92,7 @@ void QtWebView::pageOpened() {
 }
 
 void QtWebView::evaluate(std::string_view statement, Completion completion) {
-    if (!shownPage) {
+    if (!shownPage || !shownPage->hasLoaded()) {
         if (completion) completion(std::nullopt);
         return;
     }

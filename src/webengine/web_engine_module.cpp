@@ -29,9 +29,10 @@ std::unique_ptr<WebEngine> startEngine() {
     // Text needs no graphics card, and drawing without one works everywhere.
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     const QByteArray flags = qgetenv(flagsVariable);
-    // All editors in one process: the second finds the page's scripts compiled. No zoom by touch,
-    // and no connections past the profile.
+    // All editors in one process: the second finds the page's scripts compiled. No zoom by touch.
+    // No name or address is found, and no connection goes past the profile.
     qputenv(flagsVariable, flags + " --process-per-site --disable-pinch"
+                                   " --host-resolver-rules=\"MAP * ~NOTFOUND\""
                                    " --force-webrtc-ip-handling-policy=disable_non_proxied_udp");
     auto engine = std::make_unique<RunningEngine>();
     qputenv(flagsVariable, flags);

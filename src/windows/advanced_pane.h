@@ -10,6 +10,8 @@ class AdvancedPane : public QWidget {
 public:
     explicit AdvancedPane(PreferenceControls& controls);
 
+    void reload() { bound.reload(); }
+
 private:
     BoundControls bound;
 };

@@ -100,7 +100,10 @@ QLineEdit* BoundControls::addressField(std::string_view key) {
         preferences.setAddress(key, field->text().toStdString());
         field->setText(qtText(preferences.text(key)));
     });
-    loaders.push_back([this, field, key] { show(*field, preferences.text(key)); });
+    // One that is being typed is left to who types it.
+    loaders.push_back([this, field, key] {
+        if (!field->isModified()) show(*field, preferences.text(key));
+    });
     return field;
 }
 

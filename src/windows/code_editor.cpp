@@ -38,14 +38,17 @@ CodeEditor::CodeEditor(const WebViewFactory& makeWebView, const std::filesystem:
 
     bridge = std::make_unique<WKAceView>(made ? *made.view : *absentView, center, undoManager);
     findBar = std::make_unique<FindBar>(bridge->finder(), this);
-    QObject::connect(findBar.get(), &FindBar::shapeChanged, this, [this] { layOut(); });
+    QObject::connect(findBar.get(), &FindBar::shapeChanged, this, [this] {
+        makeRoomForBar();
+        layOut();
+    });
     QObject::connect(findBar.get(), &FindBar::closed, this, [this](bool hadFocus) {
         layOut();
         if (hadFocus) focusEditor();
     });
     makeFindActions();
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    setMinimumSize(findBar->minimumSizeHint().width() + 2 * paddingFor(borderType::groove), lowest);
+    makeRoomForBar();
     if (!made) {
         showNotice(unavailableText);
         return;
@@ -62,6 +65,10 @@ CodeEditor::CodeEditor(const WebViewFactory& makeWebView, const std::filesystem:
 }
 
 CodeEditor::~CodeEditor() = default;
+
+void CodeEditor::makeRoomForBar() {
+    setMinimumSize(findBar->minimumSizeHint().width() + 2 * paddingFor(borderType::groove), lowest);
+}
 
 void CodeEditor::makeFindActions() {
     const struct {

@@ -48,6 +48,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void makeRoomForBar();
     void makeFindActions();
     void showNotice(const QString& text);
     void layOut();

@@ -219,7 +219,11 @@ bool FindBar::event(QEvent* event) {
             return true;
         }
     }
-    if (event->type() == QEvent::FontChange || event->type() == QEvent::Polish) fitButtons();
+    if (event->type() == QEvent::Polish) fitButtons();
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
+        fitButtons();
+        emit shapeChanged();
+    }
     return QFrame::event(event);
 }
 

@@ -19,11 +19,12 @@ PreferencesWindow::PreferencesWindow(preferencesWindowParts parts, QWidget* pare
     setWindowTitle("Preferences");
     auto* general = new GeneralPane(std::move(parts.general));
     auto* editor = new EditorPane(controls, parts.makePreview);
+    auto* advanced = new AdvancedPane(controls);
     auto* panes = new QTabWidget;
     panes->setDocumentMode(true);
     panes->addTab(new PaneScroller(general), "&General");
     panes->addTab(new PaneScroller(editor), "&Editor");
-    panes->addTab(new PaneScroller(new AdvancedPane(controls)), "&Advanced");
+    panes->addTab(new PaneScroller(advanced), "&Advanced");
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(panes);
@@ -36,9 +37,10 @@ PreferencesWindow::PreferencesWindow(preferencesWindowParts parts, QWidget* pare
         wanted.rwidth() += style()->pixelMetric(QStyle::PM_ScrollBarExtent);
     resize(wanted.boundedTo(room));
 
-    const auto reload = [general, editor](const notification&) {
+    const auto reload = [general, editor, advanced](const notification&) {
         general->reload();
         editor->reload();
+        advanced->reload();
     };
     remoteChanges = parts.center.observe(notifications::prefsChangedRemotely, reload);
     localChanges = parts.center.observe(notifications::preferencesDidChange, reload);

@@ -5,6 +5,7 @@
 #include <QVBoxLayout>
 #include <qdrawutil.h>
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 

@@ -21,6 +21,8 @@ TEST(IniText, ChangesOneValueAndLeavesWhatOthersWroteAsItIs) {
     auto other = IniText::parse("[Other]\nx=1\n");
     other->set("x", "2");
     EXPECT_EQ(other->text(), "[Other]\nx=1\n[General]\nx=2\n");
+    other->remove("x");
+    EXPECT_EQ(other->text(), "[Other]\nx=1\n[General]\n");
 }
 
 TEST(IniText, BringsBackEveryTextAndNeverWritesWhatItCannotRead) {

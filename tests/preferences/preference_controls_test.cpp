@@ -65,6 +65,7 @@ TEST_F(PreferenceControlsTest, EachControlStoresWhereItBelongsAndUploadsWhatTrav
     EXPECT_EQ(uploadsOf([&] { controls.setAddress("siteAddress", " https://own.example\n"); }), 0U);
     EXPECT_EQ(controls.text("siteAddress"), "https://own.example");
     controls.setAddress("siteAddress", " ");
+    EXPECT_FALSE(standard.values.contains("siteAddress")) << "a default is never stored";
     EXPECT_EQ(controls.text("siteAddress"), "https://styles.tessaril.example");
 }
 
@@ -131,11 +132,12 @@ TEST_F(PreferenceControlsTest, AnImportHoldsTheButtonsUntilTheListIsRefreshed) {
 
 TEST_F(PreferenceControlsTest, AnExportNeverReplacesAFileUnasked) {
     files.contents["/a.txt.sdb"] = "theirs";
+    alerts.answers.push_back({.button = 0});
     commands.exportTo("/a.txt");
     dispatcher.runAll();
     EXPECT_EQ(alerts.questions.size(), 1U);
     EXPECT_EQ(files.contents.at("/a.txt.sdb"), "theirs");
-    alerts.answers.push_back({.button = 0});
+    alerts.answers.push_back({.button = 1});
     commands.exportTo("/a.txt");
     commands.exportTo("/b.SDB");
     dispatcher.runAll();

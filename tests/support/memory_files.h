@@ -97,6 +97,7 @@ struct MemoryPreferences : PreferenceStore {
     void setValue(std::string_view key, const preferenceValue& value) override {
         values.insert_or_assign(std::string(key), value);
     }
+    void removeValue(std::string_view key) override { values.erase(std::string(key)); }
     std::map<std::string, preferenceValue, std::less<>> values;
 };
 

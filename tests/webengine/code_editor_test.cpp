@@ -195,7 +195,9 @@ TEST_F(CodeEditorTest, ShowsItsTextAgainWhenTheProcessEnds) {
     EXPECT_TRUE(eventually([&] { return !view().isReady(); }));
     EXPECT_TRUE(eventually([&] { return configured.isReady(); }));
     EXPECT_TRUE(eventually([&] { return textInPage() == "xkept"; }));
+    EXPECT_TRUE(eventually([&] { return inPage("reportChanges") == scriptValue(true); }));
     editor.focusEditor();
+    EXPECT_EQ(inPage("document.hasFocus() && editor.isFocused()"), scriptValue(true));
     type("y");
     EXPECT_TRUE(becomes("yxkept"));
 }

@@ -151,9 +151,18 @@ TEST_F(WebViewTest, KeepsItsScaleUnderTheWheel) {
 TEST_F(WebViewTest, SaysWhenItsProcessEndedAndLoadsAgain) {
     value("window.before = true");
     CapturedLog log;
-    const auto process = shown.widget->findChild<QObject*>("page")->property("renderProcessPid");
-    ASSERT_EQ(kill(process.value<pid_t>(), SIGKILL), 0);
+    const auto process = [&] {
+        return shown.widget->findChild<QObject*>("page")
+            ->property("renderProcessPid")
+            .value<pid_t>();
+    };
+    ASSERT_EQ(kill(process(), SIGKILL), 0);
     ASSERT_TRUE(eventually([&] { return lost == 1; }));
+    // Once more while the page loads.
+    shown.view->loadPage(TESSARIL_RESOURCES "/Ace/index.html");
+    ASSERT_TRUE(eventually([&] { return process() > 0; }));
+    ASSERT_EQ(kill(process(), SIGKILL), 0);
+    ASSERT_TRUE(eventually([&] { return lost == 2 || loaded == 2; }));
     load();
     EXPECT_EQ(value("window.before ?? 'new'"), Value("new"));
     value("messageHandlers.callback.postMessage('again'); 1");
