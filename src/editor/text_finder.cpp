@@ -8,15 +8,6 @@
 
 namespace tessaril {
 
-namespace {
-
-bool isReplacement(textFinderAction action) {
-    return action == textFinderAction::replace || action == textFinderAction::replaceAndFind ||
-           action == textFinderAction::replaceAll;
-}
-
-} // namespace
-
 TextFinder::TextFinder(TextFinderClient& ownClient) : client(ownClient) {}
 
 bool TextFinder::canPerform(textFinderAction action) const {
@@ -41,10 +32,6 @@ bool TextFinder::canPerform(textFinderAction action) const {
 
 void TextFinder::perform(textFinderAction action) {
     if (!canPerform(action)) return;
-    if (isReplacement(action) && !client.isSettled()) {
-        putOff = action;
-        return;
-    }
     switch (action) {
     case textFinderAction::showFindInterface:
         return show(std::max(shown, findBarVisibility::find));
@@ -59,11 +46,10 @@ void TextFinder::perform(textFinderAction action) {
     case textFinderAction::previousMatch:
         return step(false);
     case textFinderAction::replace:
-        return replaceCurrent(false);
     case textFinderAction::replaceAndFind:
-        return replaceCurrent(true);
     case textFinderAction::replaceAll:
-        return replaceAll();
+        putOff = action;
+        return client.settle();
     }
 }
 
@@ -118,7 +104,12 @@ void TextFinder::textDidChange() {
 }
 
 void TextFinder::textDidSettle() {
-    if (const auto action = std::exchange(putOff, std::nullopt)) perform(*action);
+    if (const auto action = std::exchange(putOff, std::nullopt)) makeReplacement(*action);
+}
+
+void TextFinder::makeReplacement(textFinderAction action) {
+    if (action == textFinderAction::replaceAll) return replaceAll();
+    replaceCurrent(action == textFinderAction::replaceAndFind);
 }
 
 const std::vector<std::size_t>& TextFinder::matches() {

@@ -82,12 +82,12 @@ public:
     /// replacement leads to is made here.
     void textDidChange();
 
-    /// To be called when the client's text has settled. A replacement that was asked for meanwhile
-    /// is made here, in the text as it is now.
+    /// To be called when the client's text has settled. A replacement that was asked for is made
+    /// here, in the text as it is now.
     void textDidSettle();
 
-    /// To be called when the client shows another text, or cannot tell what it shows: what was
-    /// asked for meanwhile is not made.
+    /// To be called when the client shows another text, or cannot tell what it shows: a replacement
+    /// that was asked for is not made.
     void forgetPutOff() { putOff.reset(); }
 
 private:
@@ -108,6 +108,7 @@ private:
     void select(const textRange& range);
     void replaceCurrent(bool findNext);
     void replaceAll();
+    void makeReplacement(textFinderAction action);
     void tell(findReport report);
 
     TextFinderClient& client;
@@ -127,6 +128,7 @@ private:
     /// Where typing into the search field began to search.
     std::optional<std::size_t> searchStart;
     std::optional<selectionToCome> toSelect;
+    /// A replacement that waits for the text to settle.
     std::optional<textFinderAction> putOff;
 };
 

@@ -19,8 +19,9 @@ public:
     /// Whether replacing is allowed.
     virtual bool isEditable() const = 0;
 
-    /// Whether nothing is known to be on its way that makes `string` another text.
-    virtual bool isSettled() const = 0;
+    /// Makes sure that `string` is what the user sees, with what was typed a moment ago, and then
+    /// calls the finder's `textDidSettle`.
+    virtual void settle() = 0;
 
     /// The range that was last selected through the find bar.
     virtual textRange firstSelectedRange() const = 0;

@@ -142,28 +142,36 @@ void WKAceView::messageReceived(std::string_view handler, const scriptValue& bod
 
 void WKAceView::readChange() {
     ++changeReports;
-    ++readsUnderWay;
     // Sent by the page before it took the newest text, or typed into that text already? The answer
     // tells: statements run in order, so it is the new text, unchanged or not.
-    const bool mayBeOld = newest == setting::underWay;
-    evaluate("editor.getValue();", [this, began = generation, mayBeOld,
+    readText(newest == setting::underWay);
+    textFinder.textWillChange();
+}
+
+void WKAceView::settle() {
+    readText(true);
+}
+
+void WKAceView::readText(bool mayBeKnown) {
+    ++readsUnderWay;
+    evaluate("editor.getValue();", [this, began = generation, mayBeKnown,
                                     from = pageNumber](const std::optional<scriptValue>& result) {
         if (from != pageNumber) return;
         --readsUnderWay;
         if (!textIn(result)) textFinder.forgetPutOff();
-        changeRead(textIn(result), began, mayBeOld);
-        if (isSettled()) textFinder.textDidSettle();
+        textRead(textIn(result), began, mayBeKnown);
+        if (readsUnderWay == 0) textFinder.textDidSettle();
     });
-    textFinder.textWillChange();
 }
 
-void WKAceView::changeRead(const std::string* text, std::uint64_t began, bool mayBeOld) {
+void WKAceView::textRead(const std::string* text, std::uint64_t began, bool mayBeKnown) {
     if (!text) return;
     // Typed just before an undo took the text away: the redo is to give it back.
     if (replacedText && began == replacedGeneration) *replacedText = *text;
     if (began != generation || newest == setting::failed) return;
-    if (mayBeOld && withEqualLineEnds(*text) == withEqualLineEnds(stringValue)) return;
+    if (mayBeKnown && withEqualLineEnds(*text) == withEqualLineEnds(stringValue)) return;
     lossesInARow = 0;
+    textFinder.textWillChange();
     stringValue = *text;
     textFinder.textDidChange();
     reportChange();

@@ -95,7 +95,7 @@ public:
 
     // What the find bar asks.
     bool isEditable() const override { return !readOnly; }
-    bool isSettled() const override { return readsUnderWay == 0; }
+    void settle() override;
     textRange firstSelectedRange() const override { return firstSelected; }
     const std::vector<textRange>& selectedRanges() const override { return selected; }
     void setSelectedRanges(std::vector<textRange> ranges) override { selected = std::move(ranges); }
@@ -117,7 +117,8 @@ private:
     void sendText(std::string text);
     void textWasTaken(bool taken, std::uint64_t generation);
     void readChange();
-    void changeRead(const std::string* text, std::uint64_t began, bool mayBeOld);
+    void readText(bool mayBeKnown);
+    void textRead(const std::string* text, std::uint64_t began, bool mayBeKnown);
     void forgetReads();
     UndoManager::Token registerTextUndo(const std::string& name, std::shared_ptr<std::string> text);
     void restore(const std::string& name, const std::string& text);

@@ -24,6 +24,12 @@ struct RecordingWebView : WebView {
         waiting.pop_front();
         completion(result);
     }
+    /// Answers the newest one.
+    void answerLast(const std::optional<scriptValue>& result) {
+        const Completion completion = std::move(waiting.back());
+        waiting.pop_back();
+        completion(result);
+    }
     void fail() { answer(std::nullopt); }
     /// The user types: the page reports it and then answers with its new text.
     void type(const std::string& text) {

@@ -154,8 +154,13 @@ TEST_F(CodeEditorTest, FindsAndReplacesByTheFindBar) {
 
     press(Qt::Key_Escape);
     EXPECT_TRUE(eventually([&] { return inPage("editor.isFocused()") == scriptValue(true); }));
+    view().finder().setSearchText("green");
+    view().finder().setReplacement("teal");
     type("w");
-    EXPECT_TRUE(eventually([&] { return view().string().find('w') != std::string::npos; }));
+    view().performTextFinderAction(textFinderAction::replaceAll); // at once
+    EXPECT_TRUE(eventually([&] { return view().string().find("teal") != std::string::npos; }));
+    EXPECT_NE(view().string().find('w'), std::string::npos);
+    EXPECT_TRUE(eventually([&] { return textInPage() == view().string(); }));
 }
 
 TEST_F(CodeEditorTest, FollowsThePreferences) {

@@ -116,10 +116,12 @@ TEST_F(CodeEditorTest, ReplacesAndReachesEveryPartOfTheBarByKeyboard) {
     EXPECT_TRUE(part<QLineEdit>("replaceField").hasFocus());
     write("1");
     press(Qt::Key_R, Qt::AltModifier);
+    page().answer(bridge.string()); // that nothing was typed meanwhile
     ASSERT_TRUE(eventually([&] { return bridge.string() == "1 two One three"; }));
     page().answer(bridge.string());
     EXPECT_EQ(matchCount(), "1 of 1");
     press(Qt::Key_A, Qt::AltModifier);
+    page().answer(bridge.string());
     ASSERT_TRUE(eventually([&] { return bridge.string() == "1 two 1 three"; }));
     page().answer(bridge.string());
     EXPECT_EQ(matchCount(), "1 replaced");
