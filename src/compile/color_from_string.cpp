@@ -19,13 +19,6 @@ colorComponents fromRGB(std::uint32_t rgb) {
     return {((rgb >> 16) & 255) / 255.0, ((rgb >> 8) & 255) / 255.0, (rgb & 255) / 255.0, 1};
 }
 
-std::optional<std::uint32_t> hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return std::nullopt;
-}
-
 colorComponents fromHex(std::string_view text) {
     const std::string digits = without(without(text, "#"), ";");
     const bool isShort = !dropFirst(digits, 2).empty() && dropFirst(digits, 3).empty();

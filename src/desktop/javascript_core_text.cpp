@@ -1,5 +1,7 @@
 #include "desktop/javascript_core_text.h"
 
+#include "model/utf8.h"
+
 #include <QString>
 #include <QStringDecoder>
 
@@ -22,26 +24,6 @@ JSStringRef stringFromUTF8(std::string_view utf8) {
                                         static_cast<std::size_t>(text.size()));
 }
 
-void append(std::string& utf8, char32_t c) {
-    const auto put = [&utf8](char32_t byte) { utf8 += static_cast<char>(byte); };
-    const auto tail = [&](int shift) { put(0x80 | ((c >> shift) & 0x3F)); };
-    if (c < 0x80) {
-        put(c);
-    } else if (c < 0x800) {
-        put(0xC0 | (c >> 6));
-        tail(0);
-    } else if (c < 0x10000) {
-        put(0xE0 | (c >> 12));
-        tail(6);
-        tail(0);
-    } else {
-        put(0xF0 | (c >> 18));
-        tail(12);
-        tail(6);
-        tail(0);
-    }
-}
-
 } // namespace
 
 EngineString::EngineString(std::string_view utf8) : string(stringFromUTF8(utf8)) {}
@@ -55,12 +37,12 @@ std::string EngineString::utf8() const {
     for (std::size_t i = 0; i < length; ++i) {
         const char32_t unit = units[i];
         if (!QChar::isSurrogate(unit)) {
-            append(text, unit);
+            appendUTF8(text, unit);
         } else if (QChar::isHighSurrogate(unit) && i + 1 < length &&
                    QChar::isLowSurrogate(units[i + 1])) {
-            append(text, QChar::surrogateToUcs4(static_cast<char16_t>(unit), units[++i]));
+            appendUTF8(text, QChar::surrogateToUcs4(static_cast<char16_t>(unit), units[++i]));
         } else {
-            append(text, QChar::ReplacementCharacter);
+            appendUTF8(text, QChar::ReplacementCharacter);
         }
     }
     return text;

@@ -1,6 +1,7 @@
 #include "model/json_string.h"
 
 #include "model/byte_words.h"
+#include "model/utf8.h"
 
 #include <bit>
 #include <charconv>
@@ -19,26 +20,6 @@ std::optional<char32_t> codeUnit(std::string_view digits) {
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + 4, value, 16);
     if (error != std::errc() || end != digits.data() + 4) return std::nullopt;
     return value;
-}
-
-char* writeUTF8(char32_t c, char* to) {
-    const auto put = [&to](char32_t byte) { *to++ = static_cast<char>(byte); };
-    if (c < 0x80) {
-        put(c);
-    } else if (c < 0x800) {
-        put(0xC0 | c >> 6);
-        put(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-        put(0xE0 | c >> 12);
-        put(0x80 | (c >> 6 & 0x3F));
-        put(0x80 | (c & 0x3F));
-    } else {
-        put(0xF0 | c >> 18);
-        put(0x80 | (c >> 12 & 0x3F));
-        put(0x80 | (c >> 6 & 0x3F));
-        put(0x80 | (c & 0x3F));
-    }
-    return to;
 }
 
 /// Reads the escape whose backslash stands at `from`, moves `from` behind it and writes its

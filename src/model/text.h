@@ -35,6 +35,9 @@ std::string replacingAll(std::string_view text, std::string_view from, std::stri
 /// `text` with A to Z in lower case and everything else as it is.
 std::string lowercasedASCII(std::string_view text);
 
+/// What the hexadecimal digit `c` stands for; nothing for any other character.
+std::optional<std::uint32_t> hexDigit(char c);
+
 bool contains(std::string_view text, std::string_view part);
 
 /// A whole text of decimal digits with an optional sign; nothing for any other text or a number

@@ -1,6 +1,7 @@
 #include "preferences/ini_text.h"
 
 #include "model/text.h"
+#include "model/utf8.h"
 
 #include <algorithm>
 #include <array>
@@ -32,35 +33,14 @@ std::string_view withoutBlanks(std::string_view text) {
     return text.substr(begin, text.find_last_not_of(blanks) + 1 - begin);
 }
 
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
-void appendUTF8(std::string& text, char32_t c) {
-    const auto byte = [&](char32_t value) { text += static_cast<char>(value); };
-    if (c < 0x80) {
-        byte(c);
-    } else if (c < 0x800) {
-        byte(0xC0 | c >> 6);
-        byte(0x80 | (c & 0x3F));
-    } else {
-        byte(0xE0 | c >> 12);
-        byte(0x80 | (c >> 6 & 0x3F));
-        byte(0x80 | (c & 0x3F));
-    }
-}
-
 /// Reads what follows a backslash at `at`, which moves behind it.
 void appendEscaped(std::string& text, std::string_view written, std::size_t& at) {
     const char kind = written[at++];
     if (kind == 'x') {
         // As many digits as there are; a UTF-16 unit has four.
         char32_t unit = 0;
-        for (; at < written.size() && hexDigit(written[at]) >= 0; ++at)
-            unit = (unit << 4 | static_cast<char32_t>(hexDigit(written[at]))) & 0xFFFF;
+        for (; at < written.size() && hexDigit(written[at]); ++at)
+            unit = (unit << 4 | *hexDigit(written[at])) & 0xFFFF;
         appendUTF8(text, unit);
         return;
     }
@@ -120,7 +100,7 @@ std::string encoded(std::string_view value) {
             text += {'\\', known->first};
             isAfterHex = false;
             needsQuotes = true;
-        } else if (byte < 0x20 || byte == 0x7F || (isAfterHex && hexDigit(c) >= 0)) {
+        } else if (byte < 0x20 || byte == 0x7F || (isAfterHex && hexDigit(c))) {
             text += {'\\', 'x', hexDigits[byte >> 4], hexDigits[byte & 0xF]};
             isAfterHex = true;
             needsQuotes = true;

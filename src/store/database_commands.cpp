@@ -19,9 +19,6 @@ constexpr const char* resetText =
     "If iCloud sync is enabled, this will also erase all styles from iCloud. This action cannot be "
     "undone. Are you sure you would like to reset your style database?";
 
-constexpr std::string_view wrongTypeTitle = "Error reading style database";
-constexpr std::string_view wrongTypeText =
-    "The style database file you selected may not be valid, or is corrupt.";
 constexpr const char* replaceText = "Its current content will be lost.";
 
 std::string replaceTitle(const std::filesystem::path& file) {
@@ -50,7 +47,7 @@ void DatabaseCommands::setImporting(bool importing) {
 void DatabaseCommands::importFrom(const std::filesystem::path& file) {
     if (isImporting) return;
     // A panel shows only this type, but takes any name that is typed.
-    if (!isDatabaseFile(file)) return machine.alerts.showAlert(wrongTypeTitle, wrongTypeText);
+    if (!isDatabaseFile(file)) return machine.alerts.showAlert(readErrorTitle, readErrorText);
     setImporting(true);
     machine.dispatcher.inBackground(taskPriority::utility, [this, file] {
         machine.store.importDatabase(file);

@@ -26,9 +26,6 @@ constexpr std::string_view saveErrorText =
 constexpr std::string_view exportErrorText =
     "An error occurred while trying to back up your style database. Please make sure you have "
     "permission to write to the desired path.";
-constexpr std::string_view readErrorTitle = "Error reading style database";
-constexpr std::string_view readErrorText =
-    "The style database file you selected may not be valid, or is corrupt.";
 
 } // namespace
 

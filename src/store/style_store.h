@@ -25,6 +25,11 @@ namespace tessaril {
 /// The directory's name under which application and extension share their files.
 inline constexpr std::string_view applicationGroup = "7RX2KD84QM.group.com.tessaril.shared";
 
+/// The alert about a file that holds no database.
+inline constexpr std::string_view readErrorTitle = "Error reading style database";
+inline constexpr std::string_view readErrorText =
+    "The style database file you selected may not be valid, or is corrupt.";
+
 /// What the store reaches the machine and its neighbours through. All outlive the store.
 struct storeSurroundings {
     FileSystem& files;
