@@ -51,12 +51,7 @@ protected:
     }
 
     scriptValue inPage(std::string_view statement) {
-        std::optional<scriptValue> result;
-        web.view->evaluate(statement, [&](const std::optional<scriptValue>& given) {
-            result = given.value_or(scriptValue());
-        });
-        EXPECT_TRUE(eventually([&] { return result.has_value(); })) << statement;
-        return result.value_or(scriptValue());
+        return evaluated(web, statement).value_or(scriptValue());
     }
     std::string textInPage() { return std::get<std::string>(inPage("editor.getValue()")); }
     void set(const std::string& text) {
@@ -195,8 +190,7 @@ TEST_F(CodeEditorTest, ShowsItsTextAgainWhenTheProcessEnds) {
     ASSERT_TRUE(becomes("xkept"));
     content.text = view().string();
     CapturedLog log;
-    const auto process = web.widget->findChild<QObject*>("page")->property("renderProcessPid");
-    ASSERT_EQ(kill(process.value<pid_t>(), SIGKILL), 0);
+    ASSERT_EQ(kill(pageProcess(web), SIGKILL), 0);
     EXPECT_TRUE(eventually([&] { return !view().isReady(); }));
     EXPECT_TRUE(eventually([&] { return configured.isReady(); }));
     EXPECT_TRUE(eventually([&] { return textInPage() == "xkept"; }));
@@ -212,19 +206,12 @@ TEST(CodeEditors, ThirtyOpenAndCloseInOneProcess) {
     for (int i = 0; i < 30; ++i)
         windows.push_back(std::make_unique<EditorWindow>("/* " + std::to_string(i) + " */"));
     windows[3].reset(); // while it loads
-    std::set<qlonglong> processes;
+    std::set<pid_t> processes;
     for (const auto& window : windows) {
         if (!window) continue;
         ASSERT_TRUE(eventually([&] { return window->configured.isReady(); }));
-        std::string text;
-        window->web.view->evaluate("editor.getValue()", [&](const auto& given) {
-            text = std::get<std::string>(given.value());
-        });
-        ASSERT_TRUE(eventually([&] { return !text.empty(); }));
-        EXPECT_EQ(text, window->content.text);
-        processes.insert(window->web.widget->findChild<QObject*>("page")
-                             ->property("renderProcessPid")
-                             .toLongLong());
+        EXPECT_EQ(evaluated(window->web, "editor.getValue()"), scriptValue(window->content.text));
+        processes.insert(pageProcess(window->web));
     }
     EXPECT_EQ(processes.size(), 1U);
 }

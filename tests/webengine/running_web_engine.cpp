@@ -1,5 +1,9 @@
 #include "support/running_web_engine.h"
 
+#include "support/event_loop.h"
+
+#include <QWidget>
+
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -21,6 +25,17 @@ struct EngineEnd : ::testing::Environment {
 LazyWebEngine& runningWebEngine() {
     if (!engine) engine = std::make_unique<LazyWebEngine>(TESSARIL_WEBENGINE);
     return *engine;
+}
+
+std::optional<scriptValue> evaluated(const shownWebView& web, std::string_view statement) {
+    std::optional<std::optional<scriptValue>> result;
+    web.view->evaluate(statement, [&](const auto& given) { result = given; });
+    EXPECT_TRUE(eventually([&] { return result.has_value(); })) << statement;
+    return result.value_or(std::nullopt);
+}
+
+pid_t pageProcess(const shownWebView& web) {
+    return web.widget->findChild<QObject*>("page")->property("renderProcessPid").value<pid_t>();
 }
 
 } // namespace tessaril::testing

@@ -38,12 +38,7 @@ protected:
         shown.view->loadPage(TESSARIL_RESOURCES "/Ace/index.html");
         EXPECT_TRUE(eventually([&] { return loaded > before; }));
     }
-    Value value(std::string_view statement) {
-        std::optional<Value> result;
-        shown.view->evaluate(statement, [&](const Value& given) { result = given; });
-        EXPECT_TRUE(eventually([&] { return result.has_value(); })) << statement;
-        return result.value_or(std::nullopt);
-    }
+    Value value(std::string_view statement) { return evaluated(shown, statement); }
 
     void navigationFinished() override { ++loaded; }
     void messageReceived(std::string_view handler, const scriptValue& body) override {
@@ -151,17 +146,12 @@ TEST_F(WebViewTest, KeepsItsScaleUnderTheWheel) {
 TEST_F(WebViewTest, SaysWhenItsProcessEndedAndLoadsAgain) {
     value("window.before = true");
     CapturedLog log;
-    const auto process = [&] {
-        return shown.widget->findChild<QObject*>("page")
-            ->property("renderProcessPid")
-            .value<pid_t>();
-    };
-    ASSERT_EQ(kill(process(), SIGKILL), 0);
+    ASSERT_EQ(kill(pageProcess(shown), SIGKILL), 0);
     ASSERT_TRUE(eventually([&] { return lost == 1; }));
     // Once more while the page loads.
     shown.view->loadPage(TESSARIL_RESOURCES "/Ace/index.html");
-    ASSERT_TRUE(eventually([&] { return process() > 0; }));
-    ASSERT_EQ(kill(process(), SIGKILL), 0);
+    ASSERT_TRUE(eventually([&] { return pageProcess(shown) > 0; }));
+    ASSERT_EQ(kill(pageProcess(shown), SIGKILL), 0);
     ASSERT_TRUE(eventually([&] { return lost == 2 || loaded == 2; }));
     load();
     EXPECT_EQ(value("window.before ?? 'new'"), Value("new"));
