@@ -96,10 +96,9 @@ bool SettingsStore::takeOver() {
     }
     auto parsed = bytes ? IniText::parse(std::move(*bytes)) : std::nullopt;
     if (!parsed) return moveAside();
-    // A file that was cut to nothing is no wish to forget everything.
-    if (parsed->isEmpty() && !parsed->isCutShort()) return true;
     const bool isCutShort = parsed->isCutShort();
-    if (!isCutShort || known.isEmpty()) known = std::move(*parsed);
+    // A file that was cut, were it to nothing, is no wish to forget everything.
+    if (known.isEmpty() || !(isCutShort || parsed->isEmpty())) known = std::move(*parsed);
     return !isCutShort || moveAside();
 }
 

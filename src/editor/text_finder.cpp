@@ -104,7 +104,8 @@ void TextFinder::textDidChange() {
 }
 
 void TextFinder::textDidSettle() {
-    if (const auto action = std::exchange(putOff, std::nullopt)) makeReplacement(*action);
+    const auto action = std::exchange(putOff, std::nullopt);
+    if (action && canPerform(*action)) makeReplacement(*action);
 }
 
 void TextFinder::makeReplacement(textFinderAction action) {
@@ -159,6 +160,11 @@ void TextFinder::hide(findBarVisibility visibility) {
 void TextFinder::step(bool forward) {
     if (searchedText.empty()) return show(std::max(shown, findBarVisibility::find));
     searchStart.reset();
+    if (putOff) {
+        // First the replacement, of the match that is selected now.
+        if (*putOff == textFinderAction::replace) putOff = textFinderAction::replaceAndFind;
+        return;
+    }
     if (toSelect) {
         toSelect->findNext = true;
         return;

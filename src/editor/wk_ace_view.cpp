@@ -101,11 +101,11 @@ void WKAceView::evaluate(std::string_view statement, WebView::Completion complet
 void WKAceView::setString(std::string text) {
     // An undo of the text before would put one text into the place of another.
     if (text != stringValue) undoManager.removeActions(this);
-    textFinder.forgetPutOff();
     sendText(std::move(text));
 }
 
 void WKAceView::sendText(std::string text) {
+    textFinder.forgetPutOff();
     textFinder.textWillChange();
     stringValue = std::move(text);
     newest = setting::underWay;
@@ -158,7 +158,7 @@ void WKAceView::readText(bool mayBeKnown) {
                                     from = pageNumber](const std::optional<scriptValue>& result) {
         if (from != pageNumber) return;
         --readsUnderWay;
-        if (!textIn(result)) textFinder.forgetPutOff();
+        if (!textIn(result) || newest == setting::failed) textFinder.forgetPutOff();
         textRead(textIn(result), began, mayBeKnown);
         if (readsUnderWay == 0) textFinder.textDidSettle();
     });

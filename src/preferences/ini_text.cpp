@@ -115,14 +115,17 @@ std::string encoded(std::string_view value) {
 } // namespace
 
 std::optional<IniText> IniText::parse(std::string bytes) {
+    IniText parsed;
+    // What stands behind the last line break is no line, or not all of one: it may end within a
+    // character.
+    const std::size_t whole = bytes.rfind('\n') + 1;
+    parsed.cutShort = whole < bytes.size();
+    bytes.resize(whole);
     const auto text = textFromUTF8(std::move(bytes));
     if (!text || text->find('\0') != text->npos) return std::nullopt;
 
-    IniText parsed;
     bool isGeneral = true;
     auto pieces = split(*text, "\n");
-    // What stands behind the last line break is no line, or not all of one.
-    parsed.cutShort = !pieces.back().empty();
     pieces.pop_back();
     for (std::string_view piece : pieces) {
         if (piece.ends_with('\r')) piece.remove_suffix(1);

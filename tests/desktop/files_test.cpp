@@ -303,7 +303,7 @@ TEST(SettingsStore, KeepsWhatItCannotReadBesideItAndStartsEmpty) {
         EXPECT_EQ(fileContent(file), "[General]\ny=1\n");
         EXPECT_EQ(SettingsStore(file).value("y", ""), preferenceValue("1"));
     };
-    writeFile(file, "x=1\n\xFF\xFE");
+    writeFile(file, "x=1\n\xFF\xFE\n");
     startOver();
     writeFile(file, "[General\nx=1");
     startOver();
@@ -343,6 +343,9 @@ TEST(SettingsStore, LosesNothingWhileOthersDamageDeleteOrChangeTheFile) {
         EXPECT_EQ(SettingsStore(file).value("author", ""), preferenceValue("Jane"));
     }
     EXPECT_EQ(folder.names().size(), 4U) << "so are those that were cut short";
+    writeFile(file, "; a note and no value\n");
+    SettingsStore(file).setValue("author", "Jane");
+    EXPECT_THAT(fileContent(file), HasSubstr("; a note"));
 
     writeFile(file, "; note\n[General]\ntheme=nord\nauthor=Jane\ncount=7\n");
     setOver(5);

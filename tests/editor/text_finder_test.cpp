@@ -105,6 +105,35 @@ TEST(TextFinder, ReplacesOnlyInATextThatHasSettled) {
     EXPECT_EQ(text.view.string(), "x another 1");
 }
 
+TEST(TextFinder, DropsAReplacementThatHasBecomeMeaningless) {
+    Finding undone("one", "one");
+    undone.finder.setReplacement("1");
+    undone.after(tag::replaceAll);
+    undone.settle();
+    undone.finder.setSearchText("1");
+    undone.finder.setReplacement("2");
+    undone.view.performTextFinderAction(tag::replaceAll);
+    undone.undo.undo();
+    undone.page.answer("1");
+    EXPECT_EQ(undone.view.string(), "one");
+
+    Finding readOnly("one", "one");
+    readOnly.view.performTextFinderAction(tag::replaceAll);
+    readOnly.view.setReadOnly();
+    readOnly.page.answer("one");
+    EXPECT_EQ(readOnly.view.string(), "one");
+
+    // A step comes after the replacement of the match that was selected.
+    Finding stepped("one one", "one");
+    stepped.after(tag::nextMatch);
+    stepped.finder.setReplacement("1");
+    const textRange selected = stepped.view.firstSelectedRange();
+    stepped.view.performTextFinderAction(tag::replace);
+    EXPECT_EQ(stepped.after(tag::nextMatch), selected);
+    stepped.page.answer("one one");
+    EXPECT_EQ(stepped.view.string(), selected.location == 0 ? "1 one" : "one 1");
+}
+
 TEST(TextFinder, SelectsTheNextMatchWhenTheReplacedTextHasArrived) {
     Finding text("one two one one", "one");
     text.finder.setReplacement("\U0001F600");

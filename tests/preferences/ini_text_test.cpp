@@ -47,14 +47,18 @@ TEST(IniText, BringsBackEveryTextAndNeverWritesWhatItCannotRead) {
 
 TEST(IniText, TellsDamageFromText) {
     for (const std::string& bytes :
-         {std::string("x=\xFF"), std::string("x=\0", 3), std::string("[General\nx=1"),
+         {std::string("x=\xFF\n"), std::string("x=\0\n", 4), std::string("[General\nx=1"),
           std::string("x=1\nstray\n"), std::string("=1\n")})
         EXPECT_FALSE(IniText::parse(bytes)) << bytes;
     for (const char* bytes : {"", "\n", "[General]", "# note", "x=\\", "x=\\xD800", "x=\"a"})
         EXPECT_TRUE(IniText::parse(bytes)) << bytes;
     EXPECT_TRUE(IniText::parse("[General]\n; x=1\n")->isEmpty());
-    const auto cut = IniText::parse("x=1\ny=1");
-    EXPECT_TRUE(cut->isCutShort() && cut->value("x") && !cut->value("y"));
+    const std::string whole = "x=1\ny=\u00E4\U0001F600";
+    for (std::size_t length = 4; length <= whole.size(); ++length) {
+        const auto cut = IniText::parse(whole.substr(0, length));
+        EXPECT_TRUE(cut && cut->value("x") && !cut->value("y")) << length;
+        EXPECT_EQ(cut->isCutShort(), length > 4);
+    }
     EXPECT_EQ(IniText::parse("x=\\xD800\n")->value("x"), "\uFFFD\uFFFD\uFFFD");
     EXPECT_EQ(IniText::parse("x= \u00A0a \t\r\n")->value("x"), "\u00A0a");
 }
