@@ -1,6 +1,6 @@
 #include "editor/text_finder.h"
 
-#include "editor/case_folding.h"
+#include "model/case_folding.h"
 #include "editor/text_places.h"
 
 #include <algorithm>

@@ -1,64 +1,108 @@
 #pragma once
 
 #include "events/notification_center.h"
-#include "platform/alerts.h"
 #include "platform/dispatcher.h"
+#include "platform/icon_loader.h"
+#include "store/style_filter.h"
 #include "store/style_object.h"
 #include "store/style_store.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <optional>
+#include <string_view>
 #include <vector>
 
 namespace tessaril {
+
+/// What becomes of some rows that stand together.
+struct rowsChange {
+    enum class kind { insertion, removal, move };
+    kind what;
+    std::size_t first;
+    std::size_t last;   ///< the last one of them, not the one behind
+    std::size_t to = 0; ///< of a move, which is of one row: where it stands afterwards
+};
 
 /// What the style list tells its window. All on the main thread; a row's index is its style's.
 class StyleListObserver {
 public:
     virtual ~StyleListObserver() = default;
 
-    /// All rows are new.
+    /// All rows are about to be made anew, and have been.
+    virtual void rowsWillReset() = 0;
     virtual void rowsReset() = 0;
-    /// A last row was added, to be scrolled to and selected.
-    virtual void rowAppended() = 0;
+    /// The same of some rows. Between the two calls nothing is to be read.
+    virtual void rowsWillChange(const rowsChange& change) = 0;
+    virtual void rowsChanged(const rowsChange& change) = 0;
     /// The row shows something else.
     virtual void rowChanged(std::size_t row) = 0;
-    /// Scroll to the row and select it.
+    /// Scroll to the row and select it; where the filter hides it, the filter has to go.
     virtual void selectRow(std::size_t row) = 0;
+    /// `isLockedForSync` has changed.
+    virtual void lockChanged() = 0;
 };
 
-/// The style list behind its window: the rows, kept in step with the live database by way of the
-/// event bus, and the commands on them. Main thread only, where notifications arrive on any.
+/// The rows of the style list, kept in step with the live database by way of the event bus. Main
+/// thread only, where notifications arrive on any.
 class StyleList {
 public:
+    /// All outlive it.
     StyleList(StyleStore& store, NotificationCenter& center, Dispatcher& dispatcher,
-              Alerts& alerts);
+              IconLoader& icons);
+    ~StyleList();
+    StyleList(const StyleList&) = delete;
+    StyleList& operator=(const StyleList&) = delete;
 
     /// The window that shows the list; nothing to stop telling. Rows are read from the live
     /// database when the first observer arrives, which loads it.
     void setObserver(StyleListObserver* observer);
 
-    const std::vector<styleObject>& styles() const { return rows; }
+    const std::vector<std::unique_ptr<styleObject>>& styles() const { return rows; }
 
-    /// The row's check box: flips whether the style is enabled and saves. Only beeps while locked.
-    void onToggle(std::size_t row);
+    /// The first row of the style.
+    std::optional<std::size_t> rowOf(std::int64_t id) const;
 
     /// Whether the cloud copy is being fetched, so that no command may change the list.
     bool isLockedForSync() const { return lockedForSync; }
-    void setLockedForSync(bool locked) { lockedForSync = locked; }
+    void setLockedForSync(bool locked);
+
+    /// The styles whose rows are on the screen, whose icons are wanted first.
+    void setOnScreen(std::vector<std::int64_t> ids);
+
+    // What the commands on the list tell it of.
+
+    /// All rows anew from the live database.
+    void refreshTable();
+    /// Rows that the live database has no more, ascending.
+    void removeRows(const std::vector<std::size_t>& removed);
+    /// Rows that the live database has got, ascending; the indexes are those afterwards.
+    void insertRows(const std::vector<std::size_t>& inserted);
+    void moveRow(std::size_t from, std::size_t to);
+    /// Shows the row's enabled flag as the database has it.
+    void showEnabled(std::size_t row, bool isEnabled);
+    /// Draws the row anew, as for a box that the user clicked in vain.
+    void showAgain(std::size_t row);
+    /// Scrolls to the row and selects it.
+    void selectRow(std::size_t row);
 
 private:
-    void tellChanged(std::size_t row);
-    void refreshTable();
     void refreshTableAndScroll();
     void addLatestStyle();
-    void openStyle(std::int64_t id);
+    void showName(const notification& renamed);
+    void takeIcon(std::int64_t id, const std::shared_ptr<const siteIcon>& icon,
+                  iconRequest request);
+    void change(const rowsChange& change, const std::function<void()>& apply);
+    std::unique_ptr<styleObject> makeRow(const styleContainer& style) const;
+    bool agreesWithDatabase() const;
 
     StyleStore& store;
+    NotificationCenter& center;
     Dispatcher& dispatcher;
-    Alerts& alerts;
+    IconLoader& icons;
     StyleListObserver* observer = nullptr;
-    std::vector<styleObject> rows;
+    std::vector<std::unique_ptr<styleObject>> rows;
     bool lockedForSync = false;
     std::vector<NotificationCenter::Subscription> subscriptions;
 };

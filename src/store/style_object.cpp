@@ -1,5 +1,7 @@
 #include "store/style_object.h"
 
+#include "store/style_filter.h"
+
 namespace tessaril {
 
 namespace {
@@ -17,6 +19,8 @@ styleObject::styleObject(const styleContainer& style)
     , name(style.styleData.name)
     , isEnabled(style.isEnabled)
     , uniqueID(style.uniqueID)
-    , homepage(style.homepageURL) {}
+    , homepage(style.homepageURL)
+    , isCustom(style.source == sourceCustom)
+    , searchText(searchTextOf(style)) {}
 
 } // namespace tessaril

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "model/style_container.h"
+#include "platform/icon_loader.h"
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 namespace tessaril {
@@ -15,12 +17,14 @@ struct styleObject {
     std::int64_t uniqueID = 0; ///< links the row to its style
     /// "none", "checking", "updated", "noupdates" or "error"
     std::string updateStatus = "none";
+    /// Nothing: the placeholder "droplet24" is shown.
+    std::shared_ptr<const siteIcon> faviconImg;
     std::string homepage;
+    bool isCustom = true; ///< written here, so never updated from elsewhere
+    /// Name, author and sites in one text with its case folded, for the filter.
+    std::u16string searchText;
 
-    styleObject() = default;
     explicit styleObject(const styleContainer& style);
-
-    bool operator==(const styleObject&) const = default;
 };
 
 } // namespace tessaril

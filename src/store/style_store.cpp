@@ -152,7 +152,7 @@ liveDatabase StyleStore::snapshot() {
 }
 
 std::optional<styleContainer> StyleStore::styleWithID(std::int64_t id) {
-    const auto style = sharedStyle(id);
+    const auto style = findStyle(id);
     return style ? std::optional(*style) : std::nullopt;
 }
 
@@ -161,12 +161,22 @@ std::optional<std::size_t> StyleStore::indexOfStyle(std::int64_t id) {
         [id](const liveDatabase& live) { return tessaril::indexOfStyle(live.styles, id); });
 }
 
-std::vector<styleObject> StyleStore::styleRows() {
+std::size_t StyleStore::countStyles() {
+    return withDatabase([](const liveDatabase& live) { return live.styles.size(); });
+}
+
+std::shared_ptr<const styleContainer> StyleStore::styleAt(std::size_t index) {
+    return withDatabase([index](const liveDatabase& live) {
+        return index < live.styles.size() ? live.styles[index] : nullptr;
+    });
+}
+
+std::vector<std::unique_ptr<styleObject>> StyleStore::styleRows() {
     const liveDatabase live = snapshot();
-    std::vector<styleObject> rows;
+    std::vector<std::unique_ptr<styleObject>> rows;
     rows.reserve(live.styles.size());
     for (const auto& style : live.styles)
-        rows.emplace_back(*style);
+        rows.push_back(std::make_unique<styleObject>(*style));
     return rows;
 }
 
@@ -198,7 +208,7 @@ std::int64_t StyleStore::generateUniqueID() {
     return tessaril::generateUniqueID(live.styles);
 }
 
-std::shared_ptr<const styleContainer> StyleStore::sharedStyle(std::int64_t id) {
+std::shared_ptr<const styleContainer> StyleStore::findStyle(std::int64_t id) {
     return withDatabase([id](const liveDatabase& live) {
         const auto index = tessaril::indexOfStyle(live.styles, id);
         return index ? live.styles[*index] : nullptr;
@@ -220,7 +230,7 @@ bool StyleStore::changeStyle(std::int64_t id, const std::function<void(styleCont
     // A change may compile, which takes long, so it is made on a copy without the lock and made
     // again in the rare case that the style was replaced meanwhile.
     for (;;) {
-        const auto before = sharedStyle(id);
+        const auto before = findStyle(id);
         if (!before) return false;
         auto after = std::make_shared<styleContainer>(*before);
         change(*after);
@@ -232,10 +242,6 @@ bool StyleStore::changeStyle(std::int64_t id, const std::function<void(styleCont
         });
         if (installed) return true;
     }
-}
-
-void StyleStore::setEnabled(std::int64_t id, bool enabled) {
-    if (changeStyle(id, [&](styleContainer& style) { style.isEnabled = enabled; })) saveDatabase();
 }
 
 void StyleStore::applyStyleProperties(std::int64_t id, const styleContainer& from) {

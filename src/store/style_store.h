@@ -18,6 +18,8 @@
 #include <functional>
 #include <mutex>
 #include <optional>
+#include <span>
+#include <string_view>
 #include <vector>
 
 namespace tessaril {
@@ -89,7 +91,12 @@ public:
 
     std::optional<styleContainer> styleWithID(std::int64_t id);
     std::optional<std::size_t> indexOfStyle(std::int64_t id);
-    std::vector<styleObject> styleRows();
+    /// The same without a copy; null where there is none.
+    std::shared_ptr<const styleContainer> findStyle(std::int64_t id);
+    std::size_t countStyles();
+    /// The style at a position; null behind the last one.
+    std::shared_ptr<const styleContainer> styleAt(std::size_t index);
+    std::vector<std::unique_ptr<styleObject>> styleRows();
     std::size_t countNonCustomStyles();
     bool mostStylesEnabled();
     bool isDuplicateStyle(const styleContainer& style);
@@ -101,8 +108,8 @@ public:
     /// Appends a style. No save; the caller saves.
     void appendStyle(styleContainer style);
 
-    /// Sets whether the style is enabled, and saves.
-    void setEnabled(std::int64_t id, bool enabled);
+    /// Sets whether the styles are enabled, and saves once.
+    void setEnabled(std::span<const std::int64_t> ids, bool enabled);
 
     /// Takes over the properties of `from` that the properties window sets, compiles and saves.
     void applyStyleProperties(std::int64_t id, const styleContainer& from);
@@ -117,6 +124,27 @@ public:
     /// flag, frames, exclusions, appearance. No save; the caller saves.
     void replaceStyleKeepingSettings(std::int64_t id, styleContainer newStyle);
 
+    // Changes of the collection, each of which saves. Indexes are list positions; one outside the
+    // list changes nothing.
+
+    /// Appends a copy of the style under its own identifier, as one that was written here.
+    void duplicateStyle(std::size_t index);
+
+    /// Posts `closeProperties`, then removes the style.
+    void deleteStyle(std::size_t index);
+
+    /// Posts `styleNameChanged`. The style does not count as modified.
+    void renameStyle(std::size_t index, std::string_view name);
+
+    void setAllEnabled(bool enabled);
+
+    /// Takes the style out and puts it in again so that it stands at `to`.
+    void moveStyle(std::size_t from, std::size_t to);
+
+    /// Puts a style in, behind the last one where the list has become shorter. One whose identifier
+    /// is taken gets a fresh one.
+    void insertStyle(std::shared_ptr<const styleContainer> style, std::size_t index);
+
 private:
     /// Calls `use` with the loaded live database, under its lock.
     template <typename Use>
@@ -130,7 +158,6 @@ private:
     void save(bool withUpload);
     void reportSaveFailure();
     bool writeSnapshot(const std::filesystem::path& file);
-    std::shared_ptr<const styleContainer> sharedStyle(std::int64_t id);
     bool changeStyle(std::int64_t id, const std::function<void(styleContainer&)>& change);
 
     storeSurroundings machine;

@@ -1,4 +1,4 @@
-#include "editor/case_folding.h"
+#include "model/case_folding.h"
 
 #include <unicode/uchar.h>
 #include <unicode/ustring.h>

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "events/notification_center.h"
+#include "preferences/preferences.h"
+#include "store/style_store.h"
+
+#include <array>
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace tessaril {
+
+/// The menus of the new style sheet, in order.
+inline constexpr std::array<std::string_view, 4> ruleTypes = {"Domain", "URL is", "URL starts with",
+                                                              "RegExp"};
+inline constexpr std::array<std::string_view, 3> preprocessorTitles = {"None (CSS)", "Stylus",
+                                                                       "Less"};
+
+/// What the new style sheet holds. Texts are UTF-8 as typed, menus positions.
+struct newStyleFields {
+    std::string name = "";
+    int ruleType = 0;
+    std::string rule = ""; ///< blank: the style applies everywhere
+    int preprocessor = 0;
+};
+
+/// Makes the styles that are written from scratch. Main thread only.
+class NewStyle {
+public:
+    /// Opens the Style Editor on the style; false when it opened none.
+    using Route = std::function<bool(std::int64_t id)>;
+
+    /// All outlive it.
+    NewStyle(StyleStore& store, Preferences& preferences, NotificationCenter& center);
+
+    void setOpenNewStyleInEditor(Route route) { openNewStyleInEditor = std::move(route); }
+
+    /// Whether the create button is enabled: the name is not blank.
+    static bool canCreate(std::string_view name);
+
+    /// Adds the style to the database, announces it and opens it in the editor. The first one of an
+    /// installation comes with some advice in it. Does nothing while `canCreate` is false.
+    void create(const newStyleFields& fields);
+
+private:
+    StyleStore& store;
+    Preferences& preferences;
+    NotificationCenter& center;
+    Route openNewStyleInEditor;
+};
+
+} // namespace tessaril
