@@ -12,6 +12,13 @@ constexpr std::chrono::milliseconds launchCheckDelay(500);
 
 constexpr std::string_view supportSubject = "I need some Tessaril help!";
 
+struct NoIcons : IconLoader {
+    void setFoundHandler(Found) override {}
+    std::shared_ptr<const siteIcon> known(const styleContainer&) const override { return nullptr; }
+    void fetch(std::span<const std::int64_t>, iconRequest) override {}
+    void setOnScreen(std::vector<std::int64_t>) override {}
+};
+
 } // namespace
 
 Application::Application(applicationSurroundings surroundings)
@@ -29,7 +36,8 @@ Application::Application(applicationSurroundings surroundings)
                   .preferences = standard,
                   .compileStyle = [this](styleContainer& s) { compiler.compileStyle(s); }},
                  machine.container)
-    , list(styleStore, center, machine.dispatcher, machine.alerts)
+    , icons(std::make_unique<NoIcons>())
+    , list(styleStore, center, machine.dispatcher, *icons)
     , importer(
           {.files = machine.files,
            .alerts = machine.alerts,
@@ -43,6 +51,16 @@ Application::Application(applicationSurroundings surroundings)
     , links(center)
     , extensionWarning(machine.extension, standard, synced, machine.alerts)
     , stylesOpenInEditors(center)
+    , commands({.store = styleStore,
+                .list = list,
+                .center = center,
+                .dispatcher = machine.dispatcher,
+                .alerts = machine.alerts,
+                .undoManager = undoManager,
+                .openStyles = stylesOpenInEditors,
+                .updatingStyles = updatingStyles,
+                .openProperties = openProperties})
+    , styleMaker(styleStore, standard, center)
     , wholeDatabase({.files = machine.files,
                      .alerts = machine.alerts,
                      .dispatcher = machine.dispatcher,

@@ -14,11 +14,16 @@
 #include "preferences/preference_sync.h"
 #include "preferences/preferences.h"
 #include "store/database_commands.h"
+#include "store/new_style.h"
 #include "store/open_styles.h"
+#include "store/style_ids.h"
 #include "store/style_list.h"
+#include "store/style_list_commands.h"
 #include "store/style_store.h"
+#include "undo/undo_manager.h"
 
 #include <filesystem>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -49,6 +54,10 @@ public:
 
     StyleStore& store() { return styleStore; }
     StyleList& styleList() { return list; }
+    StyleListCommands& listCommands() { return commands; }
+    NewStyle& newStyle() { return styleMaker; }
+    /// Of the main window.
+    UndoManager& listUndo() { return undoManager; }
     NotificationCenter& notificationCenter() { return center; }
     FileImport& fileImport() { return importer; }
     const OpenStyles& openStyles() const { return stylesOpenInEditors; }
@@ -89,12 +98,18 @@ private:
     PreferenceSync synced;
     StyleCompiler compiler;
     StyleStore styleStore;
+    std::unique_ptr<IconLoader> icons;
     StyleList list;
     FileImport importer;
     OpenedFiles openedFiles;
     LinkRouter links;
     ExtensionWarning extensionWarning;
     OpenStyles stylesOpenInEditors;
+    StyleIDs updatingStyles;
+    StyleIDs openProperties;
+    UndoManager undoManager;
+    StyleListCommands commands;
+    NewStyle styleMaker;
     DatabaseCommands wholeDatabase;
     PreferenceControls controls;
     CloudSwitch cloud;

@@ -8,6 +8,7 @@
 #include "undo/undo_manager.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -45,11 +46,16 @@ private:
         std::size_t index;
     };
 
-    bool asksForOne(const styleObject& row);
-    bool asksForMany(std::size_t count);
-    void deleteStyles(const std::vector<std::int64_t>& ids);
+    /// Where a style stood when it was chosen.
+    struct chosenStyle {
+        std::int64_t id;
+        std::size_t row;
+    };
+
+    bool isFree(std::int64_t id) const;
+    void deleteFree(std::vector<chosenStyle> chosen);
+    void deleteStyles(const std::vector<chosenStyle>& chosen);
     void restore(const std::vector<deletedStyle>& deleted);
-    void deleteAgain(const std::vector<deletedStyle>& restored);
 
     styleDeletionSurroundings machine;
 };

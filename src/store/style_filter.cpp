@@ -4,6 +4,7 @@
 #include "model/text.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tessaril {
 

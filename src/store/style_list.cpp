@@ -6,10 +6,33 @@
 
 namespace tessaril {
 
-StyleList::StyleList(StyleStore& styleStore, NotificationCenter& center, Dispatcher& mainDispatcher,
-                     Alerts& alertPresenter)
-    : store(styleStore), dispatcher(mainDispatcher), alerts(alertPresenter) {
+namespace {
+
+/// Rows that stand together, of an ascending list.
+struct rowRun {
+    std::size_t first;
+    std::size_t last;
+};
+
+std::vector<rowRun> runsOf(const std::vector<std::size_t>& ascending) {
+    std::vector<rowRun> runs;
+    for (const std::size_t row : ascending) {
+        if (!runs.empty() && runs.back().last + 1 == row)
+            runs.back().last = row;
+        else
+            runs.push_back({row, row});
+    }
+    return runs;
+}
+
+} // namespace
+
+StyleList::StyleList(StyleStore& styleStore, NotificationCenter& bus, Dispatcher& mainDispatcher,
+                     IconLoader& iconLoader)
+    : store(styleStore), center(bus), dispatcher(mainDispatcher), icons(iconLoader) {
     namespace names = notifications;
+    icons.setFoundHandler(
+        [this](auto id, const auto& icon, auto request) { takeIcon(id, icon, request); });
     // The cloud sync posts these from threads of its own.
     subscriptions.push_back(center.observe(names::refreshTable, [this](const notification&) {
         dispatcher.onMain([this] { refreshTable(); });
@@ -18,11 +41,21 @@ StyleList::StyleList(StyleStore& styleStore, NotificationCenter& center, Dispatc
         center.observe(names::refreshTableAndScroll, [this](const notification&) {
             dispatcher.onMain([this] { refreshTableAndScroll(); });
         }));
-    subscriptions.push_back(center.observe(names::openStyleNotif, [this](const notification& n) {
-        if (const auto id = n.id()) dispatcher.onMain([this, id] { openStyle(*id); });
-    }));
     subscriptions.push_back(
         center.observe(names::addLatestStyle, [this](const notification&) { addLatestStyle(); }));
+    subscriptions.push_back(
+        center.observe(names::styleNameChanged, [this](const notification& n) { showName(n); }));
+    subscriptions.push_back(center.observe(names::updateFavicons, [this](const notification& n) {
+        if (const auto id = n.id()) icons.fetch(std::span(&*id, 1), iconRequest::rulesChanged);
+    }));
+    subscriptions.push_back(center.observe(names::refreshFavicons, [this](const notification& n) {
+        const auto row = n.id() ? rowOf(*n.id()) : std::nullopt;
+        if (row) showAgain(*row);
+    }));
+}
+
+StyleList::~StyleList() {
+    icons.setFoundHandler({});
 }
 
 void StyleList::setObserver(StyleListObserver* newObserver) {
@@ -30,51 +63,133 @@ void StyleList::setObserver(StyleListObserver* newObserver) {
     if (observer) refreshTable();
 }
 
-void StyleList::onToggle(std::size_t row) {
-    if (row >= rows.size()) return;
-    if (lockedForSync) {
-        alerts.beep();
-        tellChanged(row); // the box shows what is, not what was clicked
-        return;
-    }
-    const auto style = store.styleWithID(rows[row].uniqueID);
-    if (!style) return;
-    store.setEnabled(style->uniqueID, !style->isEnabled);
-    // Of two styles with one identifier, which only a file from elsewhere can hold, it is the first
-    // that changed.
-    const auto changed = std::ranges::find(rows, style->uniqueID, &styleObject::uniqueID);
-    changed->isEnabled = !style->isEnabled;
-    tellChanged(static_cast<std::size_t>(changed - rows.begin()));
+std::optional<std::size_t> StyleList::rowOf(std::int64_t id) const {
+    const auto found =
+        std::ranges::find_if(rows, [id](const auto& row) { return row->uniqueID == id; });
+    if (found == rows.end()) return std::nullopt;
+    return static_cast<std::size_t>(found - rows.begin());
 }
 
-void StyleList::tellChanged(std::size_t row) {
-    if (observer) observer->rowChanged(row);
+void StyleList::setLockedForSync(bool locked) {
+    if (locked == lockedForSync) return;
+    lockedForSync = locked;
+    if (observer) observer->lockChanged();
+}
+
+void StyleList::setOnScreen(std::vector<std::int64_t> ids) {
+    icons.setOnScreen(std::move(ids));
 }
 
 void StyleList::refreshTable() {
-    rows = store.styleRows();
+    if (observer) observer->rowsWillReset();
+    std::vector<std::int64_t> withoutIcon;
+    rows = store.styleRows([&](styleObject& row, const styleContainer& style) {
+        row.faviconImg = icons.known(style);
+        if (!row.faviconImg) withoutIcon.push_back(row.uniqueID);
+    });
     if (observer) observer->rowsReset();
+    icons.fetch(withoutIcon, iconRequest::newRow);
 }
 
 void StyleList::refreshTableAndScroll() {
     refreshTable();
-    if (observer && !rows.empty()) observer->selectRow(rows.size() - 1);
+    if (!rows.empty()) selectRow(rows.size() - 1);
 }
 
 void StyleList::addLatestStyle() {
-    const liveDatabase live = store.snapshot();
-    if (live.styles.empty()) return;
-    if (live.styles.size() != rows.size() + 1) {
+    const std::size_t count = store.countStyles();
+    if (count == 0) return;
+    if (count != rows.size() + 1) {
         refreshTableAndScroll();
         return;
     }
-    rows.emplace_back(*live.styles.back());
-    if (observer) observer->rowAppended();
+    insertRows({count - 1});
+    selectRow(rows.size() - 1);
 }
 
-void StyleList::openStyle(std::int64_t id) {
-    for (std::size_t row = 0; row < rows.size(); ++row)
-        if (rows[row].uniqueID == id && observer) observer->selectRow(row);
+void StyleList::showName(const notification& renamed) {
+    const auto row = renamed.id() ? rowOf(*renamed.id()) : std::nullopt;
+    const auto style = row ? store.findStyle(*renamed.id()) : nullptr;
+    if (!style) return;
+    rows[*row]->name = style->styleData.name;
+    rows[*row]->searchText = searchTextOf(*style);
+    showAgain(*row);
+}
+
+void StyleList::takeIcon(std::int64_t id, const std::shared_ptr<const siteIcon>& icon,
+                         iconRequest request) {
+    const auto row = rowOf(id);
+    if (!row) return;
+    if (request == iconRequest::newRow && rows[*row]->faviconImg) return;
+    rows[*row]->faviconImg = icon;
+    center.post(notifications::refreshFavicons, id);
+}
+
+void StyleList::change(const rowsChange& change, const std::function<void()>& apply) {
+    if (observer) observer->rowsWillChange(change);
+    apply();
+    if (observer) observer->rowsChanged(change);
+}
+
+void StyleList::removeRows(const std::vector<std::size_t>& removed) {
+    // From the highest, so that the indexes of the others hold.
+    const std::vector<rowRun> runs = runsOf(removed);
+    for (auto run = runs.rbegin(); run != runs.rend(); ++run) {
+        if (run->last >= rows.size()) return refreshTable();
+        const auto at = [this](std::size_t row) {
+            return rows.begin() + static_cast<std::ptrdiff_t>(row);
+        };
+        change({rowsChange::kind::removal, run->first, run->last},
+               [&] { rows.erase(at(run->first), at(run->last) + 1); });
+    }
+    refreshUnlessEqualInNumber();
+}
+
+void StyleList::insertRows(const std::vector<std::size_t>& inserted) {
+    std::vector<std::int64_t> withoutIcon;
+    for (const auto& [first, last] : runsOf(inserted)) {
+        std::vector<std::unique_ptr<styleObject>> made;
+        for (std::size_t index = first; index <= last; ++index) {
+            const auto style = store.styleAt(index);
+            if (!style || first > rows.size()) return refreshTable();
+            made.push_back(std::make_unique<styleObject>(*style));
+            made.back()->faviconImg = icons.known(*style);
+            if (!made.back()->faviconImg) withoutIcon.push_back(style->uniqueID);
+        }
+        change({rowsChange::kind::insertion, first, last}, [&, place = first] {
+            rows.insert(rows.begin() + static_cast<std::ptrdiff_t>(place),
+                        std::make_move_iterator(made.begin()), std::make_move_iterator(made.end()));
+        });
+    }
+    icons.fetch(withoutIcon, iconRequest::newRow);
+    refreshUnlessEqualInNumber();
+}
+
+void StyleList::refreshUnlessEqualInNumber() {
+    if (store.countStyles() != rows.size()) refreshTable();
+}
+
+void StyleList::moveRow(std::size_t from, std::size_t to) {
+    if (from == to || from >= rows.size() || to >= rows.size()) return;
+    change({rowsChange::kind::move, from, from, to}, [&] {
+        auto moved = std::move(rows[from]);
+        rows.erase(rows.begin() + static_cast<std::ptrdiff_t>(from));
+        rows.insert(rows.begin() + static_cast<std::ptrdiff_t>(to), std::move(moved));
+    });
+}
+
+void StyleList::showEnabled(std::size_t row, bool isEnabled) {
+    if (row >= rows.size()) return;
+    rows[row]->isEnabled = isEnabled;
+    showAgain(row);
+}
+
+void StyleList::showAgain(std::size_t row) {
+    if (observer && row < rows.size()) observer->rowChanged(row);
+}
+
+void StyleList::selectRow(std::size_t row) {
+    if (observer && row < rows.size()) observer->selectRow(row);
 }
 
 } // namespace tessaril

@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -80,7 +81,7 @@ public:
     /// Rows that the live database has got, ascending; the indexes are those afterwards.
     void insertRows(const std::vector<std::size_t>& inserted);
     void moveRow(std::size_t from, std::size_t to);
-    /// Shows the row's enabled flag as the database has it.
+    /// What the row's check box shows.
     void showEnabled(std::size_t row, bool isEnabled);
     /// Draws the row anew, as for a box that the user clicked in vain.
     void showAgain(std::size_t row);
@@ -94,8 +95,7 @@ private:
     void takeIcon(std::int64_t id, const std::shared_ptr<const siteIcon>& icon,
                   iconRequest request);
     void change(const rowsChange& change, const std::function<void()>& apply);
-    std::unique_ptr<styleObject> makeRow(const styleContainer& style) const;
-    bool agreesWithDatabase() const;
+    void refreshUnlessEqualInNumber();
 
     StyleStore& store;
     NotificationCenter& center;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/alerts.h"
+#include "platform/dispatcher.h"
 #include "store/open_styles.h"
 #include "store/style_deletion.h"
 #include "store/style_ids.h"
@@ -10,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,6 +34,7 @@ struct styleListSurroundings {
     StyleStore& store;
     StyleList& list;
     NotificationCenter& center;
+    Dispatcher& dispatcher;
     Alerts& alerts;
     UndoManager& undoManager; ///< the main window's
     const OpenStyles& openStyles;
@@ -87,9 +90,11 @@ public:
 
 private:
     bool beepsAsLocked();
+    const styleObject* rowAt(std::size_t row) const;
+    std::optional<std::size_t> indexOf(std::size_t row) const;
     void setEnabled(const std::vector<std::size_t>& rows, bool isEnabled);
-    void setAllEnabled(bool isEnabled, bool byToolbar);
-    void openStyle(std::int64_t id);
+    void setAllFromToolbar(bool isEnabled);
+    void openLinked(std::int64_t id);
     void openForEditing(std::size_t row);
 
     styleListSurroundings machine;

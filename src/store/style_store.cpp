@@ -171,12 +171,15 @@ std::shared_ptr<const styleContainer> StyleStore::styleAt(std::size_t index) {
     });
 }
 
-std::vector<std::unique_ptr<styleObject>> StyleStore::styleRows() {
+std::vector<std::unique_ptr<styleObject>>
+StyleStore::styleRows(const std::function<void(styleObject&, const styleContainer&)>& complete) {
     const liveDatabase live = snapshot();
     std::vector<std::unique_ptr<styleObject>> rows;
     rows.reserve(live.styles.size());
-    for (const auto& style : live.styles)
+    for (const auto& style : live.styles) {
         rows.push_back(std::make_unique<styleObject>(*style));
+        if (complete) complete(*rows.back(), *style);
+    }
     return rows;
 }
 
@@ -217,12 +220,13 @@ std::shared_ptr<const styleContainer> StyleStore::findStyle(std::int64_t id) {
 
 // Changes
 
-void StyleStore::appendStyle(styleContainer style) {
-    withDatabase([&](liveDatabase& live) {
+std::int64_t StyleStore::appendStyle(styleContainer style) {
+    return withDatabase([&](liveDatabase& live) {
         // Two styles that were made at the same time may have drawn the same identifier.
         if (tessaril::indexOfStyle(live.styles, style.uniqueID))
             style.uniqueID = tessaril::generateUniqueID(live.styles);
         live.styles.push_back(std::make_shared<const styleContainer>(std::move(style)));
+        return live.styles.back()->uniqueID;
     });
 }
 

@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <span>
@@ -96,7 +97,9 @@ public:
     std::size_t countStyles();
     /// The style at a position; null behind the last one.
     std::shared_ptr<const styleContainer> styleAt(std::size_t index);
-    std::vector<std::unique_ptr<styleObject>> styleRows();
+    /// A row for every style, in order. `complete` is called for each with its style.
+    std::vector<std::unique_ptr<styleObject>>
+    styleRows(const std::function<void(styleObject&, const styleContainer&)>& complete = {});
     std::size_t countNonCustomStyles();
     bool mostStylesEnabled();
     bool isDuplicateStyle(const styleContainer& style);
@@ -105,8 +108,9 @@ public:
 
     // Changes. Those that address a style by identifier do nothing when no style carries it.
 
-    /// Appends a style. No save; the caller saves.
-    void appendStyle(styleContainer style);
+    /// Appends a style and gives the identifier that it has then: a fresh one where its own was
+    /// taken. No save; the caller saves.
+    std::int64_t appendStyle(styleContainer style);
 
     /// Sets whether the styles are enabled, and saves once.
     void setEnabled(std::span<const std::int64_t> ids, bool enabled);

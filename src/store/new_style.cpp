@@ -1,0 +1,75 @@
+#include "store/new_style.h"
+
+#include "events/notification_names.h"
+#include "model/text.h"
+#include "preferences/preference_keys.h"
+#include "store/first_style_text.h"
+
+namespace tessaril {
+
+namespace {
+
+namespace keys = preferenceKeys;
+
+/// The list that the rule type menu's position stands for.
+std::vector<std::string>& rulesAt(styleSection& section, int position) {
+    switch (position) {
+    case 1:
+        return section.urls;
+    case 2:
+        return section.urlPrefixes;
+    case 3:
+        return section.regexps;
+    default:
+        return section.domains;
+    }
+}
+
+std::string_view preprocessorAt(int position) {
+    switch (position) {
+    case 1:
+        return "stylus";
+    case 2:
+        return "less";
+    default:
+        return "default";
+    }
+}
+
+} // namespace
+
+NewStyle::NewStyle(StyleStore& styleStore, Preferences& ownPreferences, NotificationCenter& bus)
+    : store(styleStore), preferences(ownPreferences), center(bus) {}
+
+bool NewStyle::canCreate(std::string_view name) {
+    return !trimmed(name).empty();
+}
+
+void NewStyle::create(const newStyleFields& fields) {
+    if (!canCreate(fields.name)) return;
+    styleContainer style =
+        makeStyleContainer(makeStyleJSON(std::string(trimmed(fields.name)), ""), sourceCustom,
+                           noUserstyleID, store.generateUniqueID());
+    style.author = preferences.string(keys::defaultAuthor);
+    style.version = "1.0.0";
+    style.namespace_ = preferences.string(keys::defaultNamespace);
+
+    styleSection& section = style.styleData.sections.front();
+    if (preferences.boolean(keys::isFirstStyle)) {
+        section.code = firstStyleText;
+        preferences.set(keys::isFirstStyle, false);
+    }
+    const std::string_view rule = trimmed(fields.rule);
+    if (!rule.empty()) rulesAt(section, fields.ruleType).emplace_back(rule);
+    style.preprocessor = preprocessorAt(fields.preprocessor);
+
+    const std::int64_t id = store.appendStyle(std::move(style));
+    store.saveDatabase();
+    center.post(notifications::addToOpenStyles, id);
+    center.post(notifications::addLatestStyle);
+    // A style whose window did not open must not stay locked.
+    if (!openNewStyleInEditor || !openNewStyleInEditor(id))
+        center.post(notifications::removeFromOpenStyles, id);
+}
+
+} // namespace tessaril
