@@ -75,7 +75,7 @@ QPushButton* buttonOf(QAction& action, const char* name) {
 
 EmptyListPage::EmptyListPage(QAction& create, QAction& import) {
     layOut(*this, emptyHeading, emptyAdvice,
-           {buttonOf(create, "newStyleButton"), buttonOf(import, "beginButton")});
+           {buttonOf(import, "beginButton"), buttonOf(create, "newStyleButton")});
 }
 
 NoMatchPage::NoMatchPage() {

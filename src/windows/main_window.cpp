@@ -159,9 +159,12 @@ void MainWindow::showPage() {
     const bool hasStyles = !commands.list.styles().empty();
     toolbar->setHasStyles(hasStyles);
     QWidget* wanted = pages->widget(!hasStyles ? 1 : model->rowCount() == 0 ? 2 : 0);
-    const bool movesFocus = pages->currentWidget()->isAncestorOf(focusWidget());
+    if (wanted == pages->currentWidget()) return;
+    // The filter keeps the focus, unless there is nothing left to filter.
+    const bool movesFocus = !focusWidget() || !hasStyles ||
+                            pages->currentWidget()->isAncestorOf(focusWidget());
     pages->setCurrentWidget(wanted);
-    if (movesFocus || !focusWidget()) wanted->setFocus();
+    if (movesFocus) wanted->setFocus();
 }
 
 void MainWindow::showAll() {

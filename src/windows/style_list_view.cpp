@@ -66,7 +66,7 @@ StyleListView::StyleListView(StyleList& styleList, StyleListCommands& listComman
     connect(&rows, &QAbstractItemModel::modelAboutToBeReset, this, [this] { keep(); });
     connect(&rows, &QAbstractItemModel::modelReset, this, [this] { restore(); });
     connect(&rows, &StyleListModel::positionWanted, this, [this](int position) {
-        setCurrentIndex(rows.index(position));
+        selectOnly(position);
         scrollTo(rows.index(position));
     });
     connect(&rows, &StyleListModel::lockTurned, viewport(), qOverload<>(&QWidget::update));
@@ -131,7 +131,7 @@ void StyleListView::restore() {
     }
     if (current.isValid())
         selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
-    selectionModel()->select(selection, QItemSelectionModel::Select);
+    selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
     emit selectionTurned();
     if (!kept.renamed || !current.isValid()) return;
     edit(current);
@@ -143,11 +143,16 @@ void StyleListView::restore() {
 
 // Commands
 
+/// Whatever keys are down, which the view itself would heed.
+void StyleListView::selectOnly(int position) {
+    selectionModel()->setCurrentIndex(rows.index(position), QItemSelectionModel::ClearAndSelect);
+}
+
 void StyleListView::rename(std::size_t row) {
     const auto position = rows.positionOf(row);
     if (!position || !commands.renameMenu(row)) return;
     setFocus();
-    setCurrentIndex(rows.index(*position));
+    selectOnly(*position);
     edit(rows.index(*position));
 }
 
@@ -174,15 +179,19 @@ void StyleListView::moveSelected(direction where) {
     if (!canMove(where)) return;
     const std::vector<std::size_t> selected = selectedRows();
     if (where == direction::up)
-        commands.dropRows(selected, selected.front() - std::min<std::size_t>(selected.front(), 1));
+        moveTo(selected, selected.front() - std::min<std::size_t>(selected.front(), 1));
     else
-        commands.dropRows(selected, std::min(selected.back() + 2, list.styles().size()));
+        moveTo(selected, std::min(selected.back() + 2, list.styles().size()));
     scrollTo(currentIndex());
+}
+
+void StyleListView::moveTo(const std::vector<std::size_t>& moved, std::size_t row) {
+    commands.dropRows(moved, row);
 }
 
 void StyleListView::enter() {
     setFocus();
-    if (!selectionModel()->hasSelection() && rows.rowCount() > 0) setCurrentIndex(rows.index(0));
+    if (!selectionModel()->hasSelection() && rows.rowCount() > 0) selectOnly(0);
 }
 
 // Keys and mouse
@@ -192,6 +201,9 @@ void StyleListView::keyPressEvent(QKeyEvent* event) {
         if (!event->isAutoRepeat()) toggleSelected();
         return;
     }
+    // Rows that can move no further stay selected.
+    const bool isUpOrDown = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down;
+    if (isUpOrDown && event->modifiers() & Qt::AltModifier) return;
     QListView::keyPressEvent(event);
 }
 
@@ -368,8 +380,8 @@ void StyleListView::dropEvent(QDropEvent* event) {
     if (!takes(*event)) return event->ignore();
     event->setDropAction(Qt::MoveAction);
     event->accept();
-    commands.dropRows(decodedRows(event->mimeData()->data(rowsMimeType)),
-                      static_cast<std::size_t>(dropPositionAt(event->position().toPoint())));
+    moveTo(decodedRows(event->mimeData()->data(rowsMimeType)),
+           static_cast<std::size_t>(dropPositionAt(event->position().toPoint())));
 }
 
 // Drawing

@@ -87,6 +87,8 @@ private:
     std::int64_t idAt(int position) const;
     void keep();
     void restore();
+    void selectOnly(int position);
+    void moveTo(const std::vector<std::size_t>& moved, std::size_t row);
     QStyleOptionViewItem optionOf(const QModelIndex& index) const;
     target targetAt(const QPoint& place) const;
     void pointAt(const QPoint& place);
