@@ -19,7 +19,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <span>
+#include <set>
 #include <string_view>
 #include <vector>
 
@@ -112,8 +112,8 @@ public:
     /// taken. No save; the caller saves.
     std::int64_t appendStyle(styleContainer style);
 
-    /// Sets whether the styles are enabled, and saves once.
-    void setEnabled(std::span<const std::int64_t> ids, bool enabled);
+    /// Sets whether every style that carries one of the identifiers is enabled, and saves once.
+    void setEnabled(const std::set<std::int64_t>& ids, bool enabled);
 
     /// Takes over the properties of `from` that the properties window sets, compiles and saves.
     void applyStyleProperties(std::int64_t id, const styleContainer& from);
