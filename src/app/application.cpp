@@ -29,6 +29,14 @@ Application::Application(applicationSurroundings surroundings)
                   .preferences = standard,
                   .compileStyle = [this](styleContainer& s) { compiler.compileStyle(s); }},
                  machine.container)
+    , icons({.loader = machine.urls,
+             .decoder = machine.iconDecoder,
+             .files = machine.files,
+             .dispatcher = machine.dispatcher,
+             .center = center,
+             .preferences = standard,
+             .findStyle = [this](std::int64_t id) { return styleStore.findStyle(id); },
+             .cacheFolder = machine.iconCache})
     , list(styleStore, center, machine.dispatcher, machine.alerts)
     , importer(
           {.files = machine.files,
@@ -84,6 +92,11 @@ void Application::emailSupport() {
 
 void Application::openWebsite() {
     machine.externals.openAddress(standard.string(preferenceKeys::webSite));
+}
+
+void Application::stopLoading() {
+    icons.stop();
+    machine.urls.cancelAll();
 }
 
 void Application::finish() {

@@ -5,6 +5,7 @@
 #include "app/opened_files.h"
 #include "compile/style_compiler.h"
 #include "events/notification_center.h"
+#include "icons/style_icons.h"
 #include "import/file_import.h"
 #include "platform/browser_extension.h"
 #include "platform/external_applications.h"
@@ -37,7 +38,10 @@ struct applicationSurroundings {
     CompilerErrors& compilerErrors;
     BrowserExtension& extension;
     ExternalApplications& externals;
+    UrlLoader& urls;
+    IconDecoder& iconDecoder;
     std::filesystem::path container; ///< the shared container's directory, which exists
+    std::filesystem::path iconCache; ///< a folder for icons alone, which exists; empty for none
     bool darkAppearance = false;     ///< whether the windows are dark at launch
 };
 
@@ -49,6 +53,7 @@ public:
 
     StyleStore& store() { return styleStore; }
     StyleList& styleList() { return list; }
+    IconLoader& iconLoader() { return icons; }
     NotificationCenter& notificationCenter() { return center; }
     FileImport& fileImport() { return importer; }
     const OpenStyles& openStyles() const { return stylesOpenInEditors; }
@@ -75,6 +80,9 @@ public:
     void emailSupport();
     void openWebsite();
 
+    /// Ends what is being loaded from the network, so that nobody waits for it; for quitting.
+    void stopLoading();
+
     /// Returns when everything asked for has been written; for quitting.
     void finish();
 
@@ -89,6 +97,7 @@ private:
     PreferenceSync synced;
     StyleCompiler compiler;
     StyleStore styleStore;
+    StyleIcons icons;
     StyleList list;
     FileImport importer;
     OpenedFiles openedFiles;

@@ -152,7 +152,7 @@ liveDatabase StyleStore::snapshot() {
 }
 
 std::optional<styleContainer> StyleStore::styleWithID(std::int64_t id) {
-    const auto style = sharedStyle(id);
+    const auto style = findStyle(id);
     return style ? std::optional(*style) : std::nullopt;
 }
 
@@ -198,7 +198,7 @@ std::int64_t StyleStore::generateUniqueID() {
     return tessaril::generateUniqueID(live.styles);
 }
 
-std::shared_ptr<const styleContainer> StyleStore::sharedStyle(std::int64_t id) {
+std::shared_ptr<const styleContainer> StyleStore::findStyle(std::int64_t id) {
     return withDatabase([id](const liveDatabase& live) {
         const auto index = tessaril::indexOfStyle(live.styles, id);
         return index ? live.styles[*index] : nullptr;
@@ -220,7 +220,7 @@ bool StyleStore::changeStyle(std::int64_t id, const std::function<void(styleCont
     // A change may compile, which takes long, so it is made on a copy without the lock and made
     // again in the rare case that the style was replaced meanwhile.
     for (;;) {
-        const auto before = sharedStyle(id);
+        const auto before = findStyle(id);
         if (!before) return false;
         auto after = std::make_shared<styleContainer>(*before);
         change(*after);

@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <vector>
@@ -87,6 +88,8 @@ public:
     /// The live database as it stands: a copy of pointers, never changed later.
     liveDatabase snapshot();
 
+    /// The first style with the identifier as it stands, not copied; nothing when there is none.
+    std::shared_ptr<const styleContainer> findStyle(std::int64_t id);
     std::optional<styleContainer> styleWithID(std::int64_t id);
     std::optional<std::size_t> indexOfStyle(std::int64_t id);
     std::vector<styleObject> styleRows();
@@ -130,7 +133,6 @@ private:
     void save(bool withUpload);
     void reportSaveFailure();
     bool writeSnapshot(const std::filesystem::path& file);
-    std::shared_ptr<const styleContainer> sharedStyle(std::int64_t id);
     bool changeStyle(std::int64_t id, const std::function<void(styleContainer&)>& change);
 
     storeSurroundings machine;
