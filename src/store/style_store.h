@@ -90,6 +90,8 @@ public:
     /// The live database as it stands: a copy of pointers, never changed later.
     liveDatabase snapshot();
 
+    /// The first style with the identifier as it stands, not copied; nothing when there is none.
+    std::shared_ptr<const styleContainer> findStyle(std::int64_t id);
     std::optional<styleContainer> styleWithID(std::int64_t id);
     std::optional<std::size_t> indexOfStyle(std::int64_t id);
     /// The same without a copy; null where there is none.
