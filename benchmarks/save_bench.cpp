@@ -69,7 +69,7 @@ struct LargeStore {
 
     void toggle() {
         enabled = !enabled;
-        store.setEnabled(1234, enabled);
+        store.setEnabled({1234}, enabled);
     }
 
     BenchFolder folder;

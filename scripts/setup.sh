@@ -7,7 +7,7 @@ cd "$root"
 
 build_packages=(
     ca-certificates ccache cmake g++ git ninja-build pkg-config
-    libgmock-dev libgtest-dev libicu-dev libsimdjson-dev
+    libcurl4-openssl-dev libgmock-dev libgtest-dev libicu-dev libsimdjson-dev
     libgl-dev libjavascriptcoregtk-4.1-dev qt6-base-dev qt6-svg-dev qt6-webengine-dev
 )
 display_packages=(fonts-dejavu-core imagemagick python3 xauth xvfb)

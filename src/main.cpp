@@ -1,9 +1,12 @@
 #include "app/application.h"
 #include "desktop/appearance.h"
+#include "desktop/cache_folder.h"
+#include "desktop/curl_url_loader.h"
 #include "desktop/desktop_applications.h"
 #include "desktop/directory_resources.h"
 #include "desktop/extension_state.h"
 #include "desktop/folder_message_channel.h"
+#include "desktop/helper_icon_decoder.h"
 #include "desktop/javascript_core_engine.h"
 #include "desktop/posix_file_system.h"
 #include "desktop/qt_alerts.h"
@@ -81,6 +84,8 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
     removeStaleStagedFiles(container);
     removeStaleStagedFiles(container / "wormhole");
     removeStaleStagedFiles(standardPreferencesFile().parent_path());
+    const std::filesystem::path iconCache = makeIconCacheFolder();
+    if (!iconCache.empty()) removeStaleStagedFiles(iconCache);
 
     PosixFileSystem files;
     FolderMessageChannel channel(files, container);
@@ -94,7 +99,10 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
     ExtensionState extension(files, container,
                              shippedFolder() / "doc/tessaril/browser-extension.html");
     DesktopApplications externals;
-    LazyWebEngine webEngine(shippedFolder().parent_path() / "lib/tessaril/tessaril_webengine.so");
+    const std::filesystem::path ownPrograms = shippedFolder().parent_path() / "lib/tessaril";
+    LazyWebEngine webEngine(ownPrograms / "tessaril_webengine.so");
+    CurlUrlLoader urls;
+    HelperIconDecoder iconDecoder(ownPrograms / "tessaril_icon_decoder");
 
     Application application({.files = files,
                              .channel = channel,
@@ -107,7 +115,10 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
                              .compilerErrors = compilerErrors,
                              .extension = extension,
                              .externals = externals,
+                             .urls = urls,
+                             .iconDecoder = iconDecoder,
                              .container = container,
+                             .iconCache = iconCache,
                              .darkAppearance = darkAppearance});
 
     QPointer<PreferencesWindow> preferences;
@@ -147,6 +158,7 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
     const int status = QApplication::exec();
     instance.stopListening();
     onLaterStart = nullptr;
+    application.stopLoading();
     dispatcher.finish();
     application.finish();
     dispatcher.finish(); // the last save may have an alert to show

@@ -12,13 +12,6 @@ constexpr std::chrono::milliseconds launchCheckDelay(500);
 
 constexpr std::string_view supportSubject = "I need some Tessaril help!";
 
-struct NoIcons : IconLoader {
-    void setFoundHandler(Found) override {}
-    std::shared_ptr<const siteIcon> known(const styleContainer&) const override { return nullptr; }
-    void fetch(std::span<const std::int64_t>, iconRequest) override {}
-    void setOnScreen(std::vector<std::int64_t>) override {}
-};
-
 } // namespace
 
 Application::Application(applicationSurroundings surroundings)
@@ -36,8 +29,15 @@ Application::Application(applicationSurroundings surroundings)
                   .preferences = standard,
                   .compileStyle = [this](styleContainer& s) { compiler.compileStyle(s); }},
                  machine.container)
-    , icons(std::make_unique<NoIcons>())
-    , list(styleStore, center, machine.dispatcher, *icons)
+    , icons({.loader = machine.urls,
+             .decoder = machine.iconDecoder,
+             .files = machine.files,
+             .dispatcher = machine.dispatcher,
+             .center = center,
+             .preferences = standard,
+             .findStyle = [this](std::int64_t id) { return styleStore.findStyle(id); },
+             .cacheFolder = machine.iconCache})
+    , list(styleStore, center, machine.dispatcher, icons)
     , importer(
           {.files = machine.files,
            .alerts = machine.alerts,
@@ -102,6 +102,11 @@ void Application::emailSupport() {
 
 void Application::openWebsite() {
     machine.externals.openAddress(standard.string(preferenceKeys::webSite));
+}
+
+void Application::stopLoading() {
+    icons.stop();
+    machine.urls.cancelAll();
 }
 
 void Application::finish() {

@@ -5,6 +5,7 @@
 #include "app/opened_files.h"
 #include "compile/style_compiler.h"
 #include "events/notification_center.h"
+#include "icons/style_icons.h"
 #include "import/file_import.h"
 #include "platform/browser_extension.h"
 #include "platform/external_applications.h"
@@ -23,7 +24,6 @@
 #include "undo/undo_manager.h"
 
 #include <filesystem>
-#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -42,7 +42,10 @@ struct applicationSurroundings {
     CompilerErrors& compilerErrors;
     BrowserExtension& extension;
     ExternalApplications& externals;
+    UrlLoader& urls;
+    IconDecoder& iconDecoder;
     std::filesystem::path container; ///< the shared container's directory, which exists
+    std::filesystem::path iconCache; ///< a folder for icons alone, which exists; empty for none
     bool darkAppearance = false;     ///< whether the windows are dark at launch
 };
 
@@ -84,6 +87,9 @@ public:
     void emailSupport();
     void openWebsite();
 
+    /// Ends what is being loaded from the network, so that nobody waits for it; for quitting.
+    void stopLoading();
+
     /// Returns when everything asked for has been written; for quitting.
     void finish();
 
@@ -98,7 +104,7 @@ private:
     PreferenceSync synced;
     StyleCompiler compiler;
     StyleStore styleStore;
-    std::unique_ptr<IconLoader> icons;
+    StyleIcons icons;
     StyleList list;
     FileImport importer;
     OpenedFiles openedFiles;

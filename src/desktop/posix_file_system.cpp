@@ -264,6 +264,25 @@ bool PosixFileSystem::keep(const fs::path& path, const fs::path& keptPath) {
     return syncFolder(folderOf(keptPath));
 }
 
+std::vector<fileEntry> PosixFileSystem::list(const fs::path& folder) const {
+    std::vector<fileEntry> found;
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        struct stat status {};
+        if (::stat(entry->path().c_str(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
+        const auto sinceEpoch = std::chrono::seconds(status.st_mtim.tv_sec) +
+                                std::chrono::nanoseconds(status.st_mtim.tv_nsec);
+        found.push_back({entry->path(), static_cast<std::uintmax_t>(status.st_size),
+                         std::chrono::system_clock::time_point(sinceEpoch)});
+    }
+    return found;
+}
+
+void PosixFileSystem::remove(const fs::path& path) {
+    ::unlink(path.c_str());
+}
+
 void removeStaleStagedFiles(const fs::path& folder) {
     std::error_code error;
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end;

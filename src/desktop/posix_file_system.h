@@ -21,6 +21,9 @@ public:
                                       std::span<const std::string_view> pieces) override;
 
     bool keep(const std::filesystem::path& path, const std::filesystem::path& keptPath) override;
+
+    std::vector<fileEntry> list(const std::filesystem::path& folder) const override;
+    void remove(const std::filesystem::path& path) override;
 };
 
 /// Removes the temporary files that a killed process has left in `folder`. To be called only while

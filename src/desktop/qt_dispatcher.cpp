@@ -35,8 +35,11 @@ void setNiceness(int value) {
 
 QtDispatcher::QtDispatcher() {
     const int threads = std::max(2, QThread::idealThreadCount());
-    for (QThreadPool* each : {&userInitiated, &utility, &background})
+    for (QThreadPool* each : {&userInitiated, &utility})
         each->setMaxThreadCount(threads);
+    // What runs at this priority mostly waits for the network, on which one must not hold up the
+    // next.
+    background.setMaxThreadCount(std::max(8, threads));
 }
 
 QtDispatcher::~QtDispatcher() {

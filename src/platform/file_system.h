@@ -1,11 +1,14 @@
 #pragma once
 
+#include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tessaril {
 
@@ -20,6 +23,13 @@ public:
     /// names then share one copy, so nobody may write into such a file in place. Gives whether it
     /// worked.
     virtual bool publishAs(const std::filesystem::path& path) = 0;
+};
+
+/// A regular file of a folder.
+struct fileEntry {
+    std::filesystem::path path; ///< the folder's, with the name
+    std::uintmax_t size = 0;    ///< bytes
+    std::chrono::system_clock::time_point modified;
 };
 
 /// Files of the machine. May be called from any thread.
@@ -42,6 +52,12 @@ public:
     /// a replacement of `path`. Where the file system has no second names the file is moved. Gives
     /// whether the content is now at `keptPath`.
     virtual bool keep(const std::filesystem::path& path, const std::filesystem::path& keptPath) = 0;
+
+    /// The regular files in `folder`, in no order; none when it cannot be read.
+    virtual std::vector<fileEntry> list(const std::filesystem::path& folder) const = 0;
+
+    /// Removes the file, if there is one; a folder is left. Not durable.
+    virtual void remove(const std::filesystem::path& path) = 0;
 };
 
 } // namespace tessaril

@@ -28,6 +28,7 @@ inline constexpr std::string_view theme = "ACETheme";
 inline constexpr std::string_view font = "ACEFont";
 
 // This system's own, in the application's store.
+inline constexpr std::string_view fetchSiteIcons = "FetchSiteIcons";
 inline constexpr std::string_view supportAddress = "supportAddress";
 inline constexpr std::string_view webSite = "webSite";
 inline constexpr std::string_view siteAddress = "siteAddress";

@@ -101,6 +101,7 @@ void registerPreferenceDefaults(Preferences& standard, Preferences& shared,
     // The name that every current system resolves to its own fixed-width face.
     standard.registerDefault(keys::font, "ui-monospace");
 
+    standard.registerDefault(keys::fetchSiteIcons, true);
     standard.registerDefault(keys::supportAddress, "support@tessaril.example");
     standard.registerDefault(keys::webSite, "https://tessaril.example/");
     standard.registerDefault(keys::siteAddress, "https://styles.tessaril.example");

@@ -3,7 +3,7 @@
 #include "events/notification_names.h"
 #include "model/text.h"
 
-#include <ranges>
+#include <set>
 
 namespace tessaril {
 
@@ -61,13 +61,14 @@ void StyleListCommands::onToggle(std::size_t row) {
 
 void StyleListCommands::setEnabled(const std::vector<std::size_t>& rows, bool isEnabled) {
     if (beepsAsLocked()) return;
-    std::vector<std::int64_t> ids;
+    std::set<std::int64_t> ids;
     for (const std::size_t row : rows)
-        if (const styleObject* shown = rowAt(row)) ids.push_back(shown->uniqueID);
+        if (const styleObject* shown = rowAt(row)) ids.insert(shown->uniqueID);
     if (ids.empty()) return;
     machine.store.setEnabled(ids, isEnabled);
-    for (const std::size_t row : rows)
-        machine.list.showEnabled(row, isEnabled);
+    const auto& all = machine.list.styles();
+    for (std::size_t row = 0; row < all.size(); ++row)
+        if (ids.contains(all[row]->uniqueID)) machine.list.showEnabled(row, isEnabled);
 }
 
 void StyleListCommands::enableAll() {

@@ -19,7 +19,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <span>
+#include <set>
 #include <string_view>
 #include <vector>
 
@@ -90,6 +90,8 @@ public:
     /// The live database as it stands: a copy of pointers, never changed later.
     liveDatabase snapshot();
 
+    /// The first style with the identifier as it stands, not copied; nothing when there is none.
+    std::shared_ptr<const styleContainer> findStyle(std::int64_t id);
     std::optional<styleContainer> styleWithID(std::int64_t id);
     std::optional<std::size_t> indexOfStyle(std::int64_t id);
     /// The same without a copy; null where there is none.
@@ -112,8 +114,8 @@ public:
     /// taken. No save; the caller saves.
     std::int64_t appendStyle(styleContainer style);
 
-    /// Sets whether the styles are enabled, and saves once.
-    void setEnabled(std::span<const std::int64_t> ids, bool enabled);
+    /// Sets whether every style that carries one of the identifiers is enabled, and saves once.
+    void setEnabled(const std::set<std::int64_t>& ids, bool enabled);
 
     /// Takes over the properties of `from` that the properties window sets, compiles and saves.
     void applyStyleProperties(std::int64_t id, const styleContainer& from);

@@ -2,7 +2,6 @@
 #include "store/style_store.h"
 
 #include <algorithm>
-#include <unordered_set>
 
 // The commands on the collection of styles, as far as they concern the database.
 namespace tessaril {
@@ -26,12 +25,11 @@ void enable(std::shared_ptr<const styleContainer>& style, bool enabled) {
 
 } // namespace
 
-void StyleStore::setEnabled(std::span<const std::int64_t> ids, bool enabled) {
-    const std::unordered_set<std::int64_t> wanted(ids.begin(), ids.end());
+void StyleStore::setEnabled(const std::set<std::int64_t>& ids, bool enabled) {
     const bool found = withDatabase([&](liveDatabase& live) {
         bool any = false;
         for (auto& style : live.styles) {
-            if (!wanted.contains(style->uniqueID)) continue;
+            if (!ids.contains(style->uniqueID)) continue;
             enable(style, enabled);
             any = true;
         }

@@ -19,6 +19,8 @@ namespace {
 namespace keys = preferenceKeys;
 
 constexpr const char* noAccountText = "Not available: no cloud account is set up.";
+constexpr const char* siteIconsText =
+    "Each request for an icon tells the site that someone has a style for it.";
 constexpr const char* nothingRemovedText = "There are no removed styles to recover.";
 constexpr const char* recoverText = "Bring back styles that the last sync removed.";
 
@@ -51,6 +53,10 @@ GeneralPane::GeneralPane(generalPaneParts paneParts)
                  bound.checkBox("&Warn when a style is read-only", keys::warnReadOnly));
     form->addRow("In the browser:",
                  bound.checkBox("Switch styles by the toggle &shortcut", keys::toggleShortcut));
+    QCheckBox* icons = bound.checkBox("Show the &icons of web sites", keys::fetchSiteIcons);
+    icons->setToolTip(siteIconsText);
+    icons->setAccessibleDescription(siteIconsText);
+    form->addRow("In the list:", icons);
     addGap(*form);
     addCloudRows(*form);
     form->addRow("Mood:", bound.checkBox("Awes&ome", keys::awesomeness));

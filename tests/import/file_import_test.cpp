@@ -1,5 +1,6 @@
 #include "events/notification_names.h"
 #include "import/file_import.h"
+#include "support/recording_icons.h"
 #include "support/store_machine.h"
 
 #include <gmock/gmock.h>
@@ -25,7 +26,8 @@ protected:
         return live.styles.empty() ? styleContainer() : *live.styles.back();
     }
 
-    StyleList list{store, center, dispatcher, alerts};
+    RecordingIcons icons;
+    StyleList list{store, center, dispatcher, icons};
     FileImport importer{{files,
                          alerts,
                          dispatcher,

@@ -1,6 +1,4 @@
-#include "events/notification_names.h"
-#include "store/style_list.h"
-#include "support/store_machine.h"
+#include "support/list_machine.h"
 
 #include <gmock/gmock.h>
 
@@ -8,47 +6,16 @@ namespace tessaril {
 namespace {
 
 using namespace testing;
-using ::testing::ElementsAre, ::testing::IsEmpty;
+using ::testing::ElementsAre, ::testing::IsEmpty, ::testing::Pair;
 
-class StyleListTest : public ::testing::Test, public StyleListObserver, public StoreMachine<> {
-protected:
-    StyleListTest() {
-        putDocument({namedStyle("A", 1), namedStyle("B", 2)});
-        list.setObserver(this);
-        EXPECT_THAT(tellings(), ElementsAre("reset"));
-    }
-
-    void rowsReset() override { told.emplace_back("reset"); }
-    void rowAppended() override { told.emplace_back("appended"); }
-    void rowChanged(std::size_t row) override { told.push_back("changed " + std::to_string(row)); }
-    void selectRow(std::size_t row) override { told.push_back("select " + std::to_string(row)); }
-
-    std::vector<std::string> tellings() {
-        dispatcher.runAll();
-        return std::exchange(told, {});
-    }
-
-    std::string shown() const {
-        std::string all;
-        for (const styleObject& row : list.styles())
-            all += row.name;
-        return all;
-    }
-
-    StyleList list{store, center, dispatcher, alerts};
-    std::vector<std::string> told;
-};
+struct StyleListTest : ::testing::Test, ListMachine {};
 
 TEST_F(StyleListTest, rowsFollowTheDatabaseByTheBus) {
+    begin("AB");
     EXPECT_EQ(shown(), "AB");
-    center.post(notifications::openStyleNotif, 2);
-    center.post(notifications::openStyleNotif, 3);
-    EXPECT_THAT(tellings(), ElementsAre("select 1")) << "a link to a style selects its row";
-
     store.appendStyle(namedStyle("C", 3));
     center.post(notifications::addLatestStyle);
-    EXPECT_THAT(tellings(), ElementsAre("appended"));
-    EXPECT_EQ(shown(), "ABC");
+    EXPECT_THAT(tellings(), ElementsAre("insert 2-2", "select 2"));
 
     store.appendStyle(namedStyle("D", 4));
     store.appendStyle(namedStyle("E", 5));
@@ -58,6 +25,9 @@ TEST_F(StyleListTest, rowsFollowTheDatabaseByTheBus) {
 
     center.post(notifications::refreshTableAndScroll);
     EXPECT_THAT(tellings(), ElementsAre("reset", "select 4"));
+    store.renameStyle(1, "New");
+    EXPECT_THAT(tellings(), ElementsAre("draw 1"));
+    EXPECT_EQ(shown(), "ANCDE");
     store.resetDatabase();
     center.post(notifications::addLatestStyle);
     EXPECT_THAT(tellings(), IsEmpty()) << "no style, no row";
@@ -67,21 +37,65 @@ TEST_F(StyleListTest, rowsFollowTheDatabaseByTheBus) {
     EXPECT_EQ(shown(), "");
 }
 
-TEST_F(StyleListTest, theCheckBoxFlipsTheStyleAndSaves) {
-    list.onToggle(1);
-    EXPECT_THAT(tellings(), ElementsAre("changed 1"));
-    EXPECT_FALSE(list.styles()[1].isEnabled);
-    EXPECT_TRUE(written().styles[0].isEnabled);
-    EXPECT_FALSE(written().styles[1].isEnabled);
-    list.onToggle(1);
-    EXPECT_TRUE(store.styleWithID(2)->isEnabled);
+TEST_F(StyleListTest, aNewRowTakesTheFirstIconAndAChangedStyleTheLast) {
+    const auto icon = [](std::string png) { return std::make_shared<const siteIcon>(png); };
+    icons.inMemory[2] = icon("known");
+    begin("AB");
+    EXPECT_EQ(list.styles()[1]->faviconImg->png, "known");
+    EXPECT_THAT(icons.asked, ElementsAre(Pair(1, iconRequest::newRow)));
 
-    list.setLockedForSync(true);
-    list.onToggle(0);
-    list.onToggle(17);
-    EXPECT_EQ(alerts.beeps, 1);
-    EXPECT_TRUE(store.styleWithID(1)->isEnabled);
-    EXPECT_TRUE(list.styles()[0].isEnabled);
+    icons.found(1, icon("first"), iconRequest::newRow);
+    EXPECT_THAT(tellings(), ElementsAre("draw 0"));
+    icons.found(1, icon("second"), iconRequest::newRow);
+    icons.found(17, icon("of a style that is gone"), iconRequest::newRow);
+    EXPECT_THAT(tellings(), IsEmpty());
+    EXPECT_EQ(list.styles()[0]->faviconImg->png, "first");
+
+    icons.asked.clear();
+    store.applyEditorChanges(1, namedStyle("A", 1));
+    EXPECT_THAT(icons.asked, ElementsAre(Pair(1, iconRequest::rulesChanged)));
+    icons.found(1, icon("third"), iconRequest::rulesChanged);
+    icons.found(1, icon("fourth"), iconRequest::rulesChanged);
+    EXPECT_EQ(list.styles()[0]->faviconImg->png, "fourth");
+    EXPECT_THAT(tellings(), ElementsAre("draw 0", "draw 0"));
+
+    store.appendStyle(namedStyle("C", 3));
+    center.post(notifications::addLatestStyle);
+    EXPECT_THAT(icons.asked,
+                ElementsAre(Pair(1, iconRequest::rulesChanged), Pair(3, iconRequest::newRow)));
+}
+
+TEST(StyleFilter, findsNameAuthorAndSiteWhateverTheCase) {
+    styleContainer style = namedStyle("Ärger mit Straßen", 1);
+    style.author = "Émile";
+    style.homepageURL = "https://home.example/x";
+    style.styleData.sections[0].domains = {"forum.example"};
+    style.styleData.sections.emplace_back().regexps = {R"(https?://(www\.)?news\.example/.*)"};
+    style.styleData.sections[1].urlPrefixes = {"https://shop.example/a"};
+    const styleObject row(style);
+    StyleFilter filter;
+    EXPECT_FALSE(filter.isActive());
+    EXPECT_TRUE(filter.shows(row));
+    for (const auto& [typed, isShown] : std::vector<std::pair<std::string_view, bool>>{
+             {"ÄRGER", true},
+             {" strassen", false}, // one letter for one: no sharp s for two
+             {"  STRAßEN\u00A0émile ", true},
+             {"forum.example", true},
+             {"https://forum.example", true},
+             {"HTTP://shop.example/a", true},
+             {"news.example", true},
+             {"ärger home.example", true},
+             {"ärger nobody", false},
+             {"Straßen Émile\n", true},
+             {"EXAMPLEforum", false},
+         }) {
+        filter.setText(typed);
+        EXPECT_EQ(filter.shows(row), isShown) << typed;
+    }
+    EXPECT_TRUE(filter.setText("a"));
+    EXPECT_FALSE(filter.setText(" A ")) << "nothing changes";
+    EXPECT_TRUE(filter.setText(" \u2003\thttps://"));
+    EXPECT_FALSE(filter.isActive());
 }
 
 } // namespace

@@ -130,7 +130,7 @@ TEST_F(StyleStoreTest, aSaveStampsThenSendsThenWritesThenUploads) {
 TEST_F(StyleStoreTest, savesAskedForWhileOneWaitsAreFoldedIntoIt) {
     putDocument({namedStyle("A", 1)});
     store.saveDatabaseWithoutUpload();
-    store.setEnabled(1, false);
+    setEnabled(1, false);
     store.saveDatabaseWithoutUpload();
     dispatcher.runAll();
     EXPECT_EQ(files.filesWritten, 1);
@@ -152,7 +152,7 @@ TEST_F(StyleStoreTest, aFailedSaveKeepsTheChangeAndTheOldDocument) {
     store.setUploadHandler([&] { ++uploads; });
 
     files.readOnly.insert(document);
-    store.setEnabled(1, false);
+    setEnabled(1, false);
     CapturedLog log;
     dispatcher.runAll();
     EXPECT_EQ(log.take(), "Error writing style database.\n");
@@ -164,14 +164,14 @@ TEST_F(StyleStoreTest, aFailedSaveKeepsTheChangeAndTheOldDocument) {
     // Nothing can even be staged: the message goes out by itself.
     files.readOnly.clear();
     files.full = true;
-    store.setEnabled(1, true);
+    setEnabled(1, true);
     dispatcher.runAll();
     EXPECT_EQ(files.contents.at(document), before);
     EXPECT_TRUE(written("wormhole/styleDBUpdated").styles.at(0).isEnabled);
     EXPECT_EQ(alerts.alerts.size(), 2U);
 
     files.full = false;
-    store.setEnabled(1, false);
+    setEnabled(1, false);
     files.full = true;
     dispatcher.runAll();
     EXPECT_EQ(uploads, 0) << "nothing is uploaded after a failure";
@@ -300,9 +300,9 @@ TEST_F(StyleStoreTest, answersQueries) {
     EXPECT_EQ(store.indexOfStyle(8), std::nullopt);
     EXPECT_EQ(store.countNonCustomStyles(), 1U);
     const auto rows = store.styleRows();
-    EXPECT_EQ(rows.at(0).source, "Custom Style");
-    EXPECT_EQ(rows.at(1).source, "Imported from URL");
-    EXPECT_EQ(rows.at(1).updateStatus, "none");
+    EXPECT_EQ(rows.at(0)->source, "Custom Style");
+    EXPECT_EQ(rows.at(1)->source, "Imported from URL");
+    EXPECT_EQ(rows.at(1)->updateStatus, "none");
 
     styleContainer other = namedStyle("A", 99);
     EXPECT_TRUE(store.isDuplicateStyle(other)) << "equal data";
@@ -310,12 +310,14 @@ TEST_F(StyleStoreTest, answersQueries) {
     other.styleData.sections[0].domains = {"x"};
     EXPECT_FALSE(store.isDuplicateStyle(other));
 
-    store.setEnabled(5, false);
+    setEnabled(5, false);
     EXPECT_TRUE(store.mostStylesEnabled());
-    store.setEnabled(7, false);
-    EXPECT_TRUE(store.mostStylesEnabled()) << "half of three is one";
     store.appendStyle(namedStyle("D", 9));
-    store.setEnabled(9, false);
+    setEnabled(9, false);
+    store.appendStyle(namedStyle("E", 10));
+    setEnabled(10, false);
+    EXPECT_TRUE(store.mostStylesEnabled()) << "half of five is two";
+    setEnabled(7, false); // both that carry it
     EXPECT_FALSE(store.mostStylesEnabled());
     store.resetDatabase();
     EXPECT_TRUE(store.mostStylesEnabled());
@@ -324,7 +326,7 @@ TEST_F(StyleStoreTest, answersQueries) {
 TEST_F(StyleStoreTest, aChangeMadeWhileAnotherCompilesIsKept) {
     putDocument({namedStyle("A", 1)});
     compile = [this](styleContainer&) {
-        if (store.styleWithID(1)->isEnabled) store.setEnabled(1, false);
+        if (store.styleWithID(1)->isEnabled) setEnabled(1, false);
     };
     store.applyStyleProperties(1, fullStyle(2));
     EXPECT_FALSE(store.styleWithID(1)->isEnabled);
@@ -378,7 +380,7 @@ TEST_F(StyleStoreTest, fieldUpdatesCopyTheirFieldsAndNoOthers) {
     // Nobody carries this identifier.
     store.applyStyleProperties(3, from);
     store.applyEditorChanges(3, from);
-    store.setEnabled(3, false);
+    setEnabled(3, false);
     store.setStyleData(3, {});
     store.replaceStyleKeepingSettings(3, from);
     EXPECT_TRUE(dispatcher.backgroundTasks.empty());

@@ -14,6 +14,8 @@ namespace tessaril::testing {
 
 /// Files in memory that fail where the test says so, and a journal of what became visible when.
 struct MemoryFiles : FileSystem {
+    using moment = std::chrono::system_clock::time_point;
+
     bool exists(const std::filesystem::path& path) const override {
         const std::lock_guard lock(mutex);
         return contents.contains(path) || unreadable.contains(path);
@@ -38,6 +40,23 @@ struct MemoryFiles : FileSystem {
         return !full && contents.try_emplace(keptPath, contents[path]).second;
     }
 
+    std::vector<fileEntry> list(const std::filesystem::path& folder) const override {
+        const std::lock_guard lock(mutex);
+        std::vector<fileEntry> found;
+        for (const auto& [path, bytes] : contents) {
+            const auto written = times.find(path);
+            if (path.parent_path() == folder)
+                found.push_back(
+                    {path, bytes.size(), written == times.end() ? moment{} : written->second});
+        }
+        return found;
+    }
+
+    void remove(const std::filesystem::path& path) override {
+        const std::lock_guard lock(mutex);
+        contents.erase(path);
+    }
+
     static std::string joined(std::span<const std::string_view> pieces) {
         std::string bytes;
         for (const std::string_view piece : pieces)
@@ -49,6 +68,7 @@ struct MemoryFiles : FileSystem {
         const std::lock_guard lock(mutex);
         if (readOnly.contains(path)) return false;
         contents[path] = bytes;
+        times[path] = now;
         journal.push_back("wrote " + path.filename().string());
         return true;
     }
@@ -58,6 +78,8 @@ struct MemoryFiles : FileSystem {
     std::set<std::filesystem::path> readOnly;   ///< cannot be replaced
     bool full = false;                          ///< nothing can be written
     int filesWritten = 0;
+    moment now; ///< when what is written is written
+    std::map<std::filesystem::path, moment> times;
     std::vector<std::string> journal;
     mutable std::mutex mutex;
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/application.h"
+#include "support/map_url_loader.h"
 #include "support/memory_files.h"
 #include "support/recording_alerts.h"
 #include "support/recording_compiler_errors.h"
@@ -28,8 +29,9 @@ struct StandInMachine {
     };
 
     applicationSurroundings surroundings() {
-        return {files,   channel, alerts,         dispatcher, standard,  shared,
-                scripts, scripts, compilerErrors, extension,  externals, "/container"};
+        return {files,     channel, alerts,   dispatcher,     standard,
+                shared,    scripts, scripts,  compilerErrors, extension,
+                externals, urls,    pictures, "/container",   "/cache"};
     }
 
     MemoryFiles files;
@@ -39,6 +41,8 @@ struct StandInMachine {
     MemoryPreferences standard, shared;
     NoScripts scripts;
     RecordingCompilerErrors compilerErrors;
+    MapUrlLoader urls;
+    MarkedPictures pictures;
     ::testing::NiceMock<Extension> extension;
     ::testing::StrictMock<Externals> externals;
 };

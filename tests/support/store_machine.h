@@ -28,10 +28,11 @@ struct StoreMachine {
     /// The names in the live database.
     std::vector<std::string> names() {
         std::vector<std::string> result;
-        for (const styleObject& row : store.styleRows())
-            result.push_back(row.name);
+        for (const auto& row : store.styleRows())
+            result.push_back(row->name);
         return result;
     }
+    void setEnabled(std::int64_t id, bool enabled) { store.setEnabled({id}, enabled); }
 
     MemoryFiles files;
     MemoryChannel channel{files};

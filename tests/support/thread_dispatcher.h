@@ -31,6 +31,17 @@ public:
                 thread.join();
     }
 
+    /// Runs what is kept of the main thread so far.
+    void runMain() {
+        std::vector<Task> kept;
+        {
+            const std::lock_guard lock(mutex);
+            kept = std::exchange(mainTasks, {});
+        }
+        for (const Task& task : kept)
+            task();
+    }
+
 private:
     std::vector<std::thread> take() {
         const std::lock_guard lock(mutex);

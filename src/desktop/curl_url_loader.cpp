@@ -1,0 +1,215 @@
+#include "desktop/curl_url_loader.h"
+
+#include "desktop/public_address.h"
+#include "model/log.h"
+
+#include <curl/curl.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <array>
+#include <cassert>
+#include <memory>
+#include <string_view>
+
+namespace tessaril {
+
+namespace {
+
+using clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+constexpr const char* userAgent = "Tessaril/" TESSARIL_VERSION " (user style manager)";
+constexpr const char* protocols = "http,https";
+
+struct handleCloser {
+    void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
+};
+
+/// One load with its redirects, and why it failed.
+class Transfer {
+public:
+    Transfer(const urlRequest& asked, const std::atomic<bool>& cancelledFlag)
+        : request(asked), cancelled(cancelledFlag), handle(curl_easy_init()) {
+        if (handle) configure();
+    }
+
+    std::optional<urlResponse> run() {
+        if (!handle) return failed("out of memory");
+        std::string address = request.address;
+        for (int redirects = 0;; ++redirects) {
+            if (!loadOnce(address)) return std::nullopt;
+            const char* target = info<char*>(CURLINFO_REDIRECT_URL);
+            if (!target) break;
+            if (redirects == request.mostRedirects) return failed("too many redirects");
+            if (isHTTPS(address) && !isHTTPS(target))
+                return failed("a redirect to an insecure address");
+            address = target;
+        }
+        const long status = info<long>(CURLINFO_RESPONSE_CODE);
+        if (status < 200 || status > 299) return failed("status " + std::to_string(status));
+        const char* type = info<char*>(CURLINFO_CONTENT_TYPE);
+        return urlResponse{std::move(body), std::move(address), type ? type : ""};
+    }
+
+    const std::string& reason() const { return why; }
+
+private:
+    std::nullopt_t failed(std::string text) {
+        why = std::move(text);
+        return std::nullopt;
+    }
+
+    static bool isHTTPS(std::string_view address) {
+        constexpr std::string_view scheme = "https:";
+        return std::ranges::equal(address.substr(0, scheme.size()), scheme,
+                                  [](char a, char b) { return (a | 0x20) == (b | 0x20); });
+    }
+
+    template <typename T>
+    void set(CURLoption option, T value) {
+        const bool known = curl_easy_setopt(handle.get(), option, value) == CURLE_OK;
+        isConfigured = isConfigured && known;
+    }
+
+    template <typename T>
+    T info(CURLINFO what) const {
+        T value{};
+        curl_easy_getinfo(handle.get(), what, &value);
+        return value;
+    }
+
+    void configure() {
+        set(CURLOPT_NOSIGNAL, 1L);
+        set(CURLOPT_PROTOCOLS_STR, protocols);
+        set(CURLOPT_PROXY, "");
+        set(CURLOPT_USERAGENT, userAgent);
+        set(CURLOPT_ACCEPT_ENCODING, ""); // all that the library can decompress
+        set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(request.connectTime.count()));
+        set(CURLOPT_ERRORBUFFER, message.data());
+        set(CURLOPT_WRITEFUNCTION, &Transfer::received);
+        set(CURLOPT_WRITEDATA, this);
+        set(CURLOPT_HEADERFUNCTION, &Transfer::headerReceived);
+        set(CURLOPT_HEADERDATA, this);
+        set(CURLOPT_NOPROGRESS, 0L);
+        set(CURLOPT_XFERINFOFUNCTION, &Transfer::progressed);
+        set(CURLOPT_XFERINFODATA, this);
+        set(CURLOPT_OPENSOCKETFUNCTION, &Transfer::openSocket);
+        set(CURLOPT_OPENSOCKETDATA, this);
+    }
+
+    /// Loads without following; false when no whole answer came.
+    bool loadOnce(const std::string& address) {
+        body.clear();
+        isCut = false;
+        headIsWhole = false;
+        message.front() = '\0';
+        lastProgress = clock::now();
+        const auto left = std::chrono::duration_cast<milliseconds>(end - lastProgress).count();
+        set(CURLOPT_TIMEOUT_MS, static_cast<long>(std::max<milliseconds::rep>(left, 1)));
+        set(CURLOPT_URL, address.c_str());
+        if (!isConfigured) {
+            why = "the library refuses its settings";
+            return false;
+        }
+        const CURLcode result = curl_easy_perform(handle.get());
+        if (isCut) return true;
+        // The library takes the end of the connection for the end of the head too.
+        if (result == CURLE_OK && headIsWhole) return true;
+        if (result == CURLE_OK) why = "the answer is cut short";
+        if (why.empty()) why = message.front() ? message.data() : curl_easy_strerror(result);
+        return false;
+    }
+
+    static std::size_t received(const char* bytes, std::size_t, std::size_t count, void* self) {
+        return static_cast<Transfer*>(self)->take({bytes, count});
+    }
+
+    static std::size_t headerReceived(const char* bytes, std::size_t, std::size_t count,
+                                      void* self) {
+        const std::string_view line(bytes, count);
+        static_cast<Transfer*>(self)->headIsWhole = line == "\r\n" || line == "\n";
+        return count;
+    }
+
+    /// Taking less than what came ends the load.
+    std::size_t take(std::string_view piece) {
+        const std::size_t room = request.largestBody - body.size();
+        body += piece.substr(0, room);
+        if (piece.size() > room) {
+            isCut = request.cutsLongerBody;
+            if (!isCut) why = "a body of more than " + std::to_string(body.size()) + " bytes";
+            return CURL_WRITEFUNC_ERROR;
+        }
+        return piece.size();
+    }
+
+    static int progressed(void* self, curl_off_t, curl_off_t downloaded, curl_off_t,
+                          curl_off_t uploaded) {
+        return static_cast<Transfer*>(self)->mayGoOn(downloaded + uploaded) ? 0 : 1;
+    }
+
+    /// Asked at least once a second.
+    bool mayGoOn(curl_off_t transferred) {
+        if (cancelled) {
+            why = "cancelled";
+            // Not to wait for a name that is being looked up.
+            curl_easy_setopt(handle.get(), CURLOPT_QUICK_EXIT, 1L);
+            return false;
+        }
+        const auto time = clock::now();
+        if (transferred != lastTransferred) {
+            lastTransferred = transferred;
+            lastProgress = time;
+        }
+        if (time - lastProgress <= request.stallTime) return true;
+        why = "no progress for too long";
+        return false;
+    }
+
+    static curl_socket_t openSocket(void* self, curlsocktype, curl_sockaddr* address) {
+        return static_cast<Transfer*>(self)->openSocketTo(*address);
+    }
+
+    curl_socket_t openSocketTo(const curl_sockaddr& address) {
+        if (request.publicHostsOnly && !isPublicAddress(address.addr)) {
+            why = "not a host of the public internet";
+            return CURL_SOCKET_BAD;
+        }
+        why.clear(); // of a host's addresses the public ones are tried
+        return ::socket(address.family, address.socktype | SOCK_CLOEXEC, address.protocol);
+    }
+
+    const urlRequest& request;
+    const std::atomic<bool>& cancelled;
+    const clock::time_point end = clock::now() + request.totalTime;
+    clock::time_point lastProgress;
+    curl_off_t lastTransferred = 0;
+    std::array<char, CURL_ERROR_SIZE> message{};
+    std::string body;
+    std::string why;
+    bool isConfigured = true;
+    bool isCut = false;
+    bool headIsWhole = false;
+    std::unique_ptr<CURL, handleCloser> handle; ///< the last member: its end may use the others
+};
+
+} // namespace
+
+CurlUrlLoader::CurlUrlLoader() : mainThread(std::this_thread::get_id()) {
+    curl_global_init(CURL_GLOBAL_DEFAULT);
+}
+
+std::optional<urlResponse> CurlUrlLoader::load(const urlRequest& request) {
+    assert(std::this_thread::get_id() != mainThread);
+    std::string reason = "cancelled";
+    if (!cancelled) {
+        Transfer transfer(request, cancelled);
+        if (auto response = transfer.run()) return response;
+        reason = transfer.reason();
+    }
+    logLine("Error loading " + request.address + ": " + reason);
+    return std::nullopt;
+}
+
+} // namespace tessaril

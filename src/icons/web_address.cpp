@@ -1,0 +1,214 @@
+#include "icons/web_address.h"
+
+#include "model/text.h"
+
+#include <algorithm>
+#include <array>
+
+namespace tessaril {
+
+namespace {
+
+constexpr std::string_view hexDigits = "0123456789ABCDEF";
+
+bool isLetter(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+bool isForeign(char c) {
+    return static_cast<unsigned char>(c) >= 0x80;
+}
+
+bool isOneOf(char c, std::string_view chars) {
+    return chars.find(c) != std::string_view::npos;
+}
+
+/// Unreserved characters and those that separate within a part.
+bool isPlain(char c) {
+    return isLetter(c) || isDigit(c) || isOneOf(c, "-._~!$&'()*+,;=");
+}
+
+bool isPathCharacter(char c) {
+    return isPlain(c) || isOneOf(c, ":@/?");
+}
+
+bool isEscape(std::string_view text) {
+    return text.size() >= 3 && text[0] == '%' && hexDigit(text[1]) && hexDigit(text[2]);
+}
+
+bool isPath(std::string_view text) {
+    for (std::size_t at = 0; at < text.size(); ++at)
+        if (!isPathCharacter(text[at]) && !isEscape(text.substr(at))) return false;
+    return true;
+}
+
+std::string encodedPath(std::string_view text) {
+    std::string encoded;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const char c = text[at];
+        if (isPathCharacter(c) || isEscape(text.substr(at))) {
+            encoded += c;
+            continue;
+        }
+        const auto byte = static_cast<unsigned char>(c);
+        encoded += {'%', hexDigits[byte >> 4], hexDigits[byte & 15]};
+    }
+    return encoded;
+}
+
+/// The parts of an authority.
+struct hostAndPort {
+    std::string_view user; ///< with its "@"
+    std::string_view host;
+    std::string_view port;
+};
+
+hostAndPort partsOf(std::string_view authority) {
+    hostAndPort parts;
+    const std::size_t at = authority.rfind('@') + 1; // 0 where there is none
+    parts.user = authority.substr(0, at);
+    authority.remove_prefix(at);
+    const std::size_t literal = authority.starts_with('[') ? authority.find(']') : 0;
+    const std::size_t colon = authority.find(':', std::min(literal, authority.size()));
+    parts.host = authority.substr(0, colon);
+    if (colon != std::string_view::npos) parts.port = authority.substr(colon + 1);
+    return parts;
+}
+
+bool isHost(std::string_view host) {
+    if (host.empty()) return false;
+    if (host.starts_with('['))
+        return host.ends_with(']') &&
+               std::ranges::all_of(host.substr(1, host.size() - 2),
+                                   [](char c) { return hexDigit(c) || isOneOf(c, ":."); });
+    return isValidUTF8(host) &&
+           std::ranges::all_of(host, [](char c) { return isPlain(c) || isForeign(c); });
+}
+
+bool isAuthority(std::string_view authority) {
+    const hostAndPort parts = partsOf(authority);
+    return isHost(parts.host) && isPath(parts.user) && std::ranges::all_of(parts.port, isDigit);
+}
+
+/// The length of a leading scheme without its colon; 0 where there is none.
+std::size_t schemeLength(std::string_view text) {
+    if (text.empty() || !isLetter(text.front())) return 0;
+    const auto end = std::ranges::find_if_not(
+        text, [](char c) { return isLetter(c) || isDigit(c) || isOneOf(c, "+-."); });
+    if (end == text.end() || *end != ':') return 0;
+    return static_cast<std::size_t>(end - text.begin());
+}
+
+void setPathAndQuery(webAddress& address, std::string_view text) {
+    const std::size_t mark = text.find('?');
+    address.path = text.substr(0, mark);
+    address.query.reset();
+    if (mark != std::string_view::npos) address.query = text.substr(mark + 1);
+}
+
+/// The path of the reference's segments behind the base's folder.
+std::string mergedPath(const webAddress& base, std::string_view path) {
+    const std::string folder = base.path.substr(0, base.path.rfind('/') + 1);
+    return (folder.empty() ? "/" : folder) + std::string(path);
+}
+
+/// Section 5.2.4, on a path that begins with a slash.
+std::string withoutDotSegments(std::string_view path) {
+    if (path.empty()) return {};
+    std::vector<std::string_view> kept;
+    const auto segments = split(path.substr(1), "/");
+    for (std::size_t i = 0; i < segments.size(); ++i) {
+        const std::string_view segment = segments[i];
+        const bool isLast = i + 1 == segments.size();
+        if (segment != "." && segment != "..") {
+            kept.push_back(segment);
+            continue;
+        }
+        if (segment == ".." && !kept.empty()) kept.pop_back();
+        if (isLast) kept.emplace_back(); // the folder itself
+    }
+    std::string result;
+    for (const std::string_view segment : kept)
+        result.append("/").append(segment);
+    return result;
+}
+
+/// Behind the scheme: "//" and an authority, path and query.
+std::optional<webAddress> absoluteAddress(std::string_view scheme, std::string_view rest) {
+    webAddress address;
+    address.scheme = lowercasedASCII(scheme);
+    if ((address.scheme != "http" && address.scheme != "https") || !rest.starts_with("//"))
+        return std::nullopt;
+    rest.remove_prefix(2);
+    const std::size_t end = std::min(rest.find_first_of("/?"), rest.size());
+    address.authority = rest.substr(0, end);
+    if (!isAuthority(address.authority)) return std::nullopt;
+    setPathAndQuery(address, rest.substr(end));
+    return address;
+}
+
+std::string_view withoutFragment(std::string_view text) {
+    return text.substr(0, text.find('#'));
+}
+
+bool isNumber(std::string_view label) {
+    return std::ranges::all_of(label, isDigit) || lowercasedASCII(label).starts_with("0x");
+}
+
+} // namespace
+
+std::string webAddress::text() const {
+    std::string result = scheme + "://" + authority + path;
+    if (query) result.append("?").append(*query);
+    return result;
+}
+
+std::optional<webAddress> parseWebAddress(std::string_view text) {
+    text = withoutFragment(text);
+    const std::size_t scheme = schemeLength(text);
+    if (scheme == 0) return std::nullopt;
+    auto address = absoluteAddress(text.substr(0, scheme), text.substr(scheme + 1));
+    if (!address || !isPath(address->path) || !isPath(address->query.value_or("")))
+        return std::nullopt;
+    return address;
+}
+
+std::optional<webAddress> resolvedAddress(const webAddress& base, std::string_view reference) {
+    reference = withoutFragment(trimmed(reference));
+    std::optional<webAddress> target = base;
+    if (const std::size_t scheme = schemeLength(reference)) {
+        target = absoluteAddress(reference.substr(0, scheme), reference.substr(scheme + 1));
+    } else if (reference.starts_with("//")) {
+        target = absoluteAddress(base.scheme, reference);
+    } else if (reference.starts_with('?')) {
+        target->query = reference.substr(1);
+    } else if (!reference.empty()) {
+        setPathAndQuery(*target, reference);
+        if (!reference.starts_with('/')) target->path = mergedPath(base, target->path);
+    }
+    if (!target) return std::nullopt;
+    target->path = encodedPath(withoutDotSegments(target->path));
+    if (target->query) target->query = encodedPath(*target->query);
+    return target;
+}
+
+bool isPublicSite(const webAddress& address) {
+    constexpr std::array<std::string_view, 8> localEndings{
+        "localhost", "local", "localdomain", "internal", "lan", "home", "corp", "arpa"};
+    const hostAndPort parts = partsOf(address.authority);
+    if (address.scheme != "https" || !parts.user.empty()) return false;
+    if (!parts.port.empty() && parts.port != "443") return false;
+    std::string host = lowercasedASCII(parts.host);
+    if (host.ends_with('.')) host.pop_back();
+    const std::size_t dot = host.rfind('.');
+    if (dot == std::string::npos || host.starts_with('[')) return false;
+    const std::string_view last = std::string_view(host).substr(dot + 1);
+    return !last.empty() && !isNumber(last) &&
+           std::ranges::find(localEndings, last) == localEndings.end();
+}
+
+} // namespace tessaril

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+// Addresses of the web in their generic syntax (RFC 3986).
+namespace tessaril {
+
+/// An absolute address in its parts; what is not there is empty, and a fragment is dropped.
+struct webAddress {
+    std::string scheme; ///< in lower case
+    std::string authority;
+    std::string path;
+    std::optional<std::string> query;
+
+    std::string text() const;
+
+    bool operator==(const webAddress&) const = default;
+};
+
+/// An absolute http or https address with a host, in which only characters stand that may; beyond
+/// them, letters of other scripts are taken in the host, to be encoded by who resolves it. Nothing
+/// for any other text.
+std::optional<webAddress> parseWebAddress(std::string_view text);
+
+/// What `reference`, as a page writes it, means on the page at `base`: surrounding white space is
+/// dropped, and what an address cannot hold is percent-encoded. Nothing unless it leads to the web.
+std::optional<webAddress> resolvedAddress(const webAddress& base, std::string_view reference);
+
+/// Whether an icon may be asked for there, though a stranger chose the address: by https at the
+/// usual port, without a user name, at a host that has a public name. Not the numbers of hosts, nor
+/// names of one label or with an ending for local networks.
+bool isPublicSite(const webAddress& address);
+
+} // namespace tessaril

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/icon_loader.h"
+
+#include <optional>
+#include <string_view>
+
+namespace tessaril {
+
+/// Makes pictures from strangers safe to show. Safe to use from any thread but the main thread,
+/// which must not wait.
+class IconDecoder {
+public:
+    virtual ~IconDecoder() = default;
+
+    /// The picture that the bytes hold, whatever they are called, scaled to fit a site icon and
+    /// centred on nothing; nothing where they hold none, or one that is broken, larger than any
+    /// icon is, or takes too long.
+    virtual std::optional<siteIcon> decode(std::string_view bytes) = 0;
+};
+
+} // namespace tessaril

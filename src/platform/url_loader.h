@@ -1,0 +1,46 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <optional>
+#include <string>
+
+namespace tessaril {
+
+/// What to load, and how much of it at most. The limits are the widest; callers narrow them.
+struct urlRequest {
+    std::string address;                ///< http or https
+    std::size_t largestBody = 32 << 20; ///< bytes, counted after decompression
+    /// Whether a longer body is cut there; otherwise it is a failure.
+    bool cutsLongerBody = false;
+    int mostRedirects = 10;
+    std::chrono::milliseconds connectTime = std::chrono::seconds(10);
+    std::chrono::milliseconds stallTime = std::chrono::seconds(30); ///< without progress
+    std::chrono::milliseconds totalTime = std::chrono::minutes(5);  ///< all redirects included
+    /// Whether only hosts on the public internet are connected to: for addresses that strangers
+    /// chose, which must not reach the user's own machine or network. Holds for every redirect too,
+    /// and for the address that a name stands for.
+    bool publicHostsOnly = false;
+};
+
+struct urlResponse {
+    std::string body;         ///< whole and decompressed
+    std::string finalAddress; ///< after redirects
+    std::string contentType;  ///< as the server named it; may be empty
+};
+
+/// Loads addresses whole. Safe to use from any thread but the main thread, which must not wait.
+class UrlLoader {
+public:
+    virtual ~UrlLoader() = default;
+
+    /// Loads the address and waits for it. Redirects are followed, never from https to http;
+    /// certificates are checked; nothing is kept between loads. Nothing, and one log line that says
+    /// why, unless the last answer's status is 2xx and its body arrived whole.
+    virtual std::optional<urlResponse> load(const urlRequest& request) = 0;
+
+    /// Makes all loads, running and later ones, give nothing soon; for quitting.
+    virtual void cancelAll() = 0;
+};
+
+} // namespace tessaril

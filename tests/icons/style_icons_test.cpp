@@ -1,0 +1,243 @@
+#include "events/notification_names.h"
+#include "icons/style_icons.h"
+#include "model/text.h"
+#include "preferences/preference_keys.h"
+#include "support/map_url_loader.h"
+#include "support/memory_files.h"
+#include "support/sample_styles.h"
+#include "support/stepped_dispatcher.h"
+#include "support/thread_dispatcher.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <map>
+
+namespace tessaril {
+namespace {
+
+using namespace testing;
+using namespace std::chrono_literals;
+using ::testing::ElementsAre, ::testing::IsEmpty;
+
+using texts = std::vector<std::string>;
+
+/// A machine in memory, and styles by identifier.
+template <typename Tasks>
+struct IconMachine {
+    IconMachine() {
+        preferences.registerDefault(preferenceKeys::fetchSiteIcons, true);
+        start();
+    }
+
+    /// As a new process does it.
+    void start() {
+        icons = std::make_unique<StyleIcons>(styleIconsSurroundings{
+            .loader = loader,
+            .decoder = pictures,
+            .files = files,
+            .dispatcher = dispatcher,
+            .center = center,
+            .preferences = preferences,
+            .findStyle =
+                [this](std::int64_t id) { return styles.contains(id) ? styles.at(id) : nullptr; },
+            .cacheFolder = "/cache",
+            .clock = [this] { return files.now; }});
+        icons->setFoundHandler([this](std::int64_t id, const auto& icon, iconRequest why) {
+            found.push_back(std::to_string(id) + (why == iconRequest::newRow ? " " : "! ") +
+                            icon->png);
+        });
+    }
+    void put(std::int64_t id, std::vector<styleSection> sections) {
+        styleContainer style = namedStyle("style", id);
+        style.styleData.sections = std::move(sections);
+        styles[id] = std::make_shared<const styleContainer>(std::move(style));
+    }
+    void putDomain(std::int64_t id, std::string domain) {
+        put(id, {{.domains = {std::move(domain)}}});
+    }
+    void serve(const std::string& address, const std::string& picture) {
+        loader.responses[address].body = "picture " + picture;
+    }
+    void turn(bool on) {
+        preferences.set(preferenceKeys::fetchSiteIcons, on);
+        center.post(notifications::preferencesDidChange);
+    }
+
+    MapUrlLoader loader;
+    MarkedPictures pictures;
+    MemoryFiles files;
+    Tasks dispatcher;
+    NotificationCenter center;
+    MemoryPreferences stored;
+    Preferences preferences{stored};
+    std::map<std::int64_t, std::shared_ptr<const styleContainer>> styles;
+    texts found;
+    std::unique_ptr<StyleIcons> icons;
+};
+
+class StyleIconsTest : public ::testing::Test, protected IconMachine<SteppedDispatcher> {
+protected:
+    /// The addresses that are asked for it.
+    texts fetch(std::vector<std::int64_t> ids, iconRequest why = iconRequest::newRow) {
+        found.clear();
+        icons->fetch(ids, why);
+        dispatcher.runAll();
+        return loader.taken();
+    }
+};
+
+TEST_F(StyleIconsTest, AsksSectionBySectionAndStopsAtTheFirstIconOfANewRow) {
+    put(1, {{.urls = {"https://exact.example/"}, .regexps = {"https://.*"}},
+            {.urlPrefixes = {"https://p.co.uk", "http://p.com", "https://www.q.org/"},
+             .domains = {"a.example", "b.example"}},
+            {.domains = {"c.example"}}});
+    serve("https://p.com/favicon.ico", "p");
+    serve("https://c.example/favicon.ico", "c");
+    const texts a{"https://a.example/favicon.ico", "https://www.a.example/favicon.ico",
+                  "https://a.example/", "https://a.example/apple-touch-icon.png"};
+    texts expected = a;
+    for (const std::string& address : a)
+        expected.push_back(replacingAll(address, "a.example", "b.example"));
+    expected.insert(expected.end(), {"https://p.com/", "https://p.com/favicon.ico"});
+    EXPECT_EQ(fetch({1}), expected);
+    EXPECT_THAT(found, ElementsAre("1 picture p"));
+    EXPECT_EQ(icons->known(*styles[1])->png, "picture p");
+
+    EXPECT_THAT(fetch({1}, iconRequest::rulesChanged),
+                ElementsAre("https://c.example/favicon.ico"));
+    EXPECT_THAT(found, ElementsAre("1! picture p", "1! picture c"));
+    EXPECT_THAT(fetch({2}), IsEmpty()) << "no such style";
+    EXPECT_TRUE(loader.allForPublicHosts);
+}
+
+TEST_F(StyleIconsTest, FindsTheIconThatAPagePrefers) {
+    putDomain(1, "a.example");
+    loader.responses["https://a.example/"] = {
+        .body = "<link rel=icon sizes=16x16 href=small.png><link rel=manifest href=m.json>",
+        .finalAddress = "https://www.a.example/start/",
+        .contentType = ""};
+    loader.responses["https://www.a.example/start/m.json"].body =
+        R"({"icons":[{"src":"/broken.png","sizes":"64x64"},{"src":"/large.png","sizes":"192x192"}]})";
+    loader.responses["https://www.a.example/broken.png"].body = "<html>";
+    serve("https://www.a.example/large.png", "large");
+    EXPECT_THAT(fetch({1}),
+                ElementsAre("https://a.example/favicon.ico", "https://www.a.example/favicon.ico",
+                            "https://a.example/", "https://www.a.example/start/m.json",
+                            "https://www.a.example/broken.png", "https://www.a.example/large.png"));
+    EXPECT_THAT(found, ElementsAre("1 picture large"));
+}
+
+TEST_F(StyleIconsTest, LeavesTheUsersOwnMachineAndNetworkAlone) {
+    const texts hosts{"localhost",   "router",     "nas.local",      "192.168.0.1",
+                      "[::1]",       "2130706433", "a.example:8080", "me@a.example",
+                      "a b.example", "",           "printer.home",   "x/../"};
+    put(1, {{.domains = hosts}});
+    put(2, {{.urlPrefixes = {"https://localhost/a.com", "https://10.0.0.1/.net", "x.org", ".com",
+                             "ftp://a.com", "file:///a.com"}}});
+    EXPECT_THAT(fetch({1, 2}), IsEmpty());
+}
+
+TEST_F(StyleIconsTest, ServesTheRowsOnTheScreenFirstAndEachOnce) {
+    for (std::int64_t id = 1; id <= 4; ++id) {
+        putDomain(id, std::to_string(id) + ".example");
+        serve("https://" + std::to_string(id) + ".example/favicon.ico", std::to_string(id));
+    }
+    icons->fetch(std::vector<std::int64_t>{1, 2, 3, 4}, iconRequest::newRow);
+    icons->fetch(std::vector<std::int64_t>{2}, iconRequest::rulesChanged);
+    icons->setOnScreen({9, 3, 4});
+    dispatcher.runAll();
+    EXPECT_THAT(found, ElementsAre("3 picture 3", "4 picture 4", "1 picture 1", "2! picture 2"));
+    EXPECT_THAT(dispatcher.priorities, ::testing::Each(taskPriority::background));
+
+    icons->fetch(std::vector<std::int64_t>{1, 2}, iconRequest::rulesChanged);
+    icons->stop();
+    found.clear();
+    dispatcher.runAll();
+    EXPECT_THAT(found, IsEmpty());
+}
+
+TEST_F(StyleIconsTest, RemembersAcrossStartsWhatItLearned) {
+    for (const auto& [id, domain] :
+         std::map<std::int64_t, std::string>{{1, "has.example"}, {2, "none.example"}, {3, "off"}})
+        putDomain(id, domain + ".net");
+    serve("https://has.example.net/favicon.ico", "icon");
+    loader.responses["https://none.example.net/"].body = "a page";
+    EXPECT_EQ(fetch({1, 2, 3}).size(), 1U + 5 + 4);
+    start();
+    EXPECT_EQ(icons->known(*styles[1]), nullptr);
+    EXPECT_EQ(fetch({1, 2, 3}).size(), 4U) << "that one was not reached";
+    EXPECT_THAT(found, ElementsAre("1 picture icon"));
+    EXPECT_THAT(fetch({3}), IsEmpty()) << "not at once again";
+    files.now += 1h;
+    EXPECT_EQ(fetch({3}).size(), 4U);
+    files.now += 31 * 24h;
+    start();
+    loader.responses.clear();
+    EXPECT_EQ(fetch({1}).size(), 4U);
+    EXPECT_THAT(found, ElementsAre("1 picture icon")) << "an old one is better than none";
+}
+
+TEST_F(StyleIconsTest, AsksNobodyWhileThePreferenceIsOff) {
+    putDomain(1, "a.example");
+    putDomain(2, "b.example");
+    serve("https://a.example/favicon.ico", "a");
+    serve("https://b.example/favicon.ico", "b");
+    fetch({1});
+    start();
+    turn(false);
+    EXPECT_THAT(fetch({1, 2}), IsEmpty());
+    EXPECT_THAT(found, ElementsAre("1 picture a")) << "from the cache";
+    found.clear();
+    turn(true);
+    dispatcher.runAll();
+    EXPECT_THAT(found, ElementsAre("1 picture a", "2 picture b"));
+
+    // Switched off in the middle, it is not taken for a site without an icon.
+    putDomain(3, "c.example");
+    loader.responses["https://c.example/"].body = "a page";
+    loader.onLoad = [this](const urlRequest& request) {
+        if (request.address == "https://c.example/") turn(false);
+    };
+    EXPECT_EQ(fetch({3}).size(), 3U);
+    loader.onLoad = nullptr;
+    serve("https://c.example/favicon.ico", "c");
+    found.clear();
+    turn(true);
+    dispatcher.runAll();
+    EXPECT_THAT(found, ::testing::Contains("3 picture c"));
+}
+
+TEST(StyleIconsThreads, ShareEachSiteAndKeepToAFewRequestsAtOnce) {
+    IconMachine<ThreadDispatcher> machine;
+    std::vector<std::int64_t> ids;
+    for (std::int64_t id = 0; id < 200; ++id) {
+        const std::string domain = std::to_string(id % 10) + ".example";
+        machine.putDomain(id, domain);
+        if (id % 10 != 0) machine.serve("https://" + domain + "/favicon.ico", domain);
+        ids.push_back(id);
+    }
+    std::atomic<int> running = 0, most = 0;
+    machine.loader.onLoad = [&](const urlRequest&) {
+        const int now = ++running;
+        for (int before = most; before < now && !most.compare_exchange_weak(before, now);) {
+        }
+        std::this_thread::yield();
+        --running;
+    };
+    machine.icons->fetch(ids, iconRequest::newRow);
+    machine.icons->setOnScreen({150, 151});
+    for (const std::int64_t id : ids)
+        machine.icons->known(*machine.styles.at(id));
+    machine.dispatcher.join();
+    machine.dispatcher.runMain();
+    EXPECT_EQ(machine.found.size(), 180U);
+    EXPECT_LE(most, 4);
+    auto asked = machine.loader.taken();
+    EXPECT_EQ(asked.size(), 9U + 4) << "each site once";
+    EXPECT_EQ(machine.icons->known(*machine.styles.at(1)),
+              machine.icons->known(*machine.styles.at(191)));
+}
+
+} // namespace
+} // namespace tessaril

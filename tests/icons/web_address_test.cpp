@@ -1,0 +1,69 @@
+#include "icons/web_address.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+namespace tessaril {
+namespace {
+
+std::string resolved(const std::string& base, const std::string& reference) {
+    const auto parsed = parseWebAddress(base);
+    const auto target = parsed ? resolvedAddress(*parsed, reference) : std::nullopt;
+    return target ? target->text() : "none";
+}
+
+TEST(WebAddress, ResolvesReferencesAsTheStandardsExamplesDo) {
+    const std::map<std::string, std::string> examples{{"g", "http://a/b/c/g"},
+                                                      {"./g", "http://a/b/c/g"},
+                                                      {"g/", "http://a/b/c/g/"},
+                                                      {"/g", "http://a/g"},
+                                                      {"//g", "http://g"},
+                                                      {"?y", "http://a/b/c/d;p?y"},
+                                                      {"g?y", "http://a/b/c/g?y"},
+                                                      {"#s", "http://a/b/c/d;p?q"},
+                                                      {"g?y#s", "http://a/b/c/g?y"},
+                                                      {";x", "http://a/b/c/;x"},
+                                                      {"", "http://a/b/c/d;p?q"},
+                                                      {".", "http://a/b/c/"},
+                                                      {"..", "http://a/b/"},
+                                                      {"../g", "http://a/b/g"},
+                                                      {"../..", "http://a/"},
+                                                      {"../../../../g", "http://a/g"},
+                                                      {"/../g", "http://a/g"},
+                                                      {"g.", "http://a/b/c/g."},
+                                                      {"./g/.", "http://a/b/c/g/"},
+                                                      {"g;x=1/../y", "http://a/b/c/y"},
+                                                      {"g?y/../x", "http://a/b/c/g?y/../x"}};
+    for (const auto& [reference, target] : examples)
+        EXPECT_EQ(resolved("http://a/b/c/d;p?q", reference), target) << reference;
+    EXPECT_EQ(resolved("https://a", "i.png"), "https://a/i.png");
+    EXPECT_EQ(resolved("https://a/", " \n my \"i\xC3\xBC.png "), "https://a/my%20%22i%C3%BC.png");
+    for (const char* none :
+         {"data:image/png;base64,AA", "javascript:x()", "https:x", "//", "//a b"})
+        EXPECT_EQ(resolved("https://a/", none), "none") << none;
+    for (const char* none : {"", "a", "https://", "https://a b/", "https://a/\"", "ftp://a/",
+                             "https:///x", "https://a:b/", "https://a\xFF/", "https://*.\n/"})
+        EXPECT_FALSE(parseWebAddress(none)) << none;
+}
+
+TEST(WebAddress, KnowsWhereAStyleMustNotLead) {
+    const auto isPublic = [](const std::string& text) {
+        const auto address = parseWebAddress(text);
+        return address && isPublicSite(*address);
+    };
+    for (const char* address :
+         {"https://example.com", "https://a.b.example:443/x?y", "HTTPS://EXAMPLE.COM./",
+          "https://b\xC3\xBC"
+          "cher.example/"})
+        EXPECT_TRUE(isPublic(address)) << address;
+    for (const char* address :
+         {"http://example.com/", "https://localhost/", "https://router/", "https://a.localhost./",
+          "https://printer.local/", "https://x.LAN/", "https://10.0.0.1/", "https://8.8.8.8/",
+          "https://0x7f.1/", "https://a.2130706433/", "https://127.0.0.0x1/", "https://[::1]/",
+          "https://example.com:8443/", "https://me@example.com/", "https://example.com@10.0.0.1/"})
+        EXPECT_FALSE(isPublic(address)) << address;
+}
+
+} // namespace
+} // namespace tessaril
