@@ -35,7 +35,7 @@ StyleListActions::StyleListActions(const StyleList& styleList, StyleListCommands
     , redo(make("&Redo", [this] { redoClicked(); }))
     , rename(makeWithKeys("Re&name", {Qt::Key_F2},
                           [this] { view.rename(view.selectedRows().front()); }))
-    , duplicate(makeWithKeys("D&uplicate", {Qt::CTRL | Qt::Key_D}, [this] { duplicateClicked(); }))
+    , duplicate(makeWithKeys("Dupli&cate", {Qt::CTRL | Qt::Key_D}, [this] { duplicateClicked(); }))
     , deleteSelected(makeWithKeys("&Delete", {QKeySequence::Delete}, [this] { deleteClicked(); }))
     , deleteContext(make("&Delete", [this] { deleteContextClicked(); }))
     , selectAll(
@@ -44,7 +44,7 @@ StyleListActions::StyleListActions(const StyleList& styleList, StyleListCommands
                         [this] { commands.openSelected(view.selectedRows()); }))
     , properties(makeWithKeys("&Properties", {Qt::ALT | Qt::Key_Return, Qt::ALT | Qt::Key_Enter},
                               [this] { commands.openProperties(view.selectedRows().front()); }))
-    , update(make("Check for &Update",
+    , update(make("Check for Upda&te",
                   [this] { commands.updateIndividualClicked(view.selectedRows().front()); }))
     , exportStyle(
           make("E&xport Style…", [this] { commands.exportStyle(view.selectedRows().front()); }))
