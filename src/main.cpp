@@ -123,8 +123,12 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
 
     QPointer<PreferencesWindow> preferences;
     MainWindow window(
-        application.styleList(),
-        {.canImport = [&] { return application.fileImport().canImport(); },
+        {.list = application.styleList(),
+         .listCommands = application.listCommands(),
+         .newStyle = application.newStyle(),
+         .listUndo = application.listUndo(),
+         .alerts = alerts,
+         .canImport = [&] { return application.fileImport().canImport(); },
          .importFiles = [&](auto chosen) { application.fileImport().importFiles(chosen); },
          .openFiles = [&](auto dropped) { application.openFiles(dropped); },
          .openPreferences =

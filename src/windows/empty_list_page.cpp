@@ -3,25 +3,31 @@
 #include "windows/droplet.h"
 
 #include <QAction>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace tessaril {
 
 namespace {
 
-constexpr const char* headingText = "No Styles Yet";
-constexpr const char* adviceText = "Import a style file to begin, or drop one here.\n"
-                                   "UserCSS, plain CSS, Less and Stylus files are understood.";
+constexpr const char* emptyHeading = "No Styles Yet";
+constexpr const char* emptyAdvice = "Write a style or import a style file to begin, or drop one "
+                                    "here.\nUserCSS, plain CSS, Less and Stylus files are "
+                                    "understood.";
+constexpr const char* noMatchHeading = "No Styles Found";
+constexpr const char* noMatchAdvice = "No style has that in its name, its sites or its author.";
 constexpr int pictureSize = 72;
 constexpr int buttonPadding = 14;
 
-} // namespace
-
-EmptyListPage::EmptyListPage(QAction& import) {
+/// Fills the page with a picture, the texts and a row of buttons.
+void layOut(QWidget& page, const char* headingText, const char* adviceText,
+            const QList<QPushButton*>& buttons) {
     auto* picture = new QLabel;
-    picture->setPixmap(dropletPixmap(pictureSize, devicePixelRatioF()));
+    picture->setPixmap(dropletPixmap(pictureSize, page.devicePixelRatioF()));
 
     auto* heading = new QLabel(headingText);
     QFont large = heading->font();
@@ -33,22 +39,50 @@ EmptyListPage::EmptyListPage(QAction& import) {
     advice->setAlignment(Qt::AlignHCenter);
     advice->setWordWrap(true);
 
-    auto* button = new QPushButton(import.text());
-    button->setObjectName("beginButton");
-    button->setAutoDefault(true);
-    button->setMinimumWidth(button->sizeHint().width() + 2 * buttonPadding);
-    QObject::connect(button, &QPushButton::clicked, &import, &QAction::trigger);
-    setFocusProxy(button);
+    auto* buttonRow = new QHBoxLayout;
+    buttonRow->setSpacing(10);
+    buttonRow->addStretch();
+    int width = 0;
+    for (const QPushButton* button : buttons)
+        width = std::max(width, button->sizeHint().width() + 2 * buttonPadding);
+    for (QPushButton* button : buttons) {
+        button->setAutoDefault(true);
+        button->setMinimumWidth(width);
+        buttonRow->addWidget(button);
+    }
+    buttonRow->addStretch();
 
-    auto* rows = new QVBoxLayout(this);
+    auto* rows = new QVBoxLayout(&page);
     rows->setSpacing(12);
     rows->addStretch(2);
     rows->addWidget(picture, 0, Qt::AlignHCenter);
     rows->addWidget(heading, 0, Qt::AlignHCenter);
     rows->addWidget(advice);
     rows->addSpacing(6);
-    rows->addWidget(button, 0, Qt::AlignHCenter);
+    rows->addLayout(buttonRow);
     rows->addStretch(3);
+    page.setFocusProxy(buttons.first());
+}
+
+QPushButton* buttonOf(QAction& action, const char* name) {
+    auto* button = new QPushButton(action.text());
+    button->setObjectName(name);
+    QObject::connect(button, &QPushButton::clicked, &action, &QAction::trigger);
+    return button;
+}
+
+} // namespace
+
+EmptyListPage::EmptyListPage(QAction& create, QAction& import) {
+    layOut(*this, emptyHeading, emptyAdvice,
+           {buttonOf(import, "beginButton"), buttonOf(create, "newStyleButton")});
+}
+
+NoMatchPage::NoMatchPage() {
+    auto* showAll = new QPushButton("Show All");
+    showAll->setObjectName("showAllButton");
+    connect(showAll, &QPushButton::clicked, this, &NoMatchPage::showAllWanted);
+    layOut(*this, noMatchHeading, noMatchAdvice, {showAll});
 }
 
 } // namespace tessaril

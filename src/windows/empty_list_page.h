@@ -6,11 +6,22 @@ class QAction;
 
 namespace tessaril {
 
-/// What the main window shows in place of an empty list: how to begin, and the button to do it.
+/// What the main window shows in place of an empty list: how to begin, and the buttons to do it.
 class EmptyListPage : public QWidget {
 public:
-    /// The button does what `import` does, under the action's own text.
-    explicit EmptyListPage(QAction& import);
+    /// The buttons do what the actions do, under the actions' own texts.
+    EmptyListPage(QAction& create, QAction& import);
+};
+
+/// What it shows where the filter finds no style.
+class NoMatchPage : public QWidget {
+    Q_OBJECT
+
+public:
+    NoMatchPage();
+
+signals:
+    void showAllWanted();
 };
 
 } // namespace tessaril

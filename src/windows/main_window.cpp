@@ -2,10 +2,12 @@
 
 #include "import/file_import.h"
 #include "windows/empty_list_page.h"
-#include "windows/import_icon.h"
+#include "windows/filter_field.h"
+#include "windows/line_icons.h"
+#include "windows/list_toolbar.h"
+#include "windows/new_style_sheet.h"
 #include "windows/shown_text.h"
-#include "windows/style_list_model.h"
-#include "windows/style_row_delegate.h"
+#include "windows/style_list_actions.h"
 
 #include <QAction>
 #include <QApplication>
@@ -14,7 +16,6 @@
 #include <QDropEvent>
 #include <QFile>
 #include <QFileDialog>
-#include <QListView>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QStackedWidget>
@@ -42,21 +43,33 @@ QString importFilter() {
 
 } // namespace
 
-MainWindow::MainWindow(StyleList& list, mainWindowCommands windowCommands)
+MainWindow::MainWindow(mainWindowCommands windowCommands)
     : commands(std::move(windowCommands))
-    , model(new StyleListModel(list, this))
-    , styleList(new QListView)
-    , pages(new QStackedWidget)
-    , importAction(new QAction("Import User CSS File…", this)) {
+    , model(new StyleListModel(commands.list, this))
+    , styleList(new StyleListView(commands.list, commands.listCommands, *model))
+    , listActions(
+          new StyleListActions(commands.list, commands.listCommands, *styleList, commands.listUndo))
+    , newAction(new QAction("New Style…", this))
+    , importAction(new QAction("Import User CSS File…", this))
+    , pasteAction(new QAction("Paste Style…", this))
+    , pages(new QStackedWidget) {
     setWindowTitle("Tessaril");
     setAcceptDrops(true);
-    makeMenusAndToolbar();
-    makeList();
-    pages->addWidget(styleList);
-    pages->addWidget(new EmptyListPage(*importAction));
+    makeCommands();
+    makeMenus();
+    std::vector<QAction*> buttons = {newAction, importAction};
+    if (commands.pasteStyle) buttons.push_back(pasteAction);
+    toolbar = new ListToolbar(buttons, commands.listCommands, this);
+    addToolBar(toolbar);
+    makePages();
     setCentralWidget(pages);
-    resize(520, 600);
-    showListOrAdvice();
+    resize(760, 640);
+    showPage();
+}
+
+/// The list goes before what it looks at.
+MainWindow::~MainWindow() {
+    delete takeCentralWidget();
 }
 
 void MainWindow::bringForward(const std::string& activationToken) {
@@ -69,15 +82,29 @@ void MainWindow::bringForward(const std::string& activationToken) {
     activateWindow();
 }
 
-void MainWindow::makeMenusAndToolbar() {
+void MainWindow::makeCommands() {
+    newAction->setIconText("New");
+    newAction->setToolTip("Write a new style");
+    newAction->setIcon(lineIconFor(lineIcon::create, palette()));
+    newAction->setShortcut(QKeySequence::New);
+    connect(newAction, &QAction::triggered, this, [this] { newDocument(); });
     importAction->setIconText("Import");
     importAction->setToolTip("Import User CSS files");
-    importAction->setIcon(importIcon(palette()));
+    importAction->setIcon(lineIconFor(lineIcon::import, palette()));
     importAction->setShortcut(QKeySequence::Open);
     connect(importAction, &QAction::triggered, this, [this] { importFromFile(); });
+    pasteAction->setIconText("Paste");
+    pasteAction->setToolTip("Paste the text of a style");
+    pasteAction->setIcon(lineIconFor(lineIcon::paste, palette()));
+    pasteAction->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_V);
+    connect(pasteAction, &QAction::triggered, this, [this] { commands.pasteStyle(); });
+}
 
+void MainWindow::makeMenus() {
     QMenu* file = menuBar()->addMenu("&File");
-    file->addAction(importAction);
+    file->addActions({newAction, importAction});
+    if (commands.pasteStyle) file->addAction(pasteAction);
+    file->addAction(listActions->exportAction());
     file->addSeparator();
     QAction* quit = file->addAction("&Quit");
     quit->setShortcut(QKeySequence("Ctrl+Q"));
@@ -85,52 +112,69 @@ void MainWindow::makeMenusAndToolbar() {
     connect(quit, &QAction::triggered, this, [] { QApplication::quit(); });
 
     QMenu* edit = menuBar()->addMenu("&Edit");
+    listActions->addEditActions(*edit);
+    edit->addSeparator();
+    QAction* find = edit->addAction("&Find");
+    find->setShortcut(QKeySequence::Find);
+    connect(find, &QAction::triggered, this, [this] {
+        toolbar->filterField().setFocus(Qt::ShortcutFocusReason);
+        toolbar->filterField().selectAll();
+    });
+    edit->addSeparator();
     QAction* preferences = edit->addAction("&Preferences…");
     preferences->setShortcut(QKeySequence("Ctrl+,"));
     connect(preferences, &QAction::triggered, this, [this] { commands.openPreferences(); });
+
+    listActions->addStyleActions(*menuBar()->addMenu("&Style"));
 
     QMenu* help = menuBar()->addMenu("&Help");
     connect(help->addAction("Tessaril &Support…"), &QAction::triggered, this,
             [this] { commands.emailSupport(); });
     connect(help->addAction("Tessaril &Web Site"), &QAction::triggered, this,
             [this] { commands.openWebsite(); });
-
-    QToolBar* toolbar = addToolBar("Toolbar");
-    toolbar->setMovable(false);
-    toolbar->setContextMenuPolicy(Qt::PreventContextMenu);
-    toolbar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    toolbar->addAction(importAction);
-    // The keyboard reaches the toolbar as it does the list.
-    toolbar->widgetForAction(importAction)->setFocusPolicy(Qt::TabFocus);
 }
 
-void MainWindow::makeList() {
-    styleList->setObjectName("styleList");
-    styleList->setAccessibleName("Styles");
-    styleList->setFrameShape(QFrame::NoFrame);
-    styleList->setUniformItemSizes(true);
-    styleList->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    styleList->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    styleList->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
-    styleList->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    styleList->setItemDelegate(new StyleRowDelegate(styleList));
-    styleList->setModel(model);
-    connect(model, &QAbstractItemModel::modelReset, this, [this] { showListOrAdvice(); });
-    connect(model, &QAbstractItemModel::rowsInserted, this, [this] { showListOrAdvice(); });
-    connect(model, &StyleListModel::rowWanted, this, [this](int row) { selectRow(row); });
+void MainWindow::makePages() {
+    auto* noMatch = new NoMatchPage;
+    pages->addWidget(styleList);
+    pages->addWidget(new EmptyListPage(*newAction, *importAction));
+    pages->addWidget(noMatch);
+    connect(noMatch, &NoMatchPage::showAllWanted, this, [this] {
+        showAll();
+        styleList->enter();
+    });
+    connect(model, &QAbstractItemModel::modelReset, this, [this] { showPage(); });
+    connect(model, &QAbstractItemModel::rowsInserted, this, [this] { showPage(); });
+    connect(model, &QAbstractItemModel::rowsRemoved, this, [this] { showPage(); });
+    connect(model, &StyleListModel::hiddenRowWanted, this, [this] { showAll(); });
+    const FilterField& filter = toolbar->filterField();
+    connect(&filter, &QLineEdit::textChanged, this,
+            [this](const QString& text) { model->setFilter(text); });
+    connect(&filter, &FilterField::left, this, [this] {
+        if (pages->currentWidget() == styleList) styleList->enter();
+    });
 }
 
-void MainWindow::showListOrAdvice() {
-    QWidget* wanted = pages->widget(model->rowCount() > 0 ? 0 : 1);
-    const bool movesFocus = pages->currentWidget()->isAncestorOf(focusWidget());
+void MainWindow::showPage() {
+    const bool hasStyles = !commands.list.styles().empty();
+    toolbar->setHasStyles(hasStyles);
+    QWidget* wanted = pages->widget(!hasStyles ? 1 : model->rowCount() == 0 ? 2 : 0);
+    if (wanted == pages->currentWidget()) return;
+    // The filter keeps the focus, unless there is nothing left to filter.
+    const bool movesFocus = !focusWidget() || !hasStyles ||
+                            pages->currentWidget()->isAncestorOf(focusWidget());
     pages->setCurrentWidget(wanted);
-    if (movesFocus || !focusWidget()) wanted->setFocus();
+    if (movesFocus) wanted->setFocus();
 }
 
-void MainWindow::selectRow(int row) {
-    const QModelIndex wanted = model->index(row);
-    styleList->setCurrentIndex(wanted);
-    styleList->scrollTo(wanted);
+void MainWindow::showAll() {
+    toolbar->filterField().clear();
+}
+
+void MainWindow::newDocument() {
+    if (commands.list.isLockedForSync()) return commands.alerts.beep();
+    auto* sheet = new NewStyleSheet(commands.newStyle, this);
+    sheet->open();
 }
 
 void MainWindow::importFromFile() {

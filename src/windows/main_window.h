@@ -1,6 +1,9 @@
 #pragma once
 
+#include "store/new_style.h"
 #include "store/style_list.h"
+#include "store/style_list_commands.h"
+#include "undo/undo_manager.h"
 
 #include <QMainWindow>
 
@@ -10,28 +13,37 @@
 #include <vector>
 
 class QAction;
-class QListView;
 class QStackedWidget;
 
 namespace tessaril {
 
+class ListToolbar;
+class StyleListActions;
 class StyleListModel;
+class StyleListView;
 
-/// Where the main window's commands go. All are to be set.
+/// What the main window shows and where its commands go. The references outlive it.
 struct mainWindowCommands {
+    StyleList& list;
+    StyleListCommands& listCommands;
+    NewStyle& newStyle;
+    UndoManager& listUndo;
+    Alerts& alerts;
     std::function<bool()> canImport; ///< whether the import dialog may open now
     std::function<void(const std::vector<std::filesystem::path>&)> importFiles;
     std::function<void(const std::vector<std::filesystem::path>&)> openFiles; ///< dropped ones
     std::function<void()> openPreferences;
     std::function<void()> emailSupport;
     std::function<void()> openWebsite;
+    /// Opens the window that takes a style as text; one that is not set is not offered.
+    std::function<void()> pasteStyle = {};
 };
 
 /// The application's window: the style list, or how to begin while there is no style.
 class MainWindow : public QMainWindow {
 public:
-    /// `list` must live longer.
-    MainWindow(StyleList& list, mainWindowCommands commands);
+    explicit MainWindow(mainWindowCommands commands);
+    ~MainWindow() override;
 
     /// Brings the window before all others, out of the minimised state too. `activationToken` is
     /// the desktop's leave to take the focus; empty where it gave none.
@@ -42,17 +54,23 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
-    void makeMenusAndToolbar();
-    void makeList();
-    void showListOrAdvice();
-    void selectRow(int row);
+    void makeCommands();
+    void makeMenus();
+    void makePages();
+    void showPage();
+    void newDocument();
     void importFromFile();
+    void showAll();
 
     mainWindowCommands commands;
     StyleListModel* model;
-    QListView* styleList;
-    QStackedWidget* pages;
+    StyleListView* styleList;
+    StyleListActions* listActions;
+    QAction* newAction;
     QAction* importAction;
+    QAction* pasteAction;
+    ListToolbar* toolbar;
+    QStackedWidget* pages;
 };
 
 } // namespace tessaril

@@ -2,10 +2,40 @@
 
 #include "windows/shown_text.h"
 
+#include <algorithm>
+#include <numeric>
+#include <ranges>
+
 namespace tessaril {
 
+namespace {
+
+/// Decoded icons; far more than are on the screen.
+constexpr int mostPictures = 1000;
+
+/// The second line of a row, which an update check takes over.
+QString secondLineOf(const styleObject& style) {
+    const std::string& status = style.updateStatus;
+    if (status == "checking") return "Checking for updates...";
+    if (status == "updated") return "Updated!";
+    if (status == "noupdates") return "Already up-to-date.";
+    if (status == "error") return "Update error.";
+    return qtText(style.source);
+}
+
+QString shownName(const styleObject& style) {
+    return oneLine(style.name);
+}
+
+QString spokenRow(const styleObject& style) {
+    return QString("%1, %2, %3")
+        .arg(shownName(style), secondLineOf(style), style.isEnabled ? "enabled" : "disabled");
+}
+
+} // namespace
+
 StyleListModel::StyleListModel(StyleList& styleList, QObject* parent)
-    : QAbstractListModel(parent), list(styleList) {
+    : QAbstractListModel(parent), list(styleList), pictures(mostPictures) {
     list.setObserver(this); // which resets the rows
 }
 
@@ -14,61 +44,169 @@ StyleListModel::~StyleListModel() {
 }
 
 int StyleListModel::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : rows;
+    return parent.isValid() ? 0 : static_cast<int>(shown.size());
 }
 
 QVariant StyleListModel::data(const QModelIndex& index, int role) const {
-    const auto row = static_cast<std::size_t>(index.row());
-    if (!index.isValid() || row >= list.styles().size()) return {};
-    const styleObject& style = list.styles()[row];
+    if (!index.isValid() || index.row() >= rowCount()) return {};
+    const std::size_t row = rowAt(index.row());
+    if (row >= list.styles().size()) return {};
+    const styleObject& style = *list.styles()[row];
     switch (role) {
     case Qt::DisplayRole:
-        return oneLine(style.name);
-    case sourceRole:
-        return qtText(style.source);
+        return shownName(style);
+    case Qt::EditRole:
+        return qtText(style.name);
+    case secondLineRole:
+        return secondLineOf(style);
+    case updateStatusRole:
+        return qtText(style.updateStatus);
+    case isCustomRole:
+        return style.isCustom;
+    case idRole:
+        return static_cast<qint64>(style.uniqueID);
+    case Qt::DecorationRole:
+        return style.faviconImg ? QVariant(pictureOf(style.faviconImg)) : QVariant();
     case Qt::CheckStateRole:
         return style.isEnabled ? Qt::Checked : Qt::Unchecked;
     case Qt::AccessibleTextRole:
-        return QString("%1, %2, %3")
-            .arg(oneLine(style.name), qtText(style.source),
-                 style.isEnabled ? "enabled" : "disabled");
+        return spokenRow(style);
     default:
         return {};
     }
 }
 
-bool StyleListModel::setData(const QModelIndex& index, const QVariant& value, int role) {
-    if (role != Qt::CheckStateRole || data(index, role) == value) return false;
-    list.onToggle(static_cast<std::size_t>(index.row()));
-    return true;
-}
-
 Qt::ItemFlags StyleListModel::flags(const QModelIndex& index) const {
     if (!index.isValid()) return Qt::NoItemFlags;
-    return Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable |
-           Qt::ItemNeverHasChildren;
+    const Qt::ItemFlags always = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsEditable |
+                                 Qt::ItemIsUserCheckable | Qt::ItemNeverHasChildren;
+    // Between rows of which some are hidden there is no one place to drop at.
+    return isFiltered() ? always : always | Qt::ItemIsDragEnabled;
 }
 
-void StyleListModel::rowsReset() {
+QPixmap StyleListModel::pictureOf(const std::shared_ptr<const siteIcon>& icon) const {
+    if (const decodedIcon* known = pictures.object(icon.get())) return known->picture;
+    auto decoded = std::make_unique<decodedIcon>();
+    decoded->icon = icon;
+    decoded->picture.loadFromData(reinterpret_cast<const uchar*>(icon->png.data()),
+                                  static_cast<uint>(icon->png.size()), "PNG");
+    const QPixmap picture = decoded->picture;
+    pictures.insert(icon.get(), decoded.release());
+    return picture;
+}
+
+void StyleListModel::setFilter(const QString& text) {
+    StyleFilter wanted = filter;
+    if (!wanted.setText(text.toStdString())) return;
     beginResetModel();
-    rows = static_cast<int>(list.styles().size());
+    filter = std::move(wanted);
+    applyFilter();
     endResetModel();
 }
 
-void StyleListModel::rowAppended() {
-    beginInsertRows({}, rows, rows);
-    ++rows;
+void StyleListModel::applyFilter() {
+    const auto& rows = list.styles();
+    shown.resize(rows.size());
+    std::iota(shown.begin(), shown.end(), std::size_t{0});
+    if (isFiltered())
+        std::erase_if(shown, [&](std::size_t row) { return !filter.shows(*rows[row]); });
+}
+
+int StyleListModel::firstPositionFrom(std::size_t row) const {
+    return static_cast<int>(std::ranges::lower_bound(shown, row) - shown.begin());
+}
+
+std::optional<int> StyleListModel::positionOf(std::size_t row) const {
+    const int position = firstPositionFrom(row);
+    if (position >= rowCount() || rowAt(position) != row) return std::nullopt;
+    return position;
+}
+
+void StyleListModel::rowsWillReset() {
+    beginResetModel();
+}
+
+void StyleListModel::rowsReset() {
+    applyFilter();
+    endResetModel();
+}
+
+// What is removed or moved is announced before, while the view may still look at it; what comes in
+// is looked at by the filter first.
+
+void StyleListModel::rowsWillChange(const rowsChange& change) {
+    const int first = firstPositionFrom(change.first);
+    const int end = firstPositionFrom(change.last + 1);
+    changing = -1;
+    if (change.what == rowsChange::kind::insertion || first == end) return;
+    if (change.what == rowsChange::kind::removal) {
+        beginRemoveRows({}, first, end - 1);
+        changing = end - first;
+        return;
+    }
+    // The position before which the row goes, counted with the row still in its old place.
+    const int before = firstPositionFrom(change.to > change.first ? change.to + 1 : change.to);
+    if (beginMoveRows({}, first, first, {}, before)) changing = 1;
+}
+
+void StyleListModel::rowsChanged(const rowsChange& change) {
+    switch (change.what) {
+    case rowsChange::kind::insertion:
+        insertShown(change.first, change.last);
+        break;
+    case rowsChange::kind::removal:
+        removeShown(change.first, change.last);
+        if (changing > 0) endRemoveRows();
+        break;
+    case rowsChange::kind::move:
+        moveShown(change.first, change.to);
+        if (changing > 0) endMoveRows();
+        break;
+    }
+}
+
+void StyleListModel::insertShown(std::size_t first, std::size_t last) {
+    const int position = firstPositionFrom(first);
+    const auto place = shown.begin() + position;
+    std::for_each(place, shown.end(), [&](std::size_t& row) { row += last - first + 1; });
+    std::vector<std::size_t> found;
+    for (std::size_t row = first; row <= last; ++row)
+        if (!isFiltered() || filter.shows(*list.styles()[row])) found.push_back(row);
+    if (found.empty()) return;
+    beginInsertRows({}, position, position + static_cast<int>(found.size()) - 1);
+    shown.insert(place, found.begin(), found.end());
     endInsertRows();
-    emit rowWanted(rows - 1);
+}
+
+void StyleListModel::removeShown(std::size_t first, std::size_t last) {
+    std::erase_if(shown, [&](std::size_t row) { return row >= first && row <= last; });
+    std::for_each(shown.begin() + firstPositionFrom(first), shown.end(),
+                  [&](std::size_t& row) { row -= last - first + 1; });
+}
+
+void StyleListModel::moveShown(std::size_t from, std::size_t to) {
+    for (std::size_t& row : shown) {
+        if (row == from)
+            row = to;
+        else if (from < to && row > from && row <= to)
+            --row;
+        else if (to < from && row >= to && row < from)
+            ++row;
+    }
+    std::ranges::sort(shown);
 }
 
 void StyleListModel::rowChanged(std::size_t row) {
-    const QModelIndex changed = index(static_cast<int>(row));
+    // It stays where it is shown, also under a name that the filter would not find.
+    const auto position = positionOf(row);
+    if (!position) return;
+    const QModelIndex changed = index(*position);
     emit dataChanged(changed, changed);
 }
 
 void StyleListModel::selectRow(std::size_t row) {
-    emit rowWanted(static_cast<int>(row));
+    if (!positionOf(row)) emit hiddenRowWanted();
+    if (const auto position = positionOf(row)) emit positionWanted(*position);
 }
 
 } // namespace tessaril

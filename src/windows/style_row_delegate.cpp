@@ -1,15 +1,18 @@
 #include "windows/style_row_delegate.h"
 
 #include "windows/droplet.h"
+#include "windows/line_icons.h"
 #include "windows/style_list_model.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
-#include <QKeyEvent>
-#include <QMouseEvent>
+#include <QHelpEvent>
+#include <QLineEdit>
 #include <QPainter>
+#include <QToolTip>
 
 #include <algorithm>
+#include <limits>
 
 namespace tessaril {
 
@@ -18,12 +21,17 @@ namespace {
 // In logical pixels.
 constexpr int margin = 12;
 constexpr int spacing = 12;
-constexpr int iconSize = 32;
-constexpr int dropletSize = 24;
+constexpr int iconPlace = 32;
+constexpr int iconSize = 24;
+constexpr int buttonSize = 30;
+constexpr int buttonPicture = 18;
 constexpr int verticalPadding = 9;
 constexpr int lineGap = 2;
+constexpr int editorPadding = 4;
 
 constexpr qreal disabledIconOpacity = 0.3;
+constexpr qreal unavailableOpacity = 0.35;
+constexpr qreal lockedOpacity = 0.45;
 // How much of the text's colour the weaker ones keep; on a selection more, for the same contrast.
 struct strengths {
     qreal secondary;
@@ -36,7 +44,22 @@ QStyle* styleOf(const QStyleOptionViewItem& option) {
     return option.widget ? option.widget->style() : QApplication::style();
 }
 
-QFont sourceFont(const QFont& nameFont) {
+int indicatorWidth(const QStyleOptionViewItem& option) {
+    return styleOf(option)->pixelMetric(QStyle::PM_IndicatorWidth, &option, option.widget);
+}
+
+/// From left to right mirrored where the language asks for it.
+QRect visual(const QStyleOptionViewItem& option, const QRect& logical) {
+    return QStyle::visualRect(option.direction, option.rect, logical);
+}
+
+QRect iconRect(const QStyleOptionViewItem& option) {
+    const int left = option.rect.left() + margin + indicatorWidth(option) + spacing;
+    return visual(option,
+                  QRect(left, option.rect.center().y() - iconPlace / 2 + 1, iconPlace, iconPlace));
+}
+
+QFont secondFont(const QFont& nameFont) {
     QFont smaller = nameFont;
     smaller.setPointSizeF(nameFont.pointSizeF() * 0.9);
     return smaller;
@@ -53,7 +76,8 @@ QColor weakened(const QColor& text, const QColor& background, qreal strength) {
 
 struct rowColors {
     QColor name;
-    QColor source;
+    QColor second;
+    QColor buttons;
 };
 
 rowColors colorsOf(const QStyleOptionViewItem& option, bool isEnabled) {
@@ -65,9 +89,10 @@ rowColors colorsOf(const QStyleOptionViewItem& option, bool isEnabled) {
     const QColor background =
         option.palette.color(group, selected ? QPalette::Highlight : QPalette::Base);
     const strengths& strength = selected ? onSelection : onBase;
+    const QColor secondary = weakened(text, background, strength.secondary);
     const QColor tertiary = weakened(text, background, strength.tertiary);
-    if (!isEnabled) return {tertiary, tertiary};
-    return {text, weakened(text, background, strength.secondary)};
+    if (!isEnabled) return {tertiary, tertiary, secondary};
+    return {text, secondary, secondary};
 }
 
 void paintLine(QPainter& painter, const QRect& place, const QFont& font, const QColor& color,
@@ -78,100 +103,242 @@ void paintLine(QPainter& painter, const QRect& place, const QFont& font, const Q
                      QFontMetrics(font).elidedText(text, Qt::ElideRight, place.width()));
 }
 
-bool isToggleKey(const QEvent& event) {
-    if (event.type() != QEvent::KeyPress) return false;
-    const auto& key = static_cast<const QKeyEvent&>(event);
-    return !key.isAutoRepeat() && (key.key() == Qt::Key_Space || key.key() == Qt::Key_Select);
+void paintIcon(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) {
+    QRect place(0, 0, iconSize, iconSize);
+    place.moveCenter(iconRect(option).center());
+    const QPixmap picture = index.data(Qt::DecorationRole).value<QPixmap>();
+    if (picture.isNull()) return paintDroplet(painter, place);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawPixmap(place, picture);
+}
+
+/// Three quarters of a ring.
+void paintSpinner(QPainter& painter, const QRect& button, qreal angle, const QColor& color) {
+    QRectF ring(0, 0, buttonPicture - 4, buttonPicture - 4);
+    ring.moveCenter(QRectF(button).center());
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(color, 2, Qt::SolidLine, Qt::RoundCap));
+    painter.drawArc(ring, static_cast<int>(-angle * 16), 270 * 16);
+    painter.restore();
+}
+
+bool isChecking(const QModelIndex& index) {
+    return index.data(StyleListModel::updateStatusRole) == QString("checking");
 }
 
 } // namespace
 
-void StyleRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& given,
-                             const QModelIndex& index) const {
-    QStyleOptionViewItem option = given;
-    const bool isEnabled = index.data(Qt::CheckStateRole) == Qt::Checked;
-    QStyle* style = styleOf(option);
-    painter->save();
-    style->drawPrimitive(QStyle::PE_PanelItemViewItem, &option, painter, option.widget);
+StyleRowDelegate::StyleRowDelegate(const StyleList& styleList,
+                                   const StyleListCommands& listCommands, RowMotion& rowMotion,
+                                   QObject* parent)
+    : QStyledItemDelegate(parent), list(styleList), commands(listCommands), motion(rowMotion) {}
 
-    QStyleOptionViewItem box = option;
-    box.rect = checkBoxRect(option);
-    box.state.setFlag(QStyle::State_HasFocus, false);
-    box.state.setFlag(isEnabled ? QStyle::State_On : QStyle::State_Off);
-    style->drawPrimitive(QStyle::PE_IndicatorItemViewItemCheck, &box, painter, option.widget);
+bool StyleRowDelegate::has(rowControl control, const QModelIndex& index) const {
+    switch (control) {
+    case rowControl::checkBox:
+        return true;
+    case rowControl::update:
+        return commands.availableRoutes().updateIndividual &&
+               !index.data(StyleListModel::isCustomRole).toBool();
+    case rowControl::properties:
+        return static_cast<bool>(commands.availableRoutes().openStyleProps);
+    case rowControl::none:
+        break;
+    }
+    return false;
+}
 
-    const auto visual = [&](const QRect& logical) {
-        return QStyle::visualRect(option.direction, option.rect, logical);
-    };
-    const int iconLeft = option.rect.left() + margin +
-                         style->pixelMetric(QStyle::PM_IndicatorWidth, &option, option.widget) +
-                         spacing;
-    const QRect icon =
-        visual(QRect(iconLeft, option.rect.center().y() - iconSize / 2 + 1, iconSize, iconSize));
-    QRect droplet(0, 0, dropletSize, dropletSize);
-    droplet.moveCenter(icon.center());
-    painter->setOpacity(isEnabled ? 1 : disabledIconOpacity);
-    paintDroplet(*painter, droplet);
-    painter->setOpacity(1);
+QRect StyleRowDelegate::controlRect(rowControl control, const QStyleOptionViewItem& option) {
+    const QRect& row = option.rect;
+    if (control == rowControl::checkBox) {
+        const int height =
+            styleOf(option)->pixelMetric(QStyle::PM_IndicatorHeight, &option, option.widget);
+        const QPoint corner(row.left() + margin, row.top() + (row.height() - height) / 2);
+        return visual(option, QRect(corner, QSize(indicatorWidth(option), height)));
+    }
+    if (control == rowControl::none) return {};
+    const int fromRight = control == rowControl::properties ? 1 : 2;
+    return visual(option, QRect(row.right() - margin / 2 - fromRight * buttonSize,
+                                row.center().y() - buttonSize / 2 + 1, buttonSize, buttonSize));
+}
 
-    const QFont smaller = sourceFont(option.font);
+rowControl StyleRowDelegate::controlAt(const QPoint& place, const QStyleOptionViewItem& option,
+                                       const QModelIndex& index) const {
+    if (isChecking(index)) return rowControl::none;
+    for (const rowControl control :
+         {rowControl::checkBox, rowControl::update, rowControl::properties}) {
+        // The box itself is small to hit.
+        const int reach = control == rowControl::checkBox ? 6 : 0;
+        const QRect hit = controlRect(control, option).adjusted(-reach, -reach, reach, reach);
+        if (has(control, index) && hit.contains(place)) return control;
+    }
+    return rowControl::none;
+}
+
+void StyleRowDelegate::setPointedAt(const QModelIndex& index, rowControl control,
+                                    bool isButtonDown) {
+    pointedRow = index;
+    pointed = control;
+    isPressed = isButtonDown;
+}
+
+QRect StyleRowDelegate::nameRect(const QStyleOptionViewItem& option,
+                                 const QModelIndex& index) const {
     const int nameHeight = QFontMetrics(option.font).height();
-    const int sourceHeight = QFontMetrics(smaller).height();
-    const int left = iconLeft + iconSize + spacing;
-    const int width = std::max(0, option.rect.right() - margin - left);
+    const int secondHeight = QFontMetrics(secondFont(option.font)).height();
+    const int left =
+        option.rect.left() + margin + indicatorWidth(option) + spacing + iconPlace + spacing;
+    // The names of all rows end at one place, also beside those without an update button.
+    const bool hasUpdates = static_cast<bool>(commands.availableRoutes().updateIndividual);
+    const int buttons = hasUpdates ? 2 : has(rowControl::properties, index) ? 1 : 0;
+    const int end = option.rect.right() - margin - buttons * buttonSize;
     const int top =
-        option.rect.top() + (option.rect.height() - nameHeight - lineGap - sourceHeight) / 2;
+        option.rect.top() + (option.rect.height() - nameHeight - lineGap - secondHeight) / 2;
+    return visual(option, QRect(left, top, std::max(0, end - left), nameHeight));
+}
+
+void StyleRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                             const QModelIndex& index) const {
+    const bool isEnabled = index.data(Qt::CheckStateRole) == Qt::Checked;
+    const qreal opacity = list.isLockedForSync() ? lockedOpacity : 1;
     const rowColors colors = colorsOf(option, isEnabled);
-    paintLine(*painter, visual(QRect(left, top, width, nameHeight)), option.font, colors.name,
-              index.data(Qt::DisplayRole).toString());
-    paintLine(*painter, visual(QRect(left, top + nameHeight + lineGap, width, sourceHeight)),
-              smaller, colors.source, index.data(StyleListModel::sourceRole).toString());
+    painter->save();
+    styleOf(option)->drawPrimitive(QStyle::PE_PanelItemViewItem, &option, painter, option.widget);
+
+    painter->setOpacity(opacity * (isEnabled ? 1 : disabledIconOpacity));
+    paintIcon(*painter, option, index);
+    painter->setOpacity(opacity);
+    paintCheckBox(*painter, option, index);
+
+    const QRect name = nameRect(option, index);
+    const QFont smaller = secondFont(option.font);
+    paintLine(*painter, name, option.font, colors.name, index.data(Qt::DisplayRole).toString());
+    const QRect second(name.left(), name.bottom() + 1 + lineGap, name.width(),
+                       QFontMetrics(smaller).height());
+    const qint64 id = index.data(StyleListModel::idRole).toLongLong();
+    painter->setOpacity(opacity * motion.secondLineOpacity(id));
+    paintLine(*painter, second, smaller, colors.second,
+              index.data(StyleListModel::secondLineRole).toString());
+    painter->setOpacity(opacity);
+
+    paintButton(*painter, option, index, rowControl::update, colors.buttons);
+    paintButton(*painter, option, index, rowControl::properties, colors.buttons);
 
     // A frame of its own: the style's is lost on a selected row.
     if (option.state & QStyle::State_HasFocus) {
-        painter->setPen(colors.source);
+        painter->setPen(colors.second);
         painter->drawRect(option.rect.adjusted(2, 2, -3, -3));
     }
     painter->restore();
 }
 
+void StyleRowDelegate::paintCheckBox(QPainter& painter, const QStyleOptionViewItem& option,
+                                     const QModelIndex& index) const {
+    QStyleOptionViewItem box = option;
+    box.rect = controlRect(rowControl::checkBox, option);
+    const bool isOn = index.data(Qt::CheckStateRole) == Qt::Checked;
+    const bool isPointedAt = pointedRow == index && pointed == rowControl::checkBox;
+    box.state.setFlag(QStyle::State_HasFocus, false);
+    box.state.setFlag(isOn ? QStyle::State_On : QStyle::State_Off);
+    box.state.setFlag(QStyle::State_Enabled, !isChecking(index));
+    box.state.setFlag(QStyle::State_MouseOver, isPointedAt);
+    box.state.setFlag(QStyle::State_Sunken, isPointedAt && isPressed);
+    styleOf(option)->drawPrimitive(QStyle::PE_IndicatorItemViewItemCheck, &box, &painter,
+                                   option.widget);
+}
+
+void StyleRowDelegate::paintButton(QPainter& painter, const QStyleOptionViewItem& option,
+                                   const QModelIndex& index, rowControl control,
+                                   const QColor& color) const {
+    if (!has(control, index)) return;
+    const QRect place = controlRect(control, option);
+    const bool unavailable = isChecking(index);
+    if (unavailable && control == rowControl::update)
+        return paintSpinner(painter, place, motion.spinnerAngle(), color);
+
+    painter.save();
+    if (!unavailable && pointedRow == index && pointed == control) {
+        QColor ground = color;
+        ground.setAlphaF(isPressed ? 0.32F : 0.16F);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(ground);
+        painter.drawRoundedRect(place.adjusted(1, 1, -1, -1), 5, 5);
+    }
+    if (unavailable) painter.setOpacity(painter.opacity() * unavailableOpacity);
+    QRectF picture(0, 0, buttonPicture, buttonPicture);
+    picture.moveCenter(QRectF(place).center());
+    paintLineIcon(painter, picture,
+                  control == rowControl::update ? lineIcon::update : lineIcon::properties, color);
+    painter.restore();
+}
+
 QSize StyleRowDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const {
     const int text = QFontMetrics(option.font).height() + lineGap +
-                     QFontMetrics(sourceFont(option.font)).height();
-    return {0, std::max(iconSize, text) + 2 * verticalPadding};
+                     QFontMetrics(secondFont(option.font)).height();
+    return {0, std::max(iconPlace, text) + 2 * verticalPadding};
 }
 
-QRect StyleRowDelegate::checkBoxRect(const QStyleOptionViewItem& option) {
-    QStyle* style = styleOf(option);
-    const QSize size(style->pixelMetric(QStyle::PM_IndicatorWidth, &option, option.widget),
-                     style->pixelMetric(QStyle::PM_IndicatorHeight, &option, option.widget));
-    const QPoint corner(option.rect.left() + margin,
-                        option.rect.top() + (option.rect.height() - size.height()) / 2);
-    return QStyle::visualRect(option.direction, option.rect, QRect(corner, size));
+QWidget* StyleRowDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem&,
+                                        const QModelIndex&) const {
+    auto* field = new QLineEdit(parent);
+    field->setObjectName("nameEditor");
+    field->setAccessibleName("Name");
+    field->setMaxLength(std::numeric_limits<int>::max()); // or a long name would be cut
+    return field;
 }
 
-bool StyleRowDelegate::editorEvent(QEvent* event, QAbstractItemModel* model,
-                                   const QStyleOptionViewItem& option, const QModelIndex& index) {
-    const auto toggle = [&] {
-        const bool isEnabled = index.data(Qt::CheckStateRole) == Qt::Checked;
-        model->setData(index, isEnabled ? Qt::Unchecked : Qt::Checked, Qt::CheckStateRole);
-        return true;
-    };
-    if (isToggleKey(*event)) return toggle();
+void StyleRowDelegate::setEditorData(QWidget* editor, const QModelIndex& index) const {
+    // Called again whenever the row shows something new, such as its icon: what is being typed
+    // stays.
+    auto* field = static_cast<QLineEdit*>(editor);
+    const QString name = index.data(Qt::EditRole).toString();
+    if (!field->isModified() && field->text() != name) field->setText(name);
+}
 
-    const bool isPress =
-        event->type() == QEvent::MouseButtonPress || event->type() == QEvent::MouseButtonDblClick;
-    if (!isPress && event->type() != QEvent::MouseButtonRelease) return false;
-    const auto* mouse = static_cast<QMouseEvent*>(event);
-    if (mouse->button() != Qt::LeftButton) return false;
+void StyleRowDelegate::setModelData(QWidget* editor, QAbstractItemModel*,
+                                    const QModelIndex& index) const {
+    const auto* field = static_cast<QLineEdit*>(editor);
+    if (field->isModified()) emit nameEdited(index, field->text());
+}
 
-    // A little more than the box itself, which is small to hit.
-    constexpr int reach = 6;
-    const bool isOnBox =
-        checkBoxRect(option).adjusted(-reach, -reach, reach, reach).contains(mouse->pos());
-    const bool completesClick = !isPress && isOnBox && pressed == index;
-    pressed = isPress && isOnBox ? QPersistentModelIndex(index) : QPersistentModelIndex();
-    return completesClick && toggle();
+void StyleRowDelegate::updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
+                                            const QModelIndex& index) const {
+    QRect place = nameRect(option, index);
+    const int height = std::max(place.height() + 2 * editorPadding, editor->sizeHint().height());
+    place.setHeight(std::min(height, option.rect.height()));
+    place.moveCenter({place.center().x(), option.rect.center().y()});
+    editor->setGeometry(place.adjusted(-editorPadding, 0, editorPadding, 0));
+}
+
+bool StyleRowDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view,
+                                 const QStyleOptionViewItem& option, const QModelIndex& index) {
+    if (event->type() != QEvent::ToolTip || !index.isValid()) return false;
+    const rowControl control = controlAt(event->pos(), option, index);
+    const QRect nameLine = nameRect(option, index);
+    const QString name = index.data(Qt::DisplayRole).toString();
+    const bool isCut = QFontMetrics(option.font).horizontalAdvance(name) > nameLine.width();
+    QString text;
+    QRect place = controlRect(control, option);
+    switch (control) {
+    case rowControl::checkBox:
+        text = index.data(Qt::CheckStateRole) == Qt::Checked ? "Disable" : "Enable";
+        break;
+    case rowControl::update:
+        text = "Check for Update";
+        break;
+    case rowControl::properties:
+        text = "Properties";
+        break;
+    case rowControl::none:
+        // Escaped, or a name could bring its own markup.
+        if (isCut) text = "<p style='white-space:pre-wrap'>" + name.toHtmlEscaped() + "</p>";
+        place = option.rect;
+        break;
+    }
+    QToolTip::showText(event->globalPos(), text, view->viewport(), place);
+    return true;
 }
 
 } // namespace tessaril

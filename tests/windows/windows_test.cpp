@@ -57,8 +57,12 @@ protected:
     Paths imported;
     Paths opened;
     int preferencesOpened = 0;
-    MainWindow window{application.styleList(),
-                      {.canImport = [this] { return canImport; },
+    MainWindow window{{.list = application.styleList(),
+                       .listCommands = application.listCommands(),
+                       .newStyle = application.newStyle(),
+                       .listUndo = application.listUndo(),
+                       .alerts = machine.alerts,
+                       .canImport = [this] { return canImport; },
                        .importFiles = [this](const Paths& paths) { imported = paths; },
                        .openFiles = [this](const Paths& paths) { opened = paths; },
                        .openPreferences = [this] { ++preferencesOpened; },

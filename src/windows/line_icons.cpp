@@ -1,0 +1,115 @@
+#include "windows/line_icons.h"
+
+#include <QPainter>
+#include <QPainterPath>
+#include <QPalette>
+#include <QPixmap>
+
+#include <initializer_list>
+
+namespace tessaril {
+
+namespace {
+
+constexpr int unit = 24; // the outlines are on a square of 24 by 24
+constexpr qreal stroke = 1.8;
+
+void addLine(QPainterPath& path, std::initializer_list<QPointF> points) {
+    const QPointF* point = points.begin();
+    path.moveTo(*point);
+    while (++point != points.end())
+        path.lineTo(*point);
+}
+
+QPainterPath plus() {
+    QPainterPath path;
+    addLine(path, {{12, 5}, {12, 19}});
+    addLine(path, {{5, 12}, {19, 12}});
+    return path;
+}
+
+QPainterPath arrowIntoTray() {
+    QPainterPath path;
+    addLine(path, {{12, 4}, {12, 14.5}});
+    addLine(path, {{7.5, 10.2}, {12, 14.7}, {16.5, 10.2}});
+    addLine(path, {{4.5, 15.5}, {4.5, 19.5}, {19.5, 19.5}, {19.5, 15.5}});
+    return path;
+}
+
+QPainterPath clipboard() {
+    QPainterPath path;
+    addLine(path, {{9, 5.5}, {5.5, 5.5}, {5.5, 20}, {18.5, 20}, {18.5, 5.5}, {15, 5.5}});
+    path.addRoundedRect(QRectF(9, 3.5, 6, 4), 1, 1);
+    addLine(path, {{9, 12}, {15, 12}});
+    addLine(path, {{9, 15.5}, {13, 15.5}});
+    return path;
+}
+
+QPainterPath circlingArrow() {
+    QPainterPath path;
+    const QRectF circle(5, 5, 14, 14);
+    path.arcMoveTo(circle, 20);
+    path.arcTo(circle, 20, 300);
+    addLine(path, {{18.9, 4.6}, {18.9, 9.6}, {13.9, 9.6}});
+    return path;
+}
+
+QPainterPath sliders() {
+    QPainterPath path;
+    addLine(path, {{4.5, 8}, {11.6, 8}});
+    addLine(path, {{16.4, 8}, {19.5, 8}});
+    path.addEllipse(QPointF(14, 8), 2.4, 2.4);
+    addLine(path, {{4.5, 16}, {7.6, 16}});
+    addLine(path, {{12.4, 16}, {19.5, 16}});
+    path.addEllipse(QPointF(10, 16), 2.4, 2.4);
+    return path;
+}
+
+QPainterPath outlineOf(lineIcon which) {
+    switch (which) {
+    case lineIcon::create:
+        return plus();
+    case lineIcon::import:
+        return arrowIntoTray();
+    case lineIcon::paste:
+        return clipboard();
+    case lineIcon::update:
+        return circlingArrow();
+    case lineIcon::properties:
+        return sliders();
+    }
+    return {};
+}
+
+QPixmap picture(lineIcon which, const QColor& color, int scale) {
+    QPixmap pixmap(unit * scale, unit * scale);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    paintLineIcon(painter, pixmap.rect(), which, color);
+    return pixmap;
+}
+
+} // namespace
+
+void paintLineIcon(QPainter& painter, const QRectF& place, lineIcon which, const QColor& color) {
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.translate(place.topLeft());
+    painter.scale(place.width() / unit, place.height() / unit);
+    painter.setPen(QPen(color, stroke, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawPath(outlineOf(which));
+    painter.restore();
+}
+
+QIcon lineIconFor(lineIcon which, const QPalette& palette) {
+    QIcon icon;
+    for (const int scale : {1, 2, 3}) {
+        for (const auto& [group, mode] : {std::pair(QPalette::Active, QIcon::Normal),
+                                          std::pair(QPalette::Disabled, QIcon::Disabled)})
+            icon.addPixmap(picture(which, palette.color(group, QPalette::ButtonText), scale), mode);
+    }
+    return icon;
+}
+
+} // namespace tessaril

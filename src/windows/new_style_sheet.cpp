@@ -1,0 +1,112 @@
+#include "windows/new_style_sheet.h"
+
+#include "windows/pane_form.h"
+#include "windows/shown_text.h"
+
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <limits>
+#include <span>
+
+namespace tessaril {
+
+namespace {
+
+constexpr int sheetWidth = 480;
+
+/// Of each type of rule.
+constexpr std::array<const char*, ruleTypes.size()> examples = {
+    "example.com", "https://example.com/page", "https://example.com/",
+    R"(https://(www\.)?example\.com/.*)"};
+
+QComboBox* menuOf(const char* name, std::span<const std::string_view> titles) {
+    auto* menu = new QComboBox;
+    menu->setObjectName(name);
+    for (const std::string_view title : titles)
+        menu->addItem(qtText(title));
+    return menu;
+}
+
+QLineEdit* fieldOf(const char* name) {
+    auto* field = new QLineEdit;
+    field->setObjectName(name);
+    field->setMaxLength(std::numeric_limits<int>::max()); // what is pasted is never cut in silence
+    return field;
+}
+
+} // namespace
+
+NewStyleSheet::NewStyleSheet(NewStyle& styleMaker, QWidget* parent)
+    : QDialog(parent)
+    , newStyle(styleMaker)
+    , nameField(fieldOf("nameField"))
+    , ruleTypeMenu(menuOf("ruleTypeMenu", ruleTypes))
+    , ruleField(fieldOf("ruleField"))
+    , preprocessorMenu(menuOf("preprocessorMenu", preprocessorTitles)) {
+    setObjectName("newStyleSheet");
+    setWindowTitle("New Style");
+    setWindowModality(Qt::WindowModal);
+    setAttribute(Qt::WA_DeleteOnClose);
+    ruleTypeMenu->setAccessibleName("Rule type");
+    ruleField->setAccessibleName("Rule");
+
+    auto* rule = new QHBoxLayout;
+    rule->addWidget(ruleTypeMenu);
+    rule->addWidget(ruleField, 1);
+    auto* note = new QLabel("Without a rule the style applies to every page.");
+    makeNote(*note);
+
+    auto* buttons = new QDialogButtonBox;
+    QPushButton* create = buttons->addButton("Create", QDialogButtonBox::AcceptRole);
+    QPushButton* cancel = buttons->addButton("Cancel", QDialogButtonBox::RejectRole);
+    create->setObjectName("createButton");
+    create->setDefault(true);
+    create->setEnabled(false);
+    cancel->setAutoDefault(false);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    connect(nameField, &QLineEdit::textChanged, create, [create](const QString& name) {
+        create->setEnabled(NewStyle::canCreate(name.toStdString()));
+    });
+    connect(ruleTypeMenu, &QComboBox::currentIndexChanged, this, [this] { showRuleExample(); });
+    showRuleExample();
+
+    auto* formPart = new QWidget;
+    QFormLayout* form = makePaneForm(*formPart);
+    form->setContentsMargins(0, 0, 0, 0);
+    form->addRow("&Name:", nameField);
+    form->addRow("&Applies to:", rule);
+    form->addRow("", note);
+    form->addRow("&Preprocessor:", preprocessorMenu);
+    static_cast<QLabel*>(form->labelForField(rule))->setBuddy(ruleField);
+    auto* parts = new QVBoxLayout(this);
+    parts->addWidget(formPart);
+    parts->addSpacing(8);
+    parts->addStretch();
+    parts->addWidget(buttons);
+    resize(sheetWidth, sizeHint().height());
+}
+
+void NewStyleSheet::showRuleExample() {
+    ruleField->setPlaceholderText(examples[static_cast<std::size_t>(ruleTypeMenu->currentIndex())]);
+}
+
+void NewStyleSheet::accept() {
+    const newStyleFields fields{.name = nameField->text().toStdString(),
+                                .ruleType = ruleTypeMenu->currentIndex(),
+                                .rule = ruleField->text().toStdString(),
+                                .preprocessor = preprocessorMenu->currentIndex()};
+    if (!NewStyle::canCreate(fields.name)) return;
+    // Closed first, so that what opens now opens over the window.
+    QDialog::accept();
+    newStyle.create(fields);
+}
+
+} // namespace tessaril

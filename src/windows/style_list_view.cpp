@@ -1,0 +1,430 @@
+#include "windows/style_list_view.h"
+
+#include "windows/drag_picture.h"
+
+#include <QApplication>
+#include <QDrag>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScrollBar>
+
+#include <algorithm>
+#include <chrono>
+
+namespace tessaril {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto onScreenDelay = 40ms; // while scrolling nobody looks at an icon
+
+QByteArray encodedRows(const std::vector<std::size_t>& rows) {
+    QByteArrayList numbers;
+    for (const std::size_t row : rows)
+        numbers.append(QByteArray::number(static_cast<qulonglong>(row)));
+    return numbers.join(' ');
+}
+
+std::vector<std::size_t> decodedRows(const QByteArray& text) {
+    std::vector<std::size_t> rows;
+    for (const QByteArray& number : text.split(' '))
+        rows.push_back(static_cast<std::size_t>(number.toULongLong()));
+    return rows;
+}
+
+} // namespace
+
+StyleListView::StyleListView(StyleList& styleList, StyleListCommands& listCommands,
+                             StyleListModel& model)
+    : list(styleList)
+    , commands(listCommands)
+    , rows(model)
+    , motion(*viewport())
+    , delegate(new StyleRowDelegate(list, commands, motion, this)) {
+    setObjectName("styleList");
+    setAccessibleName("Styles");
+    setFrameShape(QFrame::NoFrame);
+    setUniformItemSizes(true);
+    setSelectionMode(ExtendedSelection);
+    setEditTriggers(NoEditTriggers);
+    setVerticalScrollMode(ScrollPerPixel);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setMouseTracking(true);
+    setDragDropMode(DragDrop);
+    setDefaultDropAction(Qt::MoveAction);
+    setItemDelegate(delegate);
+    setModel(&rows);
+    connect(delegate, &StyleRowDelegate::nameEdited, this,
+            [this](const QModelIndex& index, const QString& name) {
+                commands.endEditingName(rows.rowAt(index.row()), name.toStdString());
+            });
+    // After the view's own answers to a reset, which drop what is kept here.
+    connect(&rows, &QAbstractItemModel::modelAboutToBeReset, this, [this] { keep(); });
+    connect(&rows, &QAbstractItemModel::modelReset, this, [this] { restore(); });
+    connect(&rows, &StyleListModel::positionWanted, this, [this](int position) {
+        selectOnly(position);
+        scrollTo(rows.index(position));
+    });
+    connect(&rows, &StyleListModel::lockTurned, viewport(), qOverload<>(&QWidget::update));
+
+    onScreenTimer.setSingleShot(true);
+    onScreenTimer.setInterval(onScreenDelay);
+    connect(&onScreenTimer, &QTimer::timeout, this, [this] { tellOnScreen(); });
+    const auto lookSoon = [this] {
+        if (!onScreenTimer.isActive()) onScreenTimer.start();
+    };
+    connect(verticalScrollBar(), &QScrollBar::valueChanged, this, lookSoon);
+    connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, lookSoon);
+    connect(&rows, &QAbstractItemModel::modelReset, this, lookSoon);
+    connect(&rows, &QAbstractItemModel::rowsInserted, this, lookSoon);
+    connect(&rows, &QAbstractItemModel::rowsRemoved, this, lookSoon);
+    connect(&rows, &QAbstractItemModel::rowsMoved, this, lookSoon);
+}
+
+std::int64_t StyleListView::idAt(int position) const {
+    return list.styles()[rows.rowAt(position)]->uniqueID;
+}
+
+std::vector<std::size_t> StyleListView::selectedRows() const {
+    std::vector<std::size_t> selected;
+    for (const QItemSelectionRange& range : selectionModel()->selection())
+        for (int position = range.top(); position <= range.bottom(); ++position)
+            selected.push_back(rows.rowAt(position));
+    std::ranges::sort(selected);
+    return selected;
+}
+
+// What a reset would lose
+
+void StyleListView::keep() {
+    kept = {};
+    for (const QItemSelectionRange& range : selectionModel()->selection())
+        for (int position = range.top(); position <= range.bottom(); ++position)
+            kept.selected.insert(idAt(position));
+    if (const QModelIndex current = currentIndex(); current.isValid()) {
+        kept.current = idAt(current.row());
+        const auto* editor = qobject_cast<QLineEdit*>(indexWidget(current));
+        if (editor && editor->isModified()) {
+            kept.renamed = kept.current;
+            kept.typedName = editor->text();
+        }
+    }
+}
+
+void StyleListView::restore() {
+    QItemSelection selection;
+    int runStart = -1;
+    QModelIndex current;
+    const int count = rows.rowCount();
+    for (int position = 0; position <= count; ++position) {
+        const bool isSelected = position < count && kept.selected.contains(idAt(position));
+        if (isSelected && runStart < 0) runStart = position;
+        if (!isSelected && runStart >= 0) {
+            selection.append({rows.index(runStart), rows.index(position - 1)});
+            runStart = -1;
+        }
+        if (position < count && kept.current == idAt(position)) current = rows.index(position);
+    }
+    if (current.isValid())
+        selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
+    selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+    emit selectionTurned();
+    if (!kept.renamed || !current.isValid()) return;
+    edit(current);
+    if (auto* editor = qobject_cast<QLineEdit*>(indexWidget(current))) {
+        editor->setText(kept.typedName);
+        editor->setModified(true);
+    }
+}
+
+// Commands
+
+/// Whatever keys are down, which the view itself would heed.
+void StyleListView::selectOnly(int position) {
+    selectionModel()->setCurrentIndex(rows.index(position), QItemSelectionModel::ClearAndSelect);
+}
+
+void StyleListView::rename(std::size_t row) {
+    const auto position = rows.positionOf(row);
+    if (!position || !commands.renameMenu(row)) return;
+    setFocus();
+    selectOnly(*position);
+    edit(rows.index(*position));
+}
+
+void StyleListView::toggleSelected() {
+    const std::vector<std::size_t> selected = selectedRows();
+    const auto isEnabled = [this](std::size_t row) { return list.styles()[row]->isEnabled; };
+    if (std::ranges::all_of(selected, isEnabled))
+        commands.disableSelected(selected);
+    else
+        commands.enableSelected(selected);
+}
+
+bool StyleListView::canMove(direction where) const {
+    const std::vector<std::size_t> selected = selectedRows();
+    if (selected.empty() || rows.isFiltered()) return false;
+    // Rows that don't stand together are brought together by a move, also at the end.
+    const bool areTogether = selected.back() - selected.front() + 1 == selected.size();
+    const bool areAtEnd = where == direction::up ? selected.front() == 0
+                                                 : selected.back() + 1 == list.styles().size();
+    return !(areTogether && areAtEnd);
+}
+
+void StyleListView::moveSelected(direction where) {
+    if (!canMove(where)) return;
+    const std::vector<std::size_t> selected = selectedRows();
+    if (where == direction::up)
+        moveTo(selected, selected.front() - std::min<std::size_t>(selected.front(), 1));
+    else
+        moveTo(selected, std::min(selected.back() + 2, list.styles().size()));
+    scrollTo(currentIndex());
+}
+
+void StyleListView::moveTo(const std::vector<std::size_t>& moved, std::size_t row) {
+    commands.dropRows(moved, row);
+}
+
+void StyleListView::enter() {
+    setFocus();
+    if (!selectionModel()->hasSelection() && rows.rowCount() > 0) selectOnly(0);
+}
+
+// Keys and mouse
+
+void StyleListView::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Space || event->key() == Qt::Key_Select) {
+        if (!event->isAutoRepeat()) toggleSelected();
+        return;
+    }
+    // Rows that can move no further stay selected.
+    const bool isUpOrDown = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down;
+    if (isUpOrDown && event->modifiers() & Qt::AltModifier) return;
+    QListView::keyPressEvent(event);
+}
+
+QStyleOptionViewItem StyleListView::optionOf(const QModelIndex& index) const {
+    QStyleOptionViewItem option;
+    initViewItemOption(&option);
+    option.rect = visualRect(index);
+    return option;
+}
+
+StyleListView::target StyleListView::targetAt(const QPoint& place) const {
+    const QModelIndex index = indexAt(place);
+    if (!index.isValid()) return {};
+    return {index, delegate->controlAt(place, optionOf(index), index)};
+}
+
+void StyleListView::pointAt(const QPoint& place) {
+    const target before = hovered;
+    hovered = targetAt(place);
+    const bool isHeld = pressed.control != rowControl::none;
+    const bool isOnPressed = hovered.row == pressed.row && hovered.control == pressed.control;
+    // While the button is down nothing but what it went down on reacts.
+    if (isHeld && !isOnPressed) hovered = {};
+    delegate->setPointedAt(hovered.row, hovered.control, isHeld);
+    update(before.row);
+    update(hovered.row);
+}
+
+void StyleListView::mousePressEvent(QMouseEvent* event) {
+    const target under = targetAt(event->pos());
+    if (event->button() != Qt::LeftButton || under.control == rowControl::none)
+        return QListView::mousePressEvent(event);
+    pressed = under;
+    pointAt(event->pos());
+}
+
+void StyleListView::mouseMoveEvent(QMouseEvent* event) {
+    pointAt(event->pos());
+    if (pressed.control == rowControl::none) QListView::mouseMoveEvent(event);
+}
+
+void StyleListView::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton || pressed.control == rowControl::none)
+        return QListView::mouseReleaseEvent(event);
+    const target under = targetAt(event->pos());
+    const target released = std::exchange(pressed, {});
+    pointAt(event->pos());
+    if (under.control == released.control && under.row == released.row) click(released);
+}
+
+void StyleListView::mouseDoubleClickEvent(QMouseEvent* event) {
+    const target under = targetAt(event->pos());
+    if (under.control != rowControl::none) return mousePressEvent(event);
+    QListView::mouseDoubleClickEvent(event);
+    if (event->button() == Qt::LeftButton && under.row.isValid())
+        commands.openSelected({rows.rowAt(under.row.row())});
+}
+
+void StyleListView::click(const target& clicked) {
+    if (!clicked.row.isValid()) return;
+    const std::size_t row = rows.rowAt(clicked.row.row());
+    switch (clicked.control) {
+    case rowControl::checkBox:
+        return commands.onToggle(row);
+    case rowControl::update:
+        return commands.updateIndividualClicked(row);
+    case rowControl::properties:
+        return commands.openProperties(row);
+    case rowControl::none:
+        return;
+    }
+}
+
+bool StyleListView::viewportEvent(QEvent* event) {
+    if (event->type() == QEvent::Leave) pointAt({-1, -1});
+    return QListView::viewportEvent(event);
+}
+
+void StyleListView::contextMenuEvent(QContextMenuEvent* event) {
+    QPoint place = event->globalPos();
+    if (event->reason() == QContextMenuEvent::Keyboard) {
+        scrollTo(currentIndex());
+        place = viewport()->mapToGlobal(visualRect(currentIndex()).center());
+    } else if (!indexAt(event->pos()).isValid()) {
+        return;
+    }
+    if (selectionModel()->hasSelection()) emit menuWanted(place);
+}
+
+void StyleListView::selectionChanged(const QItemSelection& selected,
+                                     const QItemSelection& deselected) {
+    QListView::selectionChanged(selected, deselected);
+    emit selectionTurned();
+}
+
+void StyleListView::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) {
+    // The Tab key ends the editing and does not go on to the next name.
+    const bool goesOn = hint == QAbstractItemDelegate::EditNextItem ||
+                        hint == QAbstractItemDelegate::EditPreviousItem;
+    QListView::closeEditor(editor, goesOn ? QAbstractItemDelegate::NoHint : hint);
+}
+
+// Dragging rows
+
+void StyleListView::startDrag(Qt::DropActions) {
+    const std::vector<std::size_t> selected = selectedRows();
+    if (selected.empty() || rows.isFiltered() || list.isLockedForSync()) return;
+    dragged.clear();
+    for (const std::size_t row : selected)
+        dragged.push_back(list.styles()[row]->uniqueID);
+    auto* payload = new QMimeData;
+    payload->setData(rowsMimeType, encodedRows(selected));
+    auto* drag = new QDrag(this);
+    drag->setMimeData(payload);
+    const QString name = rows.index(*rows.positionOf(selected.front())).data().toString();
+    drag->setPixmap(dragPicture(*this, name, selected.size()));
+    drag->setHotSpot({-12, -8}); // below the pointer, which shows the place
+    drag->exec(Qt::MoveAction);
+    dragged.clear();
+    showDropAt(std::nullopt);
+}
+
+/// Rows of this list, which are as they were when the drag began.
+bool StyleListView::takes(const QDropEvent& event) const {
+    if (event.source() != this || !event.mimeData()->hasFormat(rowsMimeType)) return false;
+    if (rows.isFiltered() || list.isLockedForSync()) return false;
+    const std::vector<std::size_t> wanted = decodedRows(event.mimeData()->data(rowsMimeType));
+    return std::ranges::equal(wanted, dragged, [this](std::size_t row, std::int64_t id) {
+        return row < list.styles().size() && list.styles()[row]->uniqueID == id;
+    });
+}
+
+int StyleListView::dropPositionAt(const QPoint& place) const {
+    const QModelIndex under = indexAt(place);
+    if (!under.isValid()) return place.y() < 0 ? 0 : rows.rowCount();
+    return under.row() + (place.y() > visualRect(under).center().y() ? 1 : 0);
+}
+
+void StyleListView::showDropAt(std::optional<int> position) {
+    if (dropPosition == position) return;
+    dropPosition = position;
+    viewport()->update();
+}
+
+// What is not a row of this list, a file for instance, is left to the window.
+
+void StyleListView::dragEnterEvent(QDragEnterEvent* event) {
+    if (!takes(*event)) return event->ignore();
+    event->setDropAction(Qt::MoveAction);
+    event->accept();
+}
+
+void StyleListView::dragMoveEvent(QDragMoveEvent* event) {
+    if (!takes(*event)) {
+        showDropAt(std::nullopt);
+        return event->ignore();
+    }
+    const QPoint place = event->position().toPoint();
+    showDropAt(dropPositionAt(place));
+    event->setDropAction(Qt::MoveAction);
+    event->accept();
+    const int edge = autoScrollMargin();
+    if (place.y() < edge || place.y() > viewport()->height() - edge) startAutoScroll();
+}
+
+void StyleListView::dragLeaveEvent(QDragLeaveEvent*) {
+    stopAutoScroll();
+    showDropAt(std::nullopt);
+}
+
+void StyleListView::dropEvent(QDropEvent* event) {
+    stopAutoScroll();
+    showDropAt(std::nullopt);
+    if (!takes(*event)) return event->ignore();
+    event->setDropAction(Qt::MoveAction);
+    event->accept();
+    moveTo(decodedRows(event->mimeData()->data(rowsMimeType)),
+           static_cast<std::size_t>(dropPositionAt(event->position().toPoint())));
+}
+
+// Drawing
+
+void StyleListView::paintEvent(QPaintEvent* event) {
+    QListView::paintEvent(event);
+    if (!dropPosition || rows.rowCount() == 0) return;
+    const bool isBehind = *dropPosition >= rows.rowCount();
+    const QRect row = visualRect(rows.index(isBehind ? rows.rowCount() - 1 : *dropPosition));
+    const int y = std::max(3, isBehind ? row.bottom() + 1 : row.top());
+    constexpr int inset = 8;
+    constexpr int ring = 6;
+    QPainter painter(viewport());
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
+    painter.drawEllipse(QRectF(inset, y - ring / 2.0, ring, ring));
+    painter.drawLine(QPointF(inset + ring, y), QPointF(viewport()->width() - inset, y));
+}
+
+void StyleListView::resizeEvent(QResizeEvent* event) {
+    QListView::resizeEvent(event);
+    if (!onScreenTimer.isActive()) onScreenTimer.start();
+}
+
+void StyleListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                                const QList<int>& roles) {
+    for (int position = topLeft.row(); position <= bottomRight.row(); ++position) {
+        const QModelIndex index = rows.index(position);
+        motion.noteStatus(idAt(position), index.data(StyleListModel::updateStatusRole).toString());
+    }
+    QListView::dataChanged(topLeft, bottomRight, roles);
+}
+
+void StyleListView::tellOnScreen() {
+    std::vector<std::int64_t> ids;
+    const QRect screen = viewport()->rect();
+    const QModelIndex first = indexAt(screen.topLeft());
+    if (isVisible() && first.isValid())
+        for (int position = first.row(); position < rows.rowCount(); ++position) {
+            if (!visualRect(rows.index(position)).intersects(screen)) break;
+            ids.push_back(idAt(position));
+        }
+    list.setOnScreen(std::move(ids));
+}
+
+} // namespace tessaril

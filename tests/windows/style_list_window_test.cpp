@@ -1,0 +1,242 @@
+#include "events/notification_names.h"
+#include "support/event_loop.h"
+#include "support/sample_styles.h"
+#include "support/stand_in_machine.h"
+#include "windows/main_window.h"
+#include "windows/style_list_view.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QBuffer>
+#include <QComboBox>
+#include <QDialog>
+#include <QDropEvent>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QPushButton>
+#include <QToolButton>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tessaril {
+namespace {
+
+using namespace testing;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+using Names = std::vector<std::string>;
+
+bool isOnDisplay() {
+    return QGuiApplication::platformName() != "offscreen";
+}
+
+/// The window over styles with the names A, B, C, ... and the identifiers 1, 2, 3, ...
+class StyleListWindowTest : public ::testing::Test {
+protected:
+    void show(int count) {
+        for (int id = 1; id <= count; ++id)
+            application.store().appendStyle(namedStyle(std::string(1, char('A' + id - 1)), id));
+        application.styleList().refreshTable();
+        window.show();
+        // A bare display has nobody who makes a window the active one.
+        EXPECT_TRUE(isOnDisplay() ? QTest::qWaitForWindowExposed(&window)
+                                  : QTest::qWaitForWindowActive(&window));
+    }
+
+    Names stored() {
+        Names names;
+        for (const auto& style : application.store().snapshot().styles)
+            names.push_back(style->styleData.name);
+        return names;
+    }
+    Names shown() {
+        Names names;
+        for (int position = 0; position < view.model()->rowCount(); ++position)
+            names.push_back(view.model()->index(position, 0).data().toString().toStdString());
+        return names;
+    }
+    Names selected() {
+        Names names;
+        for (const std::size_t row : view.selectedRows())
+            names.push_back(application.styleList().styles()[row]->name);
+        return names;
+    }
+    bool isEnabled(std::int64_t id) { return application.store().findStyle(id)->isEnabled; }
+
+    QRect rowRect(int position) { return view.visualRect(view.model()->index(position, 0)); }
+    void select(std::initializer_list<int> positions) {
+        view.clearSelection();
+        for (const int position : positions)
+            QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::ControlModifier,
+                              rowRect(position).center());
+    }
+    void key(Qt::Key key, Qt::KeyboardModifiers with = {}) {
+        QTest::keyClick(QApplication::focusWidget(), key, with);
+        QCoreApplication::processEvents();
+    }
+    void type(const QString& text) { QTest::keyClicks(QApplication::focusWidget(), text); }
+    QLineEdit* nameEditor() { return qobject_cast<QLineEdit*>(QApplication::focusWidget()); }
+    void answer(int button) { machine.alerts.answers.push_back({button, false}); }
+
+    QAction* menuAction(const QString& text) {
+        for (QAction* menu : window.menuBar()->actions())
+            for (QAction* action : menu->menu()->actions())
+                if (action->text().remove('&') == text && action->isVisible()) return action;
+        return nullptr;
+    }
+
+    StandInMachine machine;
+    Application application{machine.surroundings()};
+    MainWindow window{{.list = application.styleList(),
+                       .listCommands = application.listCommands(),
+                       .newStyle = application.newStyle(),
+                       .listUndo = application.listUndo(),
+                       .alerts = machine.alerts,
+                       .canImport = [] { return false; },
+                       .importFiles = [](const auto&) {},
+                       .openFiles = [](const auto&) {},
+                       .openPreferences = [] {},
+                       .emailSupport = [] {},
+                       .openWebsite = [] {}}};
+    StyleListView& view = *window.findChild<StyleListView*>("styleList");
+    QLineEdit& filter = *window.findChild<QLineEdit*>("filterField");
+};
+
+TEST_F(StyleListWindowTest, RenamesInPlaceAndKeepsTheNameThatWasNotToBeChanged) {
+    show(3);
+    select({1});
+    key(Qt::Key_F2);
+    type("  New ");
+    key(Qt::Key_Return);
+    EXPECT_THAT(stored(), ElementsAre("A", "New", "C"));
+    EXPECT_TRUE(view.hasFocus());
+
+    key(Qt::Key_F2);
+    type("other");
+    key(Qt::Key_Escape);
+    ASSERT_TRUE(eventually([&] { return !nameEditor(); }));
+    key(Qt::Key_F2);
+    type("left");
+    filter.setFocus();
+    EXPECT_THAT(stored(), ElementsAre("A", "left", "C"));
+
+    view.setFocus();
+    key(Qt::Key_F2);
+    key(Qt::Key_Delete);
+    key(Qt::Key_Return);
+    EXPECT_THAT(machine.alerts.alerts, ElementsAre(RecordingAlerts::shown{
+                                           "Invalid Name", "A style name can't be left blank."}));
+    EXPECT_THAT(shown(), ElementsAre("A", "left", "C"));
+    EXPECT_THAT(machine.alerts.questions, IsEmpty()) << "the key was the text's";
+}
+
+TEST_F(StyleListWindowTest, WhatIsBeingTypedOutlivesNewRows) {
+    show(3);
+    select({1});
+    key(Qt::Key_F2);
+    type("half");
+    application.styleList().showAgain(1); // as for an icon
+    application.styleList().refreshTable();
+    QTest::keyClicks(nameEditor(), " done");
+    QTest::keyClick(nameEditor(), Qt::Key_A, Qt::ControlModifier);
+    EXPECT_THAT(selected(), ElementsAre("B")) << "the key was the text's";
+    QTest::keyClick(nameEditor(), Qt::Key_Return);
+    QCoreApplication::processEvents();
+    EXPECT_THAT(stored(), ElementsAre("A", "half done", "C"));
+}
+
+TEST_F(StyleListWindowTest, DeletesDuplicatesAndTakesBackByKeys) {
+    show(4);
+    select({0, 2});
+    answer(1);
+    key(Qt::Key_Delete);
+    EXPECT_THAT(stored(), ElementsAre("A", "B", "C", "D"));
+    answer(0);
+    key(Qt::Key_Delete);
+    EXPECT_THAT(shown(), ElementsAre("B", "D"));
+    EXPECT_EQ(menuAction("Undo Delete Style")->shortcut(), QKeySequence::Undo);
+    key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_THAT(shown(), ElementsAre("A", "B", "C", "D"));
+    key(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_THAT(stored(), ElementsAre("B", "D"));
+
+    key(Qt::Key_A, Qt::ControlModifier);
+    key(Qt::Key_D, Qt::ControlModifier);
+    EXPECT_THAT(stored(), ElementsAre("B", "D", "Copy of B", "Copy of D"));
+    EXPECT_THAT(selected(), ElementsAre("Copy of D"));
+}
+
+TEST_F(StyleListWindowTest, SpaceTurnsAllSelectedAndTheControlTurnsAll) {
+    show(4);
+    const auto enabled = [&] {
+        std::vector<bool> flags;
+        for (int id = 1; id <= 4; ++id)
+            flags.push_back(isEnabled(id));
+        return flags;
+    };
+    select({0, 2});
+    key(Qt::Key_Space);
+    EXPECT_THAT(enabled(), ElementsAre(false, true, false, true));
+    select({0, 1});
+    key(Qt::Key_Space);
+    EXPECT_THAT(enabled(), ElementsAre(true, true, false, true)) << "not all were enabled";
+    const auto press = [&](const char* button) {
+        QTest::mouseClick(window.findChild<QToolButton*>(button), Qt::LeftButton);
+        machine.dispatcher.runAll();
+    };
+    press("disableAllSegment");
+    EXPECT_THAT(enabled(), ElementsAre(false, false, false, false));
+    EXPECT_THAT(selected(), ElementsAre("A", "B")) << "rows made anew keep the selection";
+    window.resize(window.minimumWidth(), window.height());
+    ASSERT_TRUE(
+        eventually([&] { return window.findChild<QToolButton*>("toggleOverflow")->isVisible(); }));
+    EXPECT_FALSE(window.findChild<QToolButton*>("disableAllSegment")->isVisible());
+    press("toggleOverflow");
+    EXPECT_THAT(enabled(), ElementsAre(true, true, true, true));
+}
+
+TEST_F(StyleListWindowTest, MovesRowsByKeysAsFarAsTheyGo) {
+    show(5);
+    select({1, 2});
+    key(Qt::Key_Down, Qt::AltModifier);
+    EXPECT_THAT(stored(), ElementsAre("A", "D", "B", "C", "E"));
+    for (int times = 0; times < 4; ++times)
+        key(Qt::Key_Up, Qt::AltModifier);
+    EXPECT_THAT(stored(), ElementsAre("B", "C", "A", "D", "E"));
+    EXPECT_EQ(shown(), stored());
+    EXPECT_THAT(selected(), ElementsAre("B", "C"));
+    select({1, 4});
+    key(Qt::Key_Up, Qt::AltModifier);
+    EXPECT_THAT(stored(), ElementsAre("C", "E", "B", "A", "D"));
+    key(Qt::Key_A, Qt::ControlModifier);
+    EXPECT_FALSE(menuAction("Move Up")->isEnabled() || menuAction("Move Down")->isEnabled());
+}
+
+TEST_F(StyleListWindowTest, DragsRowsToBetweenOthers) {
+    if (!isOnDisplay()) GTEST_SKIP() << "nothing can be dragged without a display";
+    show(5);
+    select({0, 1});
+    // The drag runs an event loop of its own; the mouse goes on in it.
+    const auto drag = [&](int from, const QPoint& to) {
+        QTest::mousePress(view.viewport(), Qt::LeftButton, {}, rowRect(from).center());
+        QTimer::singleShot(0, [&] {
+            const QPoint place = view.viewport()->mapTo(&window, to);
+            QTest::mouseMove(window.windowHandle(), place - QPoint(0, 3));
+            QTest::mouseMove(window.windowHandle(), place);
+            QTest::mouseRelease(window.windowHandle(), Qt::LeftButton, {}, place);
+        });
+        for (const int distance : {20, 40})
+            QTest::mouseMove(view.viewport(), rowRect(from).center() + QPoint(0, distance));
+        QCoreApplication::processEvents();
+    };
+    drag(0, {rowRect(2).center().x(), rowRect(2).bottom() - 2});
+    EXPECT_THAT(stored(), ElementsAre("C", "A", "B", "D", "E"));
+    EXPECT_THAT(selected(), ElementsAre("A", "B"));
+}
+
+} // namespace
+} // namespace tessaril
