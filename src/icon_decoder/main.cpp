@@ -6,7 +6,7 @@
 #include "icon_decoder/icon_pixels.h"
 #include "icon_decoder/picture.h"
 
-#include <QFile>
+#include <QByteArray>
 #include <QGuiApplication>
 #include <QPainter>
 
@@ -49,9 +49,8 @@ int main(int argc, char* argv[]) {
     qputenv("QT_QPA_PLATFORM", "offscreen"); // a drawing may have text
     const QGuiApplication application(argc, argv);
 
-    QFile input;
-    if (!input.open(stdin, QIODevice::ReadOnly)) return EXIT_FAILURE;
-    const QByteArray bytes = input.read(largestIconBytes);
+    QByteArray bytes(largestIconBytes, Qt::Uninitialized);
+    bytes.resize(static_cast<qsizetype>(std::fread(bytes.data(), 1, largestIconBytes, stdin)));
     const QImage picture = pictureIn(bytes, siteIconSize);
     if (picture.isNull()) return EXIT_FAILURE;
     const QImage icon = centred(picture);

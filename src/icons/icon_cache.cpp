@@ -28,9 +28,8 @@ std::string hashOf(std::string_view text) {
 /// A file's lines of text before the picture: that it is one, whose, and the picture's hash.
 std::string headOf(std::string_view site, std::string_view png) {
     std::string head(format);
-    for (const std::string_view line : {site, std::string_view(hashOf(png))})
-        head.append("\n").append(line);
-    return head + "\n";
+    head.append("\n").append(site).append("\n");
+    return head.append(hashOf(png)).append("\n");
 }
 
 } // namespace

@@ -57,6 +57,8 @@ std::string siteNameOf(const iconRule& rule) {
 }
 
 std::optional<iconSite> siteOf(const iconRule& rule) {
+    const bool isAddress = rule.text.starts_with(secure) || rule.text.starts_with(insecure);
+    if (!rule.isDomain && !isAddress) return std::nullopt;
     iconSite site{.name = siteNameOf(rule), .direct = {}, .page = {}};
     auto page = publicSite(rule.isDomain ? joined(secure, rule.text, "/") : site.name);
     if (!page) return std::nullopt;

@@ -206,6 +206,7 @@ bool isPublicSite(const webAddress& address) {
     if (host.ends_with('.')) host.pop_back();
     const std::size_t dot = host.rfind('.');
     if (dot == std::string::npos || host.starts_with('[')) return false;
+    if (host.starts_with('.') || contains(host, "..")) return false;
     const std::string_view last = std::string_view(host).substr(dot + 1);
     return !last.empty() && !isNumber(last) &&
            std::ranges::find(localEndings, last) == localEndings.end();

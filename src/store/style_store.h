@@ -94,8 +94,6 @@ public:
     std::shared_ptr<const styleContainer> findStyle(std::int64_t id);
     std::optional<styleContainer> styleWithID(std::int64_t id);
     std::optional<std::size_t> indexOfStyle(std::int64_t id);
-    /// The same without a copy; null where there is none.
-    std::shared_ptr<const styleContainer> findStyle(std::int64_t id);
     std::size_t countStyles();
     /// The style at a position; null behind the last one.
     std::shared_ptr<const styleContainer> styleAt(std::size_t index);

@@ -36,7 +36,7 @@ TEST_F(IconCacheTest, RemembersIconsAndTheirAbsenceForATime) {
     pass(29 * 24h);
     EXPECT_FALSE(cache().find("https://a.example/")->isFresh);
     EXPECT_TRUE(cache().find("https://a.example/")->icon) << "kept until there is a better one";
-    files.now = {} - 1h;
+    files.now = MemoryFiles::moment(-1h);
     EXPECT_FALSE(cache().find("https://a.example/")->isFresh) << "from the future";
 }
 
@@ -45,9 +45,10 @@ TEST_F(IconCacheTest, TakesNothingFromADamagedOrForeignFileAndReplacesIt) {
     const auto [path, whole] = *files.contents.begin();
     std::string other = whole;
     other.replace(other.find("site"), 4, "etis");
-    for (std::size_t size = 0; size < whole.size(); ++size)
-        if (files.contents[path] = whole.substr(0, size); true)
-            EXPECT_FALSE(cache().find("site")) << size;
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        files.contents[path] = whole.substr(0, size);
+        EXPECT_FALSE(cache().find("site")) << size;
+    }
     for (const std::string& content : {whole + "x", other, std::string(5000, '\n')}) {
         files.contents[path] = content;
         EXPECT_FALSE(cache().find("site"));

@@ -163,7 +163,7 @@ TEST_F(StyleIconsTest, RemembersAcrossStartsWhatItLearned) {
         putDomain(id, domain + ".net");
     serve("https://has.example.net/favicon.ico", "icon");
     loader.responses["https://none.example.net/"].body = "a page";
-    EXPECT_EQ(fetch({1, 2, 3}).size(), 1U + 5 + 4);
+    EXPECT_EQ(fetch({1, 2, 3}).size(), 1U + 4 + 4);
     start();
     EXPECT_EQ(icons->known(*styles[1]), nullptr);
     EXPECT_EQ(fetch({1, 2, 3}).size(), 4U) << "that one was not reached";
@@ -192,6 +192,7 @@ TEST_F(StyleIconsTest, AsksNobodyWhileThePreferenceIsOff) {
     turn(true);
     dispatcher.runAll();
     EXPECT_THAT(found, ElementsAre("1 picture a", "2 picture b"));
+    EXPECT_THAT(loader.taken(), ElementsAre("https://b.example/favicon.ico"));
 
     // Switched off in the middle, it is not taken for a site without an icon.
     putDomain(3, "c.example");

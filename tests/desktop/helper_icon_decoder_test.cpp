@@ -1,0 +1,155 @@
+#include "desktop/helper_icon_decoder.h"
+#include "support/temporary_folder.h"
+
+#include <QBuffer>
+#include <QImage>
+#include <QtEndian>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace tessaril {
+namespace {
+
+using namespace testing;
+
+std::string encoded(const QImage& image, const char* format) {
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    EXPECT_TRUE(image.save(&buffer, format)) << format;
+    return buffer.data().toStdString();
+}
+
+QImage filled(int width, int height, QColor color) {
+    QImage image(width, height, QImage::Format_ARGB32);
+    image.fill(color);
+    return image;
+}
+
+std::string bytesOf(quint32 number, int count) {
+    std::string bytes;
+    for (int i = 0; i < count; ++i)
+        bytes += static_cast<char>(number >> 8 * i);
+    return bytes;
+}
+
+/// An icon file of square PNG pictures.
+std::string icoOf(const std::vector<QImage>& images) {
+    std::string directory = bytesOf(0, 2) + bytesOf(1, 2) + bytesOf(quint32(images.size()), 2);
+    std::string pictures;
+    for (const QImage& image : images) {
+        const std::string png = encoded(image, "PNG");
+        const auto edge = quint32(image.width());
+        directory += bytesOf(edge, 1) + bytesOf(edge, 1) + bytesOf(0, 2) + bytesOf(1, 2) +
+                     bytesOf(32, 2) + bytesOf(quint32(png.size()), 4) +
+                     bytesOf(quint32(6 + 16 * images.size() + pictures.size()), 4);
+        pictures += png;
+    }
+    return directory + pictures;
+}
+
+std::string svg(const std::string& content) {
+    return "<?xml version='1.0'?><svg xmlns='http://www.w3.org/2000/svg' "
+           "xmlns:xlink='http://www.w3.org/1999/xlink' viewBox='0 0 20 10'>" +
+           content + "</svg>";
+}
+
+class HelperIconDecoderTest : public ::testing::Test {
+protected:
+    /// A null image where it is refused.
+    QImage decoded(const std::string& bytes) {
+        const auto icon = decoder.decode(bytes);
+        if (!icon) return {};
+        const QImage image = QImage::fromData(QByteArray::fromStdString(icon->png), "PNG");
+        EXPECT_EQ(image.size(), QSize(48, 48));
+        return image;
+    }
+    QColor middle(const std::string& bytes) { return decoded(bytes).pixelColor(24, 24); }
+
+    HelperIconDecoder decoder{TESSARIL_ICON_DECODER};
+};
+
+TEST_F(HelperIconDecoderTest, FitsPicturesOfEveryFormatIntoTheMiddle) {
+    const QImage wide = decoded(encoded(filled(200, 100, Qt::red), "PNG"));
+    EXPECT_EQ(wide.pixelColor(24, 24), QColor(Qt::red));
+    EXPECT_EQ(wide.pixelColor(24, 11).alpha(), 0);
+    EXPECT_EQ(wide.pixelColor(0, 12), QColor(Qt::red));
+    const QImage small = decoded(encoded(filled(16, 16, QColor(0, 0, 255, 128)), "PNG"));
+    EXPECT_EQ(small.pixelColor(16, 16), QColor(0, 0, 255, 128)) << "not blown up";
+    EXPECT_EQ(small.pixelColor(15, 16).alpha(), 0);
+    EXPECT_GT(middle(encoded(filled(64, 64, Qt::green), "JPEG")).green(), 240);
+    EXPECT_EQ(middle(icoOf({filled(16, 16, Qt::red), filled(128, 128, Qt::blue),
+                            filled(64, 64, Qt::green), filled(32, 32, Qt::red)})),
+              QColor(Qt::green));
+    EXPECT_EQ(middle(icoOf({filled(16, 16, Qt::red), filled(32, 32, Qt::blue)})), QColor(Qt::blue));
+    const QImage drawn =
+        decoded(svg("<rect width='20' height='10' fill='#0000ff'/><text>i</text>"));
+    EXPECT_EQ(drawn.pixelColor(40, 30), QColor(Qt::blue));
+    EXPECT_EQ(drawn.pixelColor(24, 2).alpha(), 0);
+}
+
+TEST_F(HelperIconDecoderTest, RefusesWhatIsBrokenHugeOrNoPicture) {
+    const std::string png = encoded(filled(64, 64, Qt::red), "PNG");
+    const std::string ico = icoOf({filled(64, 64, Qt::red)});
+    for (const std::string& whole : {png, ico, encoded(filled(64, 64, Qt::red), "JPEG")})
+        for (const std::size_t size : {std::size_t{0}, std::size_t{9}, whole.size() / 2})
+            decoded(whole.substr(0, size)); // a part of a picture may do, but harms nobody
+    EXPECT_TRUE(decoded(png.substr(0, 30)).isNull());
+    const auto noise = [](int edge) {
+        QImage image(edge, edge, QImage::Format_RGB32);
+        quint32 state = 1;
+        for (int y = 0; y < edge; ++y)
+            for (int x = 0; x < edge; ++x)
+                image.setPixel(x, y, state = state * 1664525 + 1013904223);
+        return image;
+    };
+    EXPECT_FALSE(decoded(encoded(noise(500), "PNG")).isNull()) << "large, but within the limits";
+    EXPECT_TRUE(decoded("<!DOCTYPE html><title>Not found</title>").isNull());
+    EXPECT_TRUE(decoded("P6 1 1 255\nabc").isNull()) << "a format that no site has";
+
+    EXPECT_TRUE(decoded(encoded(filled(2049, 1, Qt::red), "PNG")).isNull());
+    std::string claiming = png; // width and height of its header
+    const quint32 huge = qToBigEndian(quint32(60'000));
+    for (const std::size_t place : {16u, 20u})
+        claiming.replace(place, 4, reinterpret_cast<const char*>(&huge), 4);
+    EXPECT_TRUE(decoded(claiming).isNull());
+    EXPECT_TRUE(decoded(png + std::string(1 << 20, 'x')).isNull()) << "more than 1 MB";
+    EXPECT_TRUE(HelperIconDecoder("/missing").decode(png) == std::nullopt);
+}
+
+TEST_F(HelperIconDecoderTest, RefusesDrawingsThatOpenFilesOrNeverEnd) {
+    const TemporaryFolder folder;
+    const std::string file = folder / "secret.png";
+    writeFile(file, encoded(filled(20, 10, Qt::red), "PNG"));
+    EXPECT_TRUE(decoded(svg("<image width='20' height='10' xlink:href='" + file + "'/>")).isNull());
+    writeFile(folder / "secret.css", "rect { fill: #ff0000 }");
+    EXPECT_TRUE(decoded("<?xml-stylesheet type='text/css' href='" +
+                        (folder / "secret.css").string() + "'?>" +
+                        svg("<rect width='20' height='10'/>").substr(21))
+                    .isNull());
+    EXPECT_TRUE(decoded("<!DOCTYPE svg [<!ENTITY a '<g/>'>]><svg>&a;</svg>").isNull());
+    EXPECT_TRUE(decoded(svg("<rect")).isNull());
+    EXPECT_TRUE(decoded("<svg xmlns='http://www.w3.org/2000/svg'/>").isNull());
+
+    // A thousand uses of a thousand uses of a thousand circles.
+    const auto repeated = [](const std::string& element) {
+        std::string text;
+        for (int i = 0; i < 1000; ++i)
+            text += element;
+        return text;
+    };
+    const std::string endless = "<g id='a'>" + repeated("<circle r='9'/>") + "</g><g id='b'>" +
+                                repeated("<use xlink:href='#a'/>") + "</g>" +
+                                repeated("<use xlink:href='#b'/>");
+    EXPECT_TRUE(decoded(svg(endless)).isNull());
+    std::string deep;
+    for (int i = 0; i < 100; ++i)
+        deep += repeated("<g>");
+    EXPECT_TRUE(decoded(svg(deep)).isNull());
+    decoded(svg("<g id='a'><use xlink:href='#a'/></g>")); // comes back
+}
+
+} // namespace
+} // namespace tessaril
