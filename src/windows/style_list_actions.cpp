@@ -64,14 +64,14 @@ StyleListActions::StyleListActions(const StyleList& styleList, StyleListCommands
     deleteContext->setShortcut(QKeySequence::Delete);
     makeContextMenu();
 
-    // What the selection allows is known at once, for the keys; the rest follows soon.
-    connect(&view, &StyleListView::selectionTurned, this, [this] { refresh(); });
+    // Once for many changes in a row.
     refreshTimer.setSingleShot(true);
     connect(&refreshTimer, &QTimer::timeout, this, [this] { refresh(); });
     const auto refreshSoon = [this] {
         if (!refreshTimer.isActive()) refreshTimer.start();
     };
     const QAbstractItemModel* model = view.model();
+    connect(&view, &StyleListView::selectionTurned, this, refreshSoon);
     connect(model, &QAbstractItemModel::modelReset, this, refreshSoon);
     connect(model, &QAbstractItemModel::rowsInserted, this, refreshSoon);
     connect(model, &QAbstractItemModel::rowsRemoved, this, refreshSoon);
@@ -152,8 +152,8 @@ void StyleListActions::refresh() {
     disable->setEnabled(std::ranges::any_of(rows, isEnabled));
     for (QAction* action : {enableAll, disableAll})
         action->setEnabled(!styles.empty());
-    moveUp->setEnabled(view.canMove(direction::up));
-    moveDown->setEnabled(view.canMove(direction::down));
+    moveUp->setEnabled(view.canMove(rows, direction::up));
+    moveDown->setEnabled(view.canMove(rows, direction::down));
     refreshEditActions();
 }
 

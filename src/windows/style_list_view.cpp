@@ -165,19 +165,18 @@ void StyleListView::toggleSelected() {
         commands.enableSelected(selected);
 }
 
-bool StyleListView::canMove(direction where) const {
-    const std::vector<std::size_t> selected = selectedRows();
-    if (selected.empty() || rows.isFiltered()) return false;
+bool StyleListView::canMove(const std::vector<std::size_t>& moved, direction where) const {
+    if (moved.empty() || rows.isFiltered()) return false;
     // Rows that don't stand together are brought together by a move, also at the end.
-    const bool areTogether = selected.back() - selected.front() + 1 == selected.size();
-    const bool areAtEnd = where == direction::up ? selected.front() == 0
-                                                 : selected.back() + 1 == list.styles().size();
+    const bool areTogether = moved.back() - moved.front() + 1 == moved.size();
+    const bool areAtEnd =
+        where == direction::up ? moved.front() == 0 : moved.back() + 1 == list.styles().size();
     return !(areTogether && areAtEnd);
 }
 
 void StyleListView::moveSelected(direction where) {
-    if (!canMove(where)) return;
     const std::vector<std::size_t> selected = selectedRows();
+    if (!canMove(selected, where)) return;
     if (where == direction::up)
         moveTo(selected, selected.front() - std::min<std::size_t>(selected.front(), 1));
     else

@@ -36,9 +36,10 @@ public:
     /// Enables the selected styles, or disables them where all are enabled.
     void toggleSelected();
 
-    /// Moves the selected rows up or down by one.
     enum class direction { up, down };
-    bool canMove(direction where) const;
+    /// - rows: ascending
+    bool canMove(const std::vector<std::size_t>& rows, direction where) const;
+    /// Moves the selected rows by one.
     void moveSelected(direction where);
 
     /// Gives the list the focus and selects a row if there is none.

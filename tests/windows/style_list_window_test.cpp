@@ -73,6 +73,7 @@ protected:
         for (const int position : positions)
             QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::ControlModifier,
                               rowRect(position).center());
+        QCoreApplication::processEvents(); // what can be done follows the selection
     }
     void key(Qt::Key key, Qt::KeyboardModifiers with = {}) {
         QTest::keyClick(QApplication::focusWidget(), key, with);
