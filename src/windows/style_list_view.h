@@ -76,8 +76,7 @@ private:
     struct keptState {
         std::unordered_set<std::int64_t> selected;
         std::optional<std::int64_t> current;
-        std::optional<std::int64_t> renamed;
-        QString typedName;
+        std::optional<QString> typedName; ///< while the current row's name is edited
     };
     /// A place in the list that reacts to the mouse.
     struct target {

@@ -306,7 +306,6 @@ TEST_F(StyleListWindowTest, TheKeysOfTheFilterAreItsOwn) {
 }
 
 TEST_F(StyleListWindowTest, OffersInARowWhatItsRoutesAllow) {
-    machine.dispatcher.runAll();
     styleContainer imported = namedStyle("Imported", 10);
     imported.source = sourceUserCSS;
     application.store().appendStyle(imported);
@@ -339,7 +338,6 @@ TEST_F(StyleListWindowTest, OffersInARowWhatItsRoutesAllow) {
          {rowControl::update, rowControl::properties, rowControl::checkBox})
         press(0, control);
     EXPECT_TRUE(updated.size() == 1 && configured.size() == 2 && isEnabled(10));
-    EXPECT_TRUE(view.grab().toImage() != QImage());
     application.styleList().styles()[0]->updateStatus = "error";
     EXPECT_EQ(view.model()->index(0, 0).data(Qt::AccessibleTextRole),
               "Imported, Update error., enabled");
@@ -420,9 +418,8 @@ TEST_F(StyleListWindowTest, TheNewStyleSheetMakesAStyleOfWhatWasTyped) {
     EXPECT_EQ(style->preprocessor, "less");
 }
 
-TEST_F(StyleListWindowTest, TellsWhichRowsAreOnTheScreenAndDrawsTheirIcons) {
-    show(20);
-    window.resize(window.width(), 300);
+TEST_F(StyleListWindowTest, DrawsTheIconsOfSitesDecodedOnce) {
+    show(1);
     QImage red(siteIconSize, siteIconSize, QImage::Format_RGB32);
     red.fill(Qt::red);
     QByteArray png;
