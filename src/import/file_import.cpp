@@ -1,6 +1,7 @@
 #include "import/file_import.h"
 
 #include "events/notification_names.h"
+#include "formats/moz_document.h"
 #include "formats/user_css_reader.h"
 #include "model/text.h"
 
@@ -66,7 +67,7 @@ void FileImport::importStyleFile(const std::filesystem::path& file) {
 
     // A file name may hold any bytes; one that is not text must not get into the document.
     const std::string baseName = validUTF8(file.stem().string());
-    if (!contains(*text, "@-moz-document")) {
+    if (!contains(*text, mozDocumentKeyword)) {
         styleJSON data = makeStyleJSON(std::string(plainStyleName), std::move(*text));
         styleContainer style = makeStyleContainer(std::move(data), sourceCustom, noUserstyleID,
                                                   machine.making.generateUniqueID());
