@@ -36,7 +36,7 @@ std::vector<styleSection> sectionsFromCSS(std::string_view css, std::string_view
 /// loses the backslash before a slash. A rule that holds "),", or a brace after a blank, a line
 /// break or a closing parenthesis, is cut there; one that opens a comment hides what follows.
 /// Stylus code without a brace comes back with a line break before it and each line indented by a
-/// tab.
+/// tab, and not at all when it is empty.
 std::string joinSectionsForPreprocessor(const styleContainer& style);
 
 } // namespace tessaril
