@@ -6,6 +6,7 @@
 #include "compile/style_compiler.h"
 #include "events/notification_center.h"
 #include "import/file_import.h"
+#include "import/paste_import.h"
 #include "platform/browser_extension.h"
 #include "platform/external_applications.h"
 #include "preferences/change_announcement.h"
@@ -15,6 +16,7 @@
 #include "preferences/preferences.h"
 #include "store/database_commands.h"
 #include "store/open_styles.h"
+#include "store/style_export.h"
 #include "store/style_list.h"
 #include "store/style_store.h"
 
@@ -51,6 +53,8 @@ public:
     StyleList& styleList() { return list; }
     NotificationCenter& notificationCenter() { return center; }
     FileImport& fileImport() { return importer; }
+    PasteImport& pasteImport() { return pasteImporter; }
+    StyleExport& styleExport() { return exporter; }
     const OpenStyles& openStyles() const { return stylesOpenInEditors; }
 
     /// What the Preferences window works on. `preferenceSync` and `cloudSwitch` wait for the cloud:
@@ -79,6 +83,7 @@ public:
     void finish();
 
 private:
+    importSurroundings importing();
     void runLaunchChecks();
 
     applicationSurroundings machine;
@@ -91,6 +96,8 @@ private:
     StyleStore styleStore;
     StyleList list;
     FileImport importer;
+    PasteImport pasteImporter;
+    StyleExport exporter;
     OpenedFiles openedFiles;
     LinkRouter links;
     ExtensionWarning extensionWarning;

@@ -26,8 +26,8 @@ protected:
     }
 
     StyleList list{store, center, dispatcher, alerts};
-    FileImport importer{{files,
-                         alerts,
+    FileImport importer{files,
+                        {alerts,
                          dispatcher,
                          center,
                          store,
