@@ -1,3 +1,4 @@
+#include "desktop/cache_folder.h"
 #include "desktop/extension_state.h"
 #include "desktop/folder_message_channel.h"
 #include "desktop/posix_file_system.h"
@@ -282,6 +283,35 @@ TEST(ExtensionState, IsWhatTheBrowserSideWroteLast) {
     EXPECT_EQ(extension.isEnabled(), true);
     writeFile(container / "extension-state", "disabled\nenabled\n");
     EXPECT_EQ(extension.isEnabled(), false);
+}
+
+TEST_F(PosixFileSystemTest, ListsAndRemovesFilesOnly) {
+    writeFile(folder / "file", "content");
+    fs::create_directory(folder / "sub");
+    fs::create_symlink("/missing", folder / "dangling");
+    const auto found = files.list(folder.path);
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_EQ(found[0].path, folder / "file");
+    EXPECT_EQ(found[0].size, 7u);
+    EXPECT_LT(std::chrono::abs(std::chrono::system_clock::now() - found[0].modified),
+              std::chrono::hours(1));
+    EXPECT_THAT(files.list(folder / "missing"), IsEmpty());
+    for (const char* name : {"file", "sub", "missing"})
+        files.remove(folder / name);
+    EXPECT_THAT(folder.names(), UnorderedElementsAre("sub", "dangling"));
+}
+
+TEST(IconCacheFolder, IsMadeForThisUserOnlyOrNotAtAll) {
+    const QByteArray before = qgetenv("XDG_CACHE_HOME");
+    const TemporaryFolder folder;
+    qputenv("XDG_CACHE_HOME", QByteArray::fromStdString(folder / "new"));
+    for (int start = 0; start < 2; ++start)
+        EXPECT_EQ(makeIconCacheFolder(), folder / "new/tessaril/icons");
+    EXPECT_EQ(fs::status(folder / "new/tessaril/icons").permissions(), fs::perms::owner_all);
+    fs::remove(folder / "new/tessaril/icons");
+    writeFile(folder / "new/tessaril/icons", "in the way");
+    EXPECT_TRUE(makeIconCacheFolder().empty());
+    qputenv("XDG_CACHE_HOME", before);
 }
 
 TEST(SharedContainer, IsMadeForThisUserOnlyOrNotAtAll) {
