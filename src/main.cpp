@@ -18,9 +18,8 @@
 #include "desktop/termination_signals.h"
 #include "desktop/web_engine.h"
 #include "windows/compiler_error_windows.h"
-#include "windows/editor_preview.h"
 #include "windows/main_window.h"
-#include "windows/preferences_window.h"
+#include "windows/other_windows.h"
 
 #include <QApplication>
 #include <QFile>
@@ -56,26 +55,6 @@ void open(Application& application, std::span<const std::string> arguments) {
 int refuseToStart(const QString& text) {
     QMessageBox::critical(nullptr, "Tessaril cannot start", text);
     return EXIT_FAILURE;
-}
-
-PreferencesWindow* makePreferencesWindow(Application& application, LazyWebEngine& webEngine,
-                                         QWidget* parent) {
-    const auto makePreview = [&](QWidget* pane) {
-        return new EditorPreview(
-            {.makeWebView = [&](QWidget* view) { return webEngine.makeView(view); },
-             .page = shippedFolder() / "tessaril/resources/Ace/index.html",
-             .preferences = application.preferences(),
-             .center = application.notificationCenter()},
-            pane);
-    };
-    auto* window = new PreferencesWindow({.center = application.notificationCenter(),
-                                          .general = {.controls = application.preferenceControls(),
-                                                      .cloud = application.cloudSwitch(),
-                                                      .database = application.databaseCommands()},
-                                          .makePreview = makePreview},
-                                         parent);
-    window->setAttribute(Qt::WA_DeleteOnClose);
-    return window;
 }
 
 int runApplication(const std::filesystem::path& container, SingleInstance& instance,
@@ -121,7 +100,13 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
                              .iconCache = iconCache,
                              .darkAppearance = darkAppearance});
 
-    QPointer<PreferencesWindow> preferences;
+    OtherWindows others(
+        application, [&](QWidget* parent) { return webEngine.makeView(parent); },
+        shippedFolder() / "tessaril/resources/Ace/index.html");
+    QPointer<QWidget> shown;
+    application.listCommands().setRoutes({.exportFromStyleList = [&](const styleContainer& style) {
+        others.openExportSheet(style, *shown);
+    }});
     MainWindow window(
         {.list = application.styleList(),
          .listCommands = application.listCommands(),
@@ -131,16 +116,11 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
          .canImport = [&] { return application.fileImport().canImport(); },
          .importFiles = [&](auto chosen) { application.fileImport().importFiles(chosen); },
          .openFiles = [&](auto dropped) { application.openFiles(dropped); },
-         .openPreferences =
-             [&] {
-                 // One that was closed this moment has yet to go.
-                 if (preferences && !preferences->isVisible()) delete preferences;
-                 if (!preferences)
-                     preferences = makePreferencesWindow(application, webEngine, &window);
-                 preferences->bringForward();
-             },
+         .openPreferences = [&] { others.openPreferences(window); },
          .emailSupport = [&] { application.emailSupport(); },
-         .openWebsite = [&] { application.openWebsite(); }});
+         .openWebsite = [&] { application.openWebsite(); },
+         .pasteStyle = [&] { others.openPasteWindow(window); }});
+    shown = &window;
     // Queued: an opened file may ask a question, and nobody is to wait for its answer. What is
     // queued is done even when the application quits meanwhile.
     const auto openSoon = [&](std::vector<std::string> asked) {

@@ -38,15 +38,9 @@ Application::Application(applicationSurroundings surroundings)
              .findStyle = [this](std::int64_t id) { return styleStore.findStyle(id); },
              .cacheFolder = machine.iconCache})
     , list(styleStore, center, machine.dispatcher, icons)
-    , importer(
-          {.files = machine.files,
-           .alerts = machine.alerts,
-           .dispatcher = machine.dispatcher,
-           .center = center,
-           .store = styleStore,
-           .list = list,
-           .making = {.generateUniqueID = [this] { return styleStore.generateUniqueID(); },
-                      .compileStyle = [this](styleContainer& s) { compiler.compileStyle(s); }}})
+    , importer(machine.files, importing())
+    , pasteImporter(importing())
+    , exporter(machine.files, machine.alerts, machine.dispatcher)
     , openedFiles(styleStore, importer, center, machine.dispatcher, machine.alerts)
     , links(center)
     , extensionWarning(machine.extension, standard, synced, machine.alerts)
@@ -71,6 +65,16 @@ Application::Application(applicationSurroundings surroundings)
     , cloud(standard, center, machine.dispatcher) {
     registerPreferenceDefaults(standard, shared, styleStore.generateUniqueID(),
                                machine.darkAppearance);
+}
+
+importSurroundings Application::importing() {
+    return {.alerts = machine.alerts,
+            .dispatcher = machine.dispatcher,
+            .center = center,
+            .store = styleStore,
+            .list = list,
+            .making = {.generateUniqueID = [this] { return styleStore.generateUniqueID(); },
+                       .compileStyle = [this](styleContainer& s) { compiler.compileStyle(s); }}};
 }
 
 void Application::styleListShown() {

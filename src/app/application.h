@@ -7,6 +7,7 @@
 #include "events/notification_center.h"
 #include "icons/style_icons.h"
 #include "import/file_import.h"
+#include "import/paste_import.h"
 #include "platform/browser_extension.h"
 #include "platform/external_applications.h"
 #include "preferences/change_announcement.h"
@@ -17,6 +18,7 @@
 #include "store/database_commands.h"
 #include "store/new_style.h"
 #include "store/open_styles.h"
+#include "store/style_export.h"
 #include "store/style_ids.h"
 #include "store/style_list.h"
 #include "store/style_list_commands.h"
@@ -63,6 +65,8 @@ public:
     UndoManager& listUndo() { return undoManager; }
     NotificationCenter& notificationCenter() { return center; }
     FileImport& fileImport() { return importer; }
+    PasteImport& pasteImport() { return pasteImporter; }
+    StyleExport& styleExport() { return exporter; }
     const OpenStyles& openStyles() const { return stylesOpenInEditors; }
 
     /// What the Preferences window works on. `preferenceSync` and `cloudSwitch` wait for the cloud:
@@ -94,6 +98,7 @@ public:
     void finish();
 
 private:
+    importSurroundings importing();
     void runLaunchChecks();
 
     applicationSurroundings machine;
@@ -107,6 +112,8 @@ private:
     StyleIcons icons;
     StyleList list;
     FileImport importer;
+    PasteImport pasteImporter;
+    StyleExport exporter;
     OpenedFiles openedFiles;
     LinkRouter links;
     ExtensionWarning extensionWarning;

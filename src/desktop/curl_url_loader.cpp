@@ -2,6 +2,7 @@
 
 #include "desktop/public_address.h"
 #include "model/log.h"
+#include "model/text.h"
 
 #include <curl/curl.h>
 #include <sys/socket.h>
@@ -22,6 +23,9 @@ using std::chrono::milliseconds;
 constexpr const char* userAgent = "Tessaril/" TESSARIL_VERSION " (user style manager)";
 constexpr const char* protocols = "http,https";
 
+constexpr std::string_view insecure = "http://";
+constexpr std::string_view secure = "https://";
+
 struct handleCloser {
     void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
 };
@@ -37,12 +41,15 @@ public:
     std::optional<urlResponse> run() {
         if (!handle) return failed("out of memory");
         std::string address = request.address;
+        // The library would guess.
+        if (!startsWith(address, insecure) && !startsWith(address, secure))
+            return failed("no address of the web");
         for (int redirects = 0;; ++redirects) {
             if (!loadOnce(address)) return std::nullopt;
             const char* target = info<char*>(CURLINFO_REDIRECT_URL);
             if (!target) break;
             if (redirects == request.mostRedirects) return failed("too many redirects");
-            if (isHTTPS(address) && !isHTTPS(target))
+            if (startsWith(address, secure) && !startsWith(target, secure))
                 return failed("a redirect to an insecure address");
             address = target;
         }
@@ -60,10 +67,8 @@ private:
         return std::nullopt;
     }
 
-    static bool isHTTPS(std::string_view address) {
-        constexpr std::string_view scheme = "https:";
-        return std::ranges::equal(address.substr(0, scheme.size()), scheme,
-                                  [](char a, char b) { return (a | 0x20) == (b | 0x20); });
+    static bool startsWith(std::string_view address, std::string_view scheme) {
+        return lowercasedASCII(address.substr(0, scheme.size())) == scheme;
     }
 
     template <typename T>

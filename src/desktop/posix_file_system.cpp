@@ -103,6 +103,16 @@ bool writeAll(int file, std::span<const std::string_view> pieces) {
     return true;
 }
 
+/// Takes the room for that many bytes from the start of a file without changing what it shows;
+/// false when there is none. A file system that cannot tell counts as having it.
+bool reserve(int file, std::size_t size) {
+    if (size == 0) return true;
+    const auto length = static_cast<off_t>(size);
+    if (uninterrupted([&] { return ::fallocate(file, FALLOC_FL_KEEP_SIZE, 0, length); }) == 0)
+        return true;
+    return errno == EOPNOTSUPP || errno == ENOSYS;
+}
+
 bool copyAll(int from, int to) {
     std::vector<char> buffer(1 << 20);
     for (off_t at = 0;;) {
@@ -250,6 +260,22 @@ std::unique_ptr<StagedFile> PosixFileSystem::stage(const fs::path& folder,
     auto staged = std::make_unique<PosixStagedFile>(std::move(made));
     if (!writeAll(file, pieces) || !syncData(file)) return nullptr;
     return staged;
+}
+
+bool PosixFileSystem::overwrite(const fs::path& path, std::string_view bytes) {
+    const bool isNew = !exists(path);
+    // Without O_NONBLOCK the opening of a pipe would wait for its reader.
+    const FileDescriptor file = open(path, O_WRONLY | O_CREAT | O_NONBLOCK | O_NOCTTY, 0666);
+    struct stat status {};
+    if (!file.isOpen() || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
+        return false;
+    if (reserve(file.get(), bytes.size()) && writeAll(file.get(), std::span(&bytes, 1)) &&
+        uninterrupted([&] { return ::ftruncate(file.get(), static_cast<off_t>(bytes.size())); }) ==
+            0 &&
+        syncData(file.get()))
+        return true;
+    if (isNew) ::unlink(path.c_str());
+    return false;
 }
 
 bool PosixFileSystem::keep(const fs::path& path, const fs::path& keptPath) {

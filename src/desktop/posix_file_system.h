@@ -20,6 +20,9 @@ public:
     std::unique_ptr<StagedFile> stage(const std::filesystem::path& folder,
                                       std::span<const std::string_view> pieces) override;
 
+    /// For anything but a regular file it does not work.
+    bool overwrite(const std::filesystem::path& path, std::string_view bytes) override;
+
     bool keep(const std::filesystem::path& path, const std::filesystem::path& keptPath) override;
 
     std::vector<fileEntry> list(const std::filesystem::path& folder) const override;

@@ -24,6 +24,10 @@ constexpr std::string_view beautifyStatement =
 constexpr int mostLossesInARow = 3;
 constexpr std::chrono::minutes inARow(1);
 
+/// A key press goes to the page by another way than a statement does, which may overtake it. What
+/// waits for several answers in a row comes after it.
+constexpr int readsToSettle = 4;
+
 std::string joined(std::initializer_list<std::string_view> pieces) {
     std::string result;
     for (const std::string_view piece : pieces)
@@ -152,6 +156,16 @@ void WKAceView::settle() {
     readText(true);
 }
 
+void WKAceView::whenSettled(std::function<void()> settled) {
+    settleAgain(readsToSettle, std::move(settled));
+}
+
+void WKAceView::settleAgain(int times, std::function<void()> settled) {
+    if (times == 0 || !pageIsReady) return settled();
+    settling.push_back([this, times, next = std::move(settled)] { settleAgain(times - 1, next); });
+    settle();
+}
+
 void WKAceView::readText(bool mayBeKnown) {
     ++readsUnderWay;
     evaluate("editor.getValue();", [this, began = generation, mayBeKnown,
@@ -160,7 +174,10 @@ void WKAceView::readText(bool mayBeKnown) {
         --readsUnderWay;
         if (!textIn(result) || newest == setting::failed) textFinder.forgetPutOff();
         textRead(textIn(result), began, mayBeKnown);
-        if (readsUnderWay == 0) textFinder.textDidSettle();
+        if (readsUnderWay > 0) return;
+        textFinder.textDidSettle();
+        for (const auto& settled : std::exchange(settling, {}))
+            settled();
     });
 }
 
@@ -181,6 +198,7 @@ void WKAceView::textRead(const std::string* text, std::uint64_t began, bool mayB
 void WKAceView::forgetReads() {
     ++pageNumber;
     readsUnderWay = 0;
+    settling.clear();
     textFinder.forgetPutOff();
 }
 

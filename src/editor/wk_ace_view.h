@@ -69,6 +69,11 @@ public:
     void setString(std::string text);
     const std::string& string() const override { return stringValue; }
 
+    /// Asks the page for its text and calls `settled` once `string` is what the user sees, with
+    /// what was typed a moment ago; at once while there is no page. Not called when the page goes
+    /// or hangs meanwhile: who waits sets a limit.
+    void whenSettled(std::function<void()> settled);
+
     /// `value` is a script value as it is written, for example "true".
     void setOption(std::string_view name, std::string_view value);
     void setFontSize(std::int64_t points);
@@ -119,6 +124,7 @@ private:
     void readChange();
     void readText(bool mayBeKnown);
     void textRead(const std::string* text, std::uint64_t began, bool mayBeKnown);
+    void settleAgain(int times, std::function<void()> settled);
     void forgetReads();
     UndoManager::Token registerTextUndo(const std::string& name, std::shared_ptr<std::string> text);
     void restore(const std::string& name, const std::string& text);
@@ -144,10 +150,11 @@ private:
     int lossesInARow = 0;
     std::chrono::steady_clock::time_point lastLoss;
     setting newest = setting::done;
-    std::uint64_t generation = 0;    ///< counts the texts that were set
-    std::uint64_t changeReports = 0; ///< counts the changes that the page reported
-    int readsUnderWay = 0;           ///< of the text after a change, in this page
-    std::uint64_t pageNumber = 0;    ///< counts the pages that were there
+    std::uint64_t generation = 0;                ///< counts the texts that were set
+    std::uint64_t changeReports = 0;             ///< counts the changes that the page reported
+    std::vector<std::function<void()>> settling; ///< who waits for the reads under way
+    int readsUnderWay = 0;                       ///< of the text after a change, in this page
+    std::uint64_t pageNumber = 0;                ///< counts the pages that were there
     /// What the newest undo action holds, and which of the texts that is.
     std::shared_ptr<std::string> replacedText;
     std::uint64_t replacedGeneration = 0;

@@ -14,7 +14,7 @@ namespace tessaril {
 
 namespace {
 
-constexpr std::string_view keyword = "@-moz-document";
+constexpr std::string_view keyword = mozDocumentKeyword;
 constexpr std::size_t npos = std::string_view::npos;
 
 /// A match function and the list of a section that holds its arguments.

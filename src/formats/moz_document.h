@@ -12,6 +12,9 @@
 // text is UTF-8, in and out.
 namespace tessaril {
 
+/// The at-rule that a section's header begins with.
+inline constexpr std::string_view mozDocumentKeyword = "@-moz-document";
+
 /// `text` cut before every "@-moz-document" that stands outside block comments, each chunk trimmed.
 /// The first chunk is what stands before the first cut; one empty chunk for a blank text. Views
 /// into `text`.
@@ -29,8 +32,11 @@ styleSection parseSectionHeader(std::string_view header, std::string code);
 std::vector<styleSection> sectionsFromCSS(std::string_view css, std::string_view preprocessor);
 
 /// The style's sections as the one text that a compiler reads. `sectionsFromCSS` reads the same
-/// rules and the same code, trimmed, back where the code's braces balance; a rule that holds `"),`
-/// or an escaped slash does not survive.
+/// rules and the same code, trimmed, back where the code's braces balance. A regular expression
+/// loses the backslash before a slash. A rule that holds "),", or a brace after a blank, a line
+/// break or a closing parenthesis, is cut there; one that opens a comment hides what follows.
+/// Stylus code without a brace comes back with a line break before it and each line indented by a
+/// tab, and not at all when it is empty.
 std::string joinSectionsForPreprocessor(const styleContainer& style);
 
 } // namespace tessaril

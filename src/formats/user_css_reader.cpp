@@ -14,9 +14,6 @@ namespace tessaril {
 
 namespace {
 
-constexpr std::string_view blockOpening = "/* ==UserStyle==";
-constexpr std::string_view blockClosing = "==/UserStyle== */";
-
 /// What the metadata block says; a key that it does not hold has no value.
 struct metadata {
     std::optional<std::string> name;
@@ -148,11 +145,11 @@ struct blockPlace {
 };
 
 blockPlace findBlock(std::string_view text) {
-    const std::size_t start = text.find(blockOpening);
-    const std::size_t closing = text.find(blockClosing);
+    const std::size_t start = text.find(metadataOpening);
+    const std::size_t closing = text.find(metadataClosing);
     if (start == std::string_view::npos || closing == std::string_view::npos || closing < start)
         return {text.size(), text.size()};
-    return {start, closing + blockClosing.size()};
+    return {start, closing + metadataClosing.size()};
 }
 
 /// The style without an identifier and not compiled.

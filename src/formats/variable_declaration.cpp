@@ -88,12 +88,6 @@ std::optional<labelAndDefault> readLabel(std::string_view rest) {
     return labelAndDefault{rest.substr(0, space), trimmed(rest.substr(space + 1))};
 }
 
-rangeOpts defaultBounds(std::string_view type) {
-    using limits = std::numeric_limits<double>;
-    if (type == "range") return {0, 100, 1, std::nullopt};
-    return {limits::lowest(), limits::max(), 1, std::nullopt};
-}
-
 /// "[default, min, max, step, 'units']", given without the brackets; all but the default may be
 /// missing, and the units may stand anywhere.
 void readBounds(std::string_view inside, userVariable& variable) {
@@ -166,6 +160,12 @@ bool isComplete(const userVariable& variable) {
 }
 
 } // namespace
+
+rangeOpts defaultBounds(std::string_view type) {
+    using limits = std::numeric_limits<double>;
+    if (type == "range") return {0, 100, 1, std::nullopt};
+    return {limits::lowest(), limits::max(), 1, std::nullopt};
+}
 
 std::optional<userVariable> parseVariableDeclaration(std::string_view declaration) {
     std::string text = withSingleSpaces(declaration);

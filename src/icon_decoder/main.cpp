@@ -13,6 +13,7 @@
 #include <sys/prctl.h>
 #include <sys/resource.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
@@ -46,6 +47,7 @@ QImage centred(const QImage& picture) {
 
 int main(int argc, char* argv[]) {
     if (!limitThisProcess()) return EXIT_FAILURE;
+    std::signal(SIGXFSZ, SIG_IGN); // a library that wants to keep something of its own goes without
     qputenv("QT_QPA_PLATFORM", "offscreen"); // a drawing may have text
     const QGuiApplication application(argc, argv);
 

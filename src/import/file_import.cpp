@@ -1,6 +1,6 @@
 #include "import/file_import.h"
 
-#include "events/notification_names.h"
+#include "formats/moz_document.h"
 #include "formats/user_css_reader.h"
 #include "model/text.h"
 
@@ -11,8 +11,6 @@ namespace tessaril {
 
 namespace {
 
-constexpr std::string_view plainStyleName = "New Style from CSS";
-constexpr std::string_view invalidStyleTitle = "Invalid Style";
 constexpr std::string_view noRulesTitle = "CSS File Imported With No Rules";
 
 std::string noRulesText(std::string_view name) {
@@ -44,14 +42,15 @@ bool isImportable(const std::filesystem::path& file) {
 
 } // namespace
 
-FileImport::FileImport(fileImportSurroundings surroundings) : machine(std::move(surroundings)) {}
+FileImport::FileImport(FileSystem& fileSystem, importSurroundings surroundings)
+    : files(fileSystem), machine(std::move(surroundings)) {}
 
 bool FileImport::canImport() const {
     return !machine.list.isLockedForSync();
 }
 
-void FileImport::importFiles(const std::vector<std::filesystem::path>& files) {
-    for (const auto& file : files) {
+void FileImport::importFiles(const std::vector<std::filesystem::path>& chosen) {
+    for (const auto& file : chosen) {
         if (!isImportable(file)) continue;
         machine.dispatcher.inBackground(taskPriority::utility,
                                         [this, file] { importStyleFile(file); });
@@ -59,17 +58,15 @@ void FileImport::importFiles(const std::vector<std::filesystem::path>& files) {
 }
 
 void FileImport::importStyleFile(const std::filesystem::path& file) {
-    auto bytes = machine.files.read(file);
+    auto bytes = files.read(file);
     if (!bytes) return;
     auto text = textFromUTF8(std::move(*bytes));
     if (!text) return;
 
     // A file name may hold any bytes; one that is not text must not get into the document.
     const std::string baseName = validUTF8(file.stem().string());
-    if (!contains(*text, "@-moz-document")) {
-        styleJSON data = makeStyleJSON(std::string(plainStyleName), std::move(*text));
-        styleContainer style = makeStyleContainer(std::move(data), sourceCustom, noUserstyleID,
-                                                  machine.making.generateUniqueID());
+    if (!contains(*text, mozDocumentKeyword)) {
+        styleContainer style = plainStyle(std::move(*text), machine.making);
         style.styleData.name = withoutUserEnding(baseName);
         const std::string name = style.styleData.name;
         complete(std::move(style),
@@ -83,7 +80,7 @@ void FileImport::importStyleFile(const std::filesystem::path& file) {
                                  invalidStyleText(validUTF8(file.filename().string())));
         return;
     }
-    style->source = style->updateURL && !style->updateURL->empty() ? sourceUserCSS : sourceCustom;
+    setSourceByUpdateAddress(*style);
     std::string& name = style->styleData.name;
     if (name == defaultStyleName) name = baseName;
     name = std::string(withoutUserEnding(name));
@@ -93,9 +90,7 @@ void FileImport::importStyleFile(const std::filesystem::path& file) {
 void FileImport::complete(styleContainer style, std::function<void()> afterwards) {
     machine.dispatcher.onMain(
         [this, style = std::move(style), afterwards = std::move(afterwards)]() mutable {
-            machine.store.appendStyle(std::move(style));
-            machine.store.saveDatabase();
-            machine.center.post(notifications::addLatestStyle);
+            appendImportedStyle(machine, std::move(style));
             afterwards();
         });
 }

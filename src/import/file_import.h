@@ -1,14 +1,10 @@
 #pragma once
 
-#include "events/notification_center.h"
-#include "model/style_making.h"
-#include "platform/alerts.h"
-#include "platform/dispatcher.h"
+#include "import/imported_style.h"
 #include "platform/file_system.h"
-#include "store/style_list.h"
-#include "store/style_store.h"
 
 #include <filesystem>
+#include <functional>
 #include <string_view>
 #include <vector>
 
@@ -18,28 +14,17 @@ namespace tessaril {
 inline constexpr std::string_view importDialogTitle = "Import User CSS File";
 inline constexpr std::string_view importFileTypes[] = {"user.css", "css", "styl", "less"};
 
-/// What file import works with. All outlive it.
-struct fileImportSurroundings {
-    FileSystem& files;
-    Alerts& alerts;
-    Dispatcher& dispatcher;
-    NotificationCenter& center;
-    StyleStore& store;
-    StyleList& list;
-    styleMaking making;
-};
-
 /// Makes a style of each style file that the user chose or the system handed over.
 class FileImport {
 public:
-    explicit FileImport(fileImportSurroundings surroundings);
+    FileImport(FileSystem& files, importSurroundings surroundings);
 
     /// Whether the command may open its dialog now; not while the list is locked for sync.
     bool canImport() const;
 
     /// Imports each file of the types above, in any case, on a background task of its own; others
     /// are passed over. Returns at once.
-    void importFiles(const std::vector<std::filesystem::path>& files);
+    void importFiles(const std::vector<std::filesystem::path>& chosen);
 
     /// Reads the file and appends its style to the database, on the main thread; alerts as the
     /// outcome asks. A file that cannot be read as UTF-8 text is passed over without a word.
@@ -48,7 +33,8 @@ public:
 private:
     void complete(styleContainer style, std::function<void()> afterwards);
 
-    fileImportSurroundings machine;
+    FileSystem& files;
+    importSurroundings machine;
 };
 
 } // namespace tessaril

@@ -105,14 +105,11 @@ void JsonWriter::real(double value) {
         representable = false;
         return;
     }
-    std::array<char, 32> digits{};
-    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), value);
-    const std::string_view text(digits.data(),
-                                static_cast<std::size_t>(result.ptr - digits.data()));
+    const std::string text = shortestNumber(value);
     out.append(text);
     // A number without a fraction is an integer to many readers, which lose the sign of zero and
     // refuse more than 64 bits.
-    const bool looksLikeInteger = text.find_first_of(".e") == std::string_view::npos;
+    const bool looksLikeInteger = text.find_first_of(".e") == std::string::npos;
     if (looksLikeInteger && (text == "-0" || text.size() > 15)) out.append(".0");
 }
 

@@ -48,6 +48,9 @@ std::optional<std::int64_t> parseInteger(std::string_view text);
 /// sign and exponent; nothing for any other text.
 std::optional<double> parseDouble(std::string_view text);
 
+/// The shortest text that `parseDouble` reads back to the same, finite `value`.
+std::string shortestNumber(double value);
+
 bool isValidUTF8(std::string_view bytes);
 
 /// `bytes` as UTF-8: every byte that belongs to no character becomes U+FFFD.

@@ -48,6 +48,11 @@ public:
     virtual std::unique_ptr<StagedFile> stage(const std::filesystem::path& folder,
                                               std::span<const std::string_view> pieces) = 0;
 
+    /// Makes `bytes` the content of the regular file at `path`, which is written in place, so that
+    /// it stays the same file, or made. Gives whether it worked. Where the room is known beforehand
+    /// to be missing, the old content stays; otherwise a failure may leave only a part of either.
+    virtual bool overwrite(const std::filesystem::path& path, std::string_view bytes) = 0;
+
     /// Gives the file at `path` the second name `keptPath`, which must be free, so that it survives
     /// a replacement of `path`. Where the file system has no second names the file is moved. Gives
     /// whether the content is now at `keptPath`.

@@ -2,6 +2,7 @@
 
 #include "events/notification_names.h"
 #include "model/text.h"
+#include "store/exported_file.h"
 
 namespace tessaril {
 
@@ -18,13 +19,6 @@ constexpr const char* resetTitle = "WARNING: This will delete all current styles
 constexpr const char* resetText =
     "If iCloud sync is enabled, this will also erase all styles from iCloud. This action cannot be "
     "undone. Are you sure you would like to reset your style database?";
-
-constexpr const char* replaceText = "Its current content will be lost.";
-
-std::string replaceTitle(const std::filesystem::path& file) {
-    return "“" + validUTF8(file.filename().string()) +
-           "” exists already. Do you want to replace it?";
-}
 
 bool isDatabaseFile(const std::filesystem::path& file) {
     return lowercasedASCII(file.extension().string()) == "." + std::string(databaseFileType);
@@ -58,19 +52,10 @@ void DatabaseCommands::importFrom(const std::filesystem::path& file) {
     });
 }
 
-void DatabaseCommands::exportTo(std::filesystem::path file) {
-    if (!isDatabaseFile(file)) {
-        file += "." + std::string(databaseFileType);
-        // The panel has asked about the name that was typed only.
-        if (machine.files.exists(file) && machine.alerts
-                                                  .ask({.title = replaceTitle(file),
-                                                        .text = replaceText,
-                                                        .buttons = {"Cancel", "Replace"},
-                                                        .destructiveButton = 1})
-                                                  .button != 1)
-            return;
-    }
-    machine.store.exportDatabase(file);
+void DatabaseCommands::exportTo(const std::filesystem::path& chosen) {
+    const auto file =
+        exportedFile(chosen, std::span(&databaseFileType, 1), machine.files, machine.alerts);
+    if (file) machine.store.exportDatabase(*file);
 }
 
 bool DatabaseCommands::refusesToReset() {

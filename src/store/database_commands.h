@@ -48,7 +48,7 @@ public:
 
     /// Writes the database in the background. A name of another type gets this one's, and where
     /// that makes it one that exists, the user is asked.
-    void exportTo(std::filesystem::path file);
+    void exportTo(const std::filesystem::path& chosen);
 
     /// Asks, then empties the database; refuses while a style is open in the editor.
     void reset();

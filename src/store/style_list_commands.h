@@ -24,7 +24,7 @@ struct styleRoutes {
     /// The Style Editor; an imported style opens as such.
     std::function<bool(std::int64_t id, bool isOpeningImported)> openStyleForEditing = {};
     std::function<bool(std::int64_t id)> openStyleProps = {};
-    std::function<bool(const styleContainer& style)> exportFromStyleList = {};
+    std::function<void(const styleContainer& style)> exportFromStyleList = {};
     /// Checks one style for a newer version.
     std::function<void(std::int64_t id)> updateIndividual = {};
 };

@@ -8,7 +8,7 @@
 
 namespace tessaril {
 
-EditorPreview::EditorPreview(editorPreviewParts ownParts, QWidget* parent)
+EditorPreview::EditorPreview(editorParts ownParts, QWidget* parent)
     : QWidget(parent), parts(std::move(ownParts)) {
     setAutoFillBackground(true);
     setBackgroundRole(QPalette::Base);

@@ -53,7 +53,7 @@ GeneralPane::GeneralPane(generalPaneParts paneParts)
                  bound.checkBox("&Warn when a style is read-only", keys::warnReadOnly));
     form->addRow("In the browser:",
                  bound.checkBox("Switch styles by the toggle &shortcut", keys::toggleShortcut));
-    QCheckBox* icons = bound.checkBox("Show the &icons of web sites", keys::fetchSiteIcons);
+    QCheckBox* icons = bound.checkBox("S&how the icons of web sites", keys::fetchSiteIcons);
     icons->setToolTip(siteIconsText);
     icons->setAccessibleDescription(siteIconsText);
     form->addRow("In the list:", icons);

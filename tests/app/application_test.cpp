@@ -137,6 +137,27 @@ TEST_F(ApplicationTest, theHelpMenuReachesTheMakers) {
                     "However, you can still email me at help@other.example if you need to!"}));
 }
 
+TEST_F(ApplicationTest, looksForIconsUntilItQuits) {
+    for (const std::int64_t id : {1, 2}) {
+        styleContainer style = namedStyle("style", id);
+        style.styleData.sections.front().domains = {std::to_string(id) + ".example"};
+        application.store().appendStyle(style);
+    }
+    urls.responses["https://1.example/favicon.ico"].body = "picture 1";
+    std::vector<std::int64_t> found;
+    application.iconLoader().setFoundHandler(
+        [&](std::int64_t id, const auto&, iconRequest) { found.push_back(id); });
+    application.iconLoader().fetch(std::vector<std::int64_t>{1}, iconRequest::newRow);
+    dispatcher.runAll();
+    EXPECT_THAT(found, ElementsAre(1));
+
+    application.iconLoader().fetch(std::vector<std::int64_t>{2}, iconRequest::newRow);
+    application.stopLoading();
+    dispatcher.runAll();
+    EXPECT_TRUE(urls.cancelled);
+    EXPECT_THAT(urls.asked, ElementsAre("https://1.example/favicon.ico"));
+}
+
 TEST(Preferences, giveDefaultsThatAreNeverWritten) {
     MemoryPreferences standardStore, sharedStore;
     Preferences standard(standardStore);

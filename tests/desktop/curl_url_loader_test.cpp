@@ -75,8 +75,8 @@ TEST_F(CurlUrlLoaderTest, RefusesWhatIsNotAWholeAnswerOfTheKindAskedFor) {
                                             {"/bomb", "a body of more than 1000 bytes"}})
         expectFailure({.address = server.address(path), .largestBody = 1000}, reason);
     EXPECT_EQ(server.requests().size(), 8U + 10) << "ten redirects are followed";
-    for (const char* address : {"file:///etc/passwd", "ftp://127.0.0.1/x", "", "https://", "x y"})
-        expectFailure({.address = address}, "");
+    for (const char* address : {"file:///etc/passwd", "ftp://127.0.0.1/", "", "127.0.0.1"})
+        expectFailure({.address = address}, "no address of the web");
 
     const auto start =
         load({.address = server.address("/huge"), .largestBody = 1000, .cutsLongerBody = true});

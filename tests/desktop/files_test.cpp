@@ -1,3 +1,4 @@
+#include "desktop/cache_folder.h"
 #include "desktop/extension_state.h"
 #include "desktop/folder_message_channel.h"
 #include "desktop/posix_file_system.h"
@@ -29,6 +30,27 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::UnorderedElementsAre;
 namespace fs = std::filesystem;
+
+/// While it lives no file gets more bytes than this, as on a disk that is full in the middle of a
+/// write.
+class DiskFullBeyond {
+public:
+    explicit DiskFullBeyond(rlim_t bytes) {
+        ::getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit small{bytes, before.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &small);
+    }
+    ~DiskFullBeyond() {
+        ::setrlimit(RLIMIT_FSIZE, &before);
+        std::signal(SIGXFSZ, handler);
+    }
+    DiskFullBeyond(const DiskFullBeyond&) = delete;
+    DiskFullBeyond& operator=(const DiskFullBeyond&) = delete;
+
+private:
+    rlimit before{};
+    void (*handler)(int) = std::signal(SIGXFSZ, SIG_IGN);
+};
 
 class PosixFileSystemTest : public ::testing::Test {
 protected:
@@ -88,22 +110,39 @@ TEST_F(PosixFileSystemTest, CopiesWhereTheContentCannotBeLinked) {
 TEST_F(PosixFileSystemTest, LeavesNothingBehindWhereWritingFails) {
     EXPECT_FALSE(files.stage(folder / "missing", {}));
 
-    // A disk that is full in the middle of a write.
-    rlimit before{};
-    ::getrlimit(RLIMIT_FSIZE, &before);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit small{100'000, before.rlim_max};
-    ::setrlimit(RLIMIT_FSIZE, &small);
-    const auto staged = stage(std::string(1 << 20, 'x'));
-    ::setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, handler);
-    EXPECT_FALSE(staged);
+    {
+        const DiskFullBeyond limit(100'000);
+        EXPECT_FALSE(stage(std::string(1 << 20, 'x')));
+    }
     EXPECT_THAT(folder.names(), IsEmpty());
 
     fs::create_directory(folder / "taken");
     EXPECT_FALSE(stage("content")->publishAs(folder / "taken"));
     EXPECT_FALSE(stage("content")->publishAs(folder / "missing" / "file"));
     EXPECT_THAT(folder.names(), ::testing::ElementsAre("taken"));
+}
+
+TEST_F(PosixFileSystemTest, OverwritesAFileInPlace) {
+    EXPECT_TRUE(files.overwrite(folder / "file", "first"));
+    fs::create_hard_link(folder / "file", folder / "second name");
+    fs::create_symlink("file", folder / "link");
+    fs::permissions(folder / "file", fs::perms::owner_write | fs::perms::owner_read);
+    for (const std::string& content : {std::string("longer than before"), std::string("x"),
+                                       std::string(), std::string(1 << 20, 'y')}) {
+        EXPECT_TRUE(files.overwrite(folder / "link", content));
+        EXPECT_TRUE(fileContent(folder / "second name") == content);
+    }
+    EXPECT_TRUE(fs::is_symlink(folder / "link"));
+
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+    for (const fs::path& none : {folder / "pipe", folder.path, folder / "missing" / "file",
+                                 fs::path("/dev/full"), fs::path("/proc/version")})
+        EXPECT_FALSE(files.overwrite(none, "content")) << none;
+
+    const DiskFullBeyond limit(100'000);
+    EXPECT_FALSE(files.overwrite(folder / "new", std::string(1 << 20, 'x')));
+    EXPECT_THAT(folder.names(), UnorderedElementsAre("file", "second name", "link", "pipe"))
+        << "nothing in part";
 }
 
 TEST_F(PosixFileSystemTest, ReplacesWhatASymbolicLinkLeadsTo) {
@@ -244,6 +283,35 @@ TEST(ExtensionState, IsWhatTheBrowserSideWroteLast) {
     EXPECT_EQ(extension.isEnabled(), true);
     writeFile(container / "extension-state", "disabled\nenabled\n");
     EXPECT_EQ(extension.isEnabled(), false);
+}
+
+TEST_F(PosixFileSystemTest, ListsAndRemovesFilesOnly) {
+    writeFile(folder / "file", "content");
+    fs::create_directory(folder / "sub");
+    fs::create_symlink("/missing", folder / "dangling");
+    const auto found = files.list(folder.path);
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_EQ(found[0].path, folder / "file");
+    EXPECT_EQ(found[0].size, 7u);
+    EXPECT_LT(std::chrono::abs(std::chrono::system_clock::now() - found[0].modified),
+              std::chrono::hours(1));
+    EXPECT_THAT(files.list(folder / "missing"), IsEmpty());
+    for (const char* name : {"file", "sub", "missing"})
+        files.remove(folder / name);
+    EXPECT_THAT(folder.names(), UnorderedElementsAre("sub", "dangling"));
+}
+
+TEST(IconCacheFolder, IsMadeForThisUserOnlyOrNotAtAll) {
+    const QByteArray before = qgetenv("XDG_CACHE_HOME");
+    const TemporaryFolder folder;
+    qputenv("XDG_CACHE_HOME", QByteArray::fromStdString(folder / "new"));
+    for (int start = 0; start < 2; ++start)
+        EXPECT_EQ(makeIconCacheFolder(), folder / "new/tessaril/icons");
+    EXPECT_EQ(fs::status(folder / "new/tessaril/icons").permissions(), fs::perms::owner_all);
+    fs::remove(folder / "new/tessaril/icons");
+    writeFile(folder / "new/tessaril/icons", "in the way");
+    EXPECT_TRUE(makeIconCacheFolder().empty());
+    qputenv("XDG_CACHE_HOME", before);
 }
 
 TEST(SharedContainer, IsMadeForThisUserOnlyOrNotAtAll) {

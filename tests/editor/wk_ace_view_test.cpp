@@ -207,5 +207,35 @@ TEST(WKAceView, LeavesNothingBehindThatCallsIt) {
     page.answer("late");
 }
 
+TEST(WKAceView, SaysWhenItsTextIsKnown) {
+    EditedText edited("a");
+    bool isSettled = false;
+    const auto settle = [&] {
+        isSettled = false;
+        edited.view.whenSettled([&] { isSettled = true; });
+    };
+    settle();
+    EXPECT_TRUE(isSettled) << "without a page there is nothing to wait for";
+    edited.view.navigationFinished();
+    settle();
+    edited.page.answer("a");
+    EXPECT_FALSE(isSettled) << "a key may have been overtaken";
+    edited.page.report();
+    while (!isSettled && !edited.page.waiting.empty())
+        edited.page.answer("ab");
+    EXPECT_TRUE(isSettled && edited.page.waiting.empty());
+    EXPECT_EQ(edited.view.string(), "ab");
+    settle();
+    while (!edited.page.waiting.empty())
+        edited.page.fail();
+    EXPECT_TRUE(isSettled) << "what is known is all there is";
+    settle();
+    CapturedLog log;
+    edited.view.pageLost();
+    edited.page.answer("of the page that is gone");
+    EXPECT_FALSE(isSettled);
+    EXPECT_EQ(edited.view.string(), "ab");
+}
+
 } // namespace
 } // namespace tessaril

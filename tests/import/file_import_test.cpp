@@ -28,8 +28,8 @@ protected:
 
     RecordingIcons icons;
     StyleList list{store, center, dispatcher, icons};
-    FileImport importer{{files,
-                         alerts,
+    FileImport importer{files,
+                        {alerts,
                          dispatcher,
                          center,
                          store,

@@ -251,7 +251,7 @@ TEST_F(StyleListCommandsTest, whileLockedEveryCommandOnlyBeeps) {
     answer(0);
     commands.deleteContextAction(0);
     commands.setRoutes({[](auto, bool) { return true; }, [](auto) { return true; },
-                        [](const auto&) { return true; }, [](auto) {}});
+                        [](const auto&) {}, [](auto) {}});
     const auto before = store.snapshot().styles;
     list.setLockedForSync(true);
     list.setLockedForSync(true);

@@ -35,6 +35,10 @@ struct MemoryFiles : FileSystem {
         return std::make_unique<Staged>(*this, joined(pieces));
     }
 
+    bool overwrite(const std::filesystem::path& path, std::string_view bytes) override {
+        return !full && publish(path, std::string(bytes));
+    }
+
     bool keep(const std::filesystem::path& path, const std::filesystem::path& keptPath) override {
         const std::lock_guard lock(mutex);
         return !full && contents.try_emplace(keptPath, contents[path]).second;
@@ -75,7 +79,7 @@ struct MemoryFiles : FileSystem {
 
     std::map<std::filesystem::path, std::string> contents;
     std::set<std::filesystem::path> unreadable; ///< exist, but reading them fails
-    std::set<std::filesystem::path> readOnly;   ///< cannot be replaced
+    std::set<std::filesystem::path> readOnly;   ///< cannot be written
     bool full = false;                          ///< nothing can be written
     int filesWritten = 0;
     moment now; ///< when what is written is written

@@ -94,6 +94,20 @@ TEST_F(CodeEditorTest, ReportsWhatIsTypedButNotWhatIsSet) {
     EXPECT_TRUE(becomes("a\nb"));
 }
 
+TEST_F(CodeEditorTest, KnowsWhatWasTypedInTheLastInstant) {
+    std::string typed;
+    for (int round = 0; round < 60; ++round) {
+        type("xy");
+        typed += "xy";
+        bool isSettled = false;
+        view().whenSettled([&] {
+            isSettled = true;
+            EXPECT_EQ(view().string(), typed);
+        });
+        ASSERT_TRUE(eventually([&] { return isSettled; }));
+    }
+}
+
 TEST_F(CodeEditorTest, HoldsEveryTextAsItIsGiven) {
     std::string large;
     while (large.size() < 2'000'000)

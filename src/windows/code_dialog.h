@@ -1,0 +1,15 @@
+#pragma once
+
+class QDialog;
+class QDialogButtonBox;
+
+namespace tessaril {
+
+class CodeEditor;
+
+/// What dialogs around one code editor share: a useful size; the find commands wherever the focus
+/// is; F6, which leads out of the code, where the Tab key is a tab, to the buttons and back;
+/// Ctrl+W, which closes. To be called when the dialog's layout is there.
+void setUpCodeDialog(QDialog& dialog, CodeEditor& editor, QDialogButtonBox& buttons);
+
+} // namespace tessaril

@@ -1,0 +1,82 @@
+#include "windows/export_sheet.h"
+
+#include "editor/editor_configuration.h"
+#include "formats/user_css_writer.h"
+#include "model/text.h"
+#include "windows/code_dialog.h"
+#include "windows/code_editor.h"
+#include "windows/shown_text.h"
+
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QFileDialog>
+#include <QPushButton>
+#include <QShortcut>
+#include <QVBoxLayout>
+
+namespace tessaril {
+
+namespace {
+
+/// The editor's mode for the code of such a style.
+std::string modeFor(const styleContainer& style) {
+    std::string mode = lowercasedASCII(style.preprocessor);
+    return mode == "less" || mode == "stylus" ? mode : "css";
+}
+
+QString fileFilter() {
+    QStringList patterns;
+    for (const std::string_view type : exportStyleTypes)
+        patterns.append("*." + qtText(type));
+    return "User CSS files (" + patterns.join(' ') + ")";
+}
+
+} // namespace
+
+ExportSheet::ExportSheet(const styleContainer& style, exportSheetParts parts, QWidget* parent)
+    : QDialog(parent)
+    , exporter(parts.exporter)
+    , text(writeUserCSS(style))
+    , proposedName(proposedExportName(style.styleData.name))
+    , editor(std::make_unique<CodeEditor>(parts.editor.makeWebView, parts.editor.page,
+                                          parts.editor.center, undoManager)) {
+    setWindowModality(Qt::WindowModal);
+    setWindowTitle(windowTitleText("Export “" + style.styleData.name + "”"));
+    editor->setBorderType(borderType::line);
+
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+    QPushButton* save = buttons->addButton("&Save…", QDialogButtonBox::AcceptRole);
+    save->setObjectName("saveButton");
+    save->setDefault(true);
+    connect(save, &QPushButton::clicked, this, [this] { this->save(); });
+    connect(new QShortcut(QKeySequence::Save, this), &QShortcut::activated, this,
+            [this] { this->save(); });
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+
+    auto* rows = new QVBoxLayout(this);
+    rows->addWidget(editor.get(), 1);
+    rows->addWidget(buttons);
+    setUpCodeDialog(*this, *editor, *buttons);
+    save->setFocus();
+
+    configured = std::make_unique<ConfiguredEditor>(
+        editor->aceView(), parts.editor.preferences, parts.editor.center,
+        [this, mode = modeFor(style)] {
+            return editorContent{.text = text, .mode = mode, .isReadOnly = true};
+        });
+}
+
+ExportSheet::~ExportSheet() = default;
+
+void ExportSheet::save() {
+    auto* panel = new QFileDialog(this, qtText(exportStyleTitle), QDir::homePath(), fileFilter());
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    panel->setAcceptMode(QFileDialog::AcceptSave);
+    panel->setDefaultSuffix(qtText(exportStyleTypes[0]));
+    panel->selectFile(qtText(proposedName));
+    connect(panel, &QFileDialog::fileSelected, this,
+            [this](const QString& file) { exporter.write(pathOf(file), text); });
+    panel->open();
+}
+
+} // namespace tessaril

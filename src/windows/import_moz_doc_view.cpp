@@ -1,0 +1,148 @@
+#include "windows/import_moz_doc_view.h"
+
+#include "editor/editor_configuration.h"
+#include "model/text.h"
+#include "windows/code_dialog.h"
+#include "windows/code_editor.h"
+#include "windows/shadow_frame.h"
+
+#include <QCloseEvent>
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QShortcut>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include <chrono>
+#include <utility>
+
+namespace tessaril {
+
+namespace {
+
+constexpr const char* advice =
+    "Paste or type the code of a style: a User CSS file, “@-moz-document” blocks or plain CSS.";
+
+/// How long the page may take to tell its text; after that, what is known counts.
+constexpr std::chrono::seconds longestWait(3);
+
+} // namespace
+
+ImportMozDocView::ImportMozDocView(importMozDocViewParts parts, QWidget* parent)
+    : QDialog(parent)
+    , importer(parts.importer)
+    , cssEditor(std::make_unique<CodeEditor>(parts.editor.makeWebView, parts.editor.page,
+                                             parts.editor.center, undoManager)) {
+    setWindowTitle("Paste Style");
+    cssEditor->setObjectName("cssEditor");
+    cssEditor->aceView().setDelegate(this);
+
+    auto* label = new QLabel(advice);
+    label->setWordWrap(true);
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
+    importButton = buttons->addButton("&Import", QDialogButtonBox::AcceptRole);
+    importButton->setObjectName("importButton");
+    importButton->setToolTip("Import the style (Ctrl+Return)");
+    importButton->setDefault(true);
+    connect(importButton, &QPushButton::clicked, this, [this] { importClicked(); });
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter})
+        connect(new QShortcut(Qt::CTRL | key, this), &QShortcut::activated, this,
+                [this] { importClicked(); });
+    connect(buttons, &QDialogButtonBox::rejected, this, [this] { cancelClicked(); });
+
+    auto* rows = new QVBoxLayout(this);
+    rows->addWidget(label);
+    rows->addWidget(new ShadowFrame(cssEditor.get()), 1);
+    rows->addWidget(buttons);
+    setUpCodeDialog(*this, *cssEditor, *buttons);
+    showImportButton();
+    cssEditor->focusEditor();
+
+    configured = std::make_unique<ConfiguredEditor>(
+        cssEditor->aceView(), parts.editor.preferences, parts.editor.center,
+        [this] { return editorContent{.text = cssEditor->aceView().string()}; },
+        [this] {
+            if (cssEditor->isAncestorOf(focusWidget())) cssEditor->focusEditor();
+        });
+}
+
+ImportMozDocView::~ImportMozDocView() {
+    cssEditor->aceView().setDelegate(nullptr);
+}
+
+void ImportMozDocView::bringForward() {
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    show();
+    raise();
+    activateWindow();
+}
+
+void ImportMozDocView::textDidChange(const notification&) {
+    showImportButton();
+}
+
+void ImportMozDocView::showImportButton() {
+    const bool isAvailable = !isImporting && !trimmed(cssEditor->aceView().string()).empty();
+    // One that goes grey under the focus would pass it on to Cancel, for the next key press.
+    if (!isAvailable && importButton->hasFocus()) cssEditor->focusEditor();
+    importButton->setEnabled(isAvailable);
+}
+
+void ImportMozDocView::setImporting(bool importing) {
+    isImporting = importing;
+    showImportButton();
+}
+
+/// Of two that wait only the later one is called.
+void ImportMozDocView::whenTextIsKnown(std::function<void()> then) {
+    const auto once = [this, wait = ++waits, next = std::move(then)] {
+        if (wait != waits) return;
+        ++waits;
+        next();
+    };
+    QTimer::singleShot(longestWait, this, once);
+    cssEditor->aceView().whenSettled(once);
+}
+
+void ImportMozDocView::importClicked() {
+    if (isImporting) return;
+    setImporting(true);
+    whenTextIsKnown([this] { startImport(); });
+}
+
+void ImportMozDocView::startImport() {
+    const std::string& text = cssEditor->aceView().string();
+    if (!importer.canImport(text)) return setImporting(false);
+    underWay = importer.importText(text, [this](bool imported) {
+        stopImport();
+        if (imported) done(Accepted);
+    });
+}
+
+void ImportMozDocView::stopImport() {
+    ++waits;
+    underWay.reset();
+    setImporting(false);
+}
+
+void ImportMozDocView::cancelClicked() {
+    stopImport();
+    done(Rejected);
+}
+
+void ImportMozDocView::reject() {
+    if (isImporting) return stopImport();
+    whenTextIsKnown([this] {
+        if (importer.mayDiscard(cssEditor->aceView().string())) done(Rejected);
+    });
+}
+
+void ImportMozDocView::closeEvent(QCloseEvent* event) {
+    stopImport();
+    // Now or never: the application may be waiting to quit.
+    if (isVisible() && !importer.mayDiscard(cssEditor->aceView().string())) return event->ignore();
+    done(Rejected);
+}
+
+} // namespace tessaril

@@ -1,0 +1,62 @@
+#include "windows/other_windows.h"
+
+#include "windows/editor_preview.h"
+#include "windows/export_sheet.h"
+#include "windows/import_moz_doc_view.h"
+#include "windows/preferences_window.h"
+
+namespace tessaril {
+
+namespace {
+
+/// The one window of its kind: the open one, or a new one. One that was closed this moment has yet
+/// to go.
+template <typename Window, typename Make>
+void bringForward(QPointer<Window>& window, Make make) {
+    if (window && !window->isVisible()) delete window;
+    if (!window) {
+        window = make();
+        window->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    window->bringForward();
+}
+
+} // namespace
+
+OtherWindows::OtherWindows(Application& ownApplication, WebViewFactory makeWebView,
+                           std::filesystem::path editorPage)
+    : application(ownApplication)
+    , editor{.makeWebView = std::move(makeWebView),
+             .page = std::move(editorPage),
+             .preferences = application.preferences(),
+             .center = application.notificationCenter()} {}
+
+OtherWindows::~OtherWindows() = default;
+
+void OtherWindows::openPreferences(QWidget& mainWindow) {
+    bringForward(preferences, [&] {
+        return new PreferencesWindow(
+            {.center = application.notificationCenter(),
+             .general = {.controls = application.preferenceControls(),
+                         .cloud = application.cloudSwitch(),
+                         .database = application.databaseCommands()},
+             .makePreview = [this](QWidget* pane) { return new EditorPreview(editor, pane); }},
+            &mainWindow);
+    });
+}
+
+void OtherWindows::openPasteWindow(QWidget& mainWindow) {
+    bringForward(pasteWindow, [&] {
+        return new ImportMozDocView({.editor = editor, .importer = application.pasteImport()},
+                                    &mainWindow);
+    });
+}
+
+void OtherWindows::openExportSheet(const styleContainer& style, QWidget& mainWindow) {
+    auto* sheet = new ExportSheet(style, {.editor = editor, .exporter = application.styleExport()},
+                                  &mainWindow);
+    sheet->setAttribute(Qt::WA_DeleteOnClose);
+    sheet->open();
+}
+
+} // namespace tessaril

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "app/application.h"
+#include "platform/web_view_factory.h"
+#include "windows/editor_parts.h"
+
+#include <QPointer>
+
+#include <filesystem>
+
+class QWidget;
+
+namespace tessaril {
+
+class ImportMozDocView;
+class PreferencesWindow;
+
+/// The windows that the main window opens. Each is made when it is asked for, over the main window,
+/// and goes when it is closed; of those that there is one of, the open one comes forward instead.
+class OtherWindows {
+public:
+    /// `application` must live longer.
+    /// - editorPage: an absolute path
+    OtherWindows(Application& application, WebViewFactory makeWebView,
+                 std::filesystem::path editorPage);
+    ~OtherWindows();
+    OtherWindows(const OtherWindows&) = delete;
+    OtherWindows& operator=(const OtherWindows&) = delete;
+
+    void openPreferences(QWidget& mainWindow);
+    void openPasteWindow(QWidget& mainWindow);
+    void openExportSheet(const styleContainer& style, QWidget& mainWindow);
+
+private:
+    Application& application;
+    editorParts editor;
+    QPointer<PreferencesWindow> preferences;
+    QPointer<ImportMozDocView> pasteWindow;
+};
+
+} // namespace tessaril

@@ -1,0 +1,236 @@
+#include "formats/user_css_writer.h"
+#include "preferences/preferences.h"
+#include "support/event_loop.h"
+#include "support/running_web_engine.h"
+#include "support/store_machine.h"
+#include "windows/code_editor.h"
+#include "windows/export_sheet.h"
+#include "windows/import_moz_doc_view.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QPushButton>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tessaril {
+namespace {
+
+using namespace testing;
+using ::testing::ElementsAre, ::testing::HasSubstr, ::testing::IsEmpty;
+
+/// A dialog with code, used by its keys as a person does.
+class CodeWindowTest : public ::testing::Test, protected StoreMachine<> {
+protected:
+    CodeWindowTest() { registerPreferenceDefaults(settings, shared, 1, false); }
+
+    editorParts parts() {
+        return {[this](QWidget* parent) { return web = runningWebEngine().makeView(parent); },
+                TESSARIL_RESOURCES "/Ace/index.html", settings, center};
+    }
+
+    /// Until its page is there.
+    void show(QDialog& dialog) {
+        dialog.show();
+        dialog.activateWindow(); // no window manager does it
+        ASSERT_TRUE(eventually([&] { return dialog.isActiveWindow(); }));
+        ASSERT_TRUE(eventually([&] {
+            return isInPage("editor.getOption('theme') !== undefined"
+                            "&& reportChanges");
+        }));
+    }
+    bool isInPage(std::string_view condition) {
+        return evaluated(web, "typeof reportChanges !== 'undefined' && (" + std::string(condition) +
+                                  ")") == scriptValue(true);
+    }
+    std::string textInPage() { return std::get<std::string>(*evaluated(web, "editor.getValue()")); }
+    static void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+    }
+    static void type(const char* text) { QTest::keyClicks(QApplication::focusWidget(), text); }
+
+    MemoryPreferences settingsStore, sharedStore;
+    Preferences settings{settingsStore}, shared{sharedStore};
+    shownWebView web;
+};
+
+class PasteWindowTest : public CodeWindowTest {
+protected:
+    PasteWindowTest() {
+        show(window);
+        EXPECT_TRUE(eventually([&] { return isInPage("editor.isFocused()"); }))
+            << "the focus starts in the code";
+    }
+
+    QPushButton& button() { return *window.findChild<QPushButton*>("importButton"); }
+    std::string code() {
+        const liveDatabase live = store.snapshot();
+        return live.styles.empty() ? "" : live.styles.back()->styleData.sections.at(0).code;
+    }
+    /// The import has reached the background.
+    [[nodiscard]] bool isUnderWay() {
+        return eventually([&] { return !dispatcher.backgroundTasks.empty(); });
+    }
+
+    StyleList list{store, center, dispatcher, alerts};
+    PasteImport importer{{alerts,
+                          dispatcher,
+                          center,
+                          store,
+                          list,
+                          {[this] { return store.generateUniqueID(); }, compile}}};
+    ImportMozDocView window{{parts(), importer}, nullptr};
+};
+
+TEST_F(PasteWindowTest, ImportsWhatWasTypedInTheLastInstant) {
+    EXPECT_FALSE(button().isEnabled());
+    type("first");
+    EXPECT_TRUE(eventually([&] { return button().isEnabled(); }));
+    press(Qt::Key_Return); // a line break, not the default button
+    type("last");
+    press(Qt::Key_Return, Qt::ControlModifier);
+    ASSERT_TRUE(isUnderWay());
+    EXPECT_FALSE(button().isEnabled());
+    dispatcher.runAll();
+    EXPECT_EQ(code(), "first\nlast");
+    EXPECT_FALSE(window.isVisible());
+    EXPECT_THAT(alerts.questions, IsEmpty());
+}
+
+TEST_F(PasteWindowTest, KeepsATextThatHoldsNoStyle) {
+    evaluated(web, "editor.setValue('@-moz-document {'); 1");
+    ASSERT_TRUE(eventually([&] { return button().isEnabled(); }));
+    press(Qt::Key_F6);
+    EXPECT_TRUE(button().hasFocus());
+    press(Qt::Key_Space);
+    ASSERT_TRUE(isUnderWay());
+    dispatcher.runAll();
+    ASSERT_EQ(alerts.alerts.size(), 1U);
+    EXPECT_EQ(alerts.alerts[0].title, "Invalid Style");
+    EXPECT_TRUE(window.isVisible() && button().isEnabled());
+    EXPECT_EQ(textInPage(), "@-moz-document {");
+    EXPECT_FALSE(button().hasFocus()) << "nor has Cancel";
+    EXPECT_TRUE(eventually([&] { return isInPage("editor.isFocused()"); }));
+}
+
+TEST_F(PasteWindowTest, LosesNoTextByEscapeAndAddsNothingOnceStopped) {
+    type("text");
+    press(Qt::Key_Return, Qt::ControlModifier);
+    ASSERT_TRUE(isUnderWay());
+    press(Qt::Key_Escape); // stops the import
+    ASSERT_TRUE(eventually([&] { return button().isEnabled(); }));
+    dispatcher.runAll();
+    EXPECT_EQ(code(), "");
+
+    evaluated(web, "editor.execCommand('startAutocomplete'); 1");
+    ASSERT_TRUE(eventually([&] { return isInPage("!!editor.completer?.popup?.isOpen"); }));
+    press(Qt::Key_Escape);
+    ASSERT_TRUE(eventually([&] { return isInPage("!editor.completer.popup.isOpen"); }));
+    EXPECT_THAT(alerts.questions, IsEmpty());
+
+    alerts.answers = {{0}, {0}, {1}};
+    press(Qt::Key_Escape);
+    ASSERT_TRUE(eventually([&] { return alerts.questions.size() == 1; }));
+    EXPECT_FALSE(window.close());
+    EXPECT_TRUE(window.isVisible());
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(eventually([&] { return !window.isVisible(); }));
+    EXPECT_EQ(alerts.questions.size(), 3U);
+}
+
+TEST_F(PasteWindowTest, CancelAsksNothingAndEndsTheImport) {
+    type("text");
+    ASSERT_TRUE(eventually([&] { return button().isEnabled(); }));
+    button().click();
+    ASSERT_TRUE(isUnderWay());
+    QTest::keyClick(&window, Qt::Key_C, Qt::AltModifier);
+    EXPECT_FALSE(window.isVisible());
+    dispatcher.runAll();
+    EXPECT_EQ(code(), "");
+    EXPECT_THAT(alerts.questions, IsEmpty());
+}
+
+class ExportSheetTest : public CodeWindowTest {
+protected:
+    ExportSheetTest() {
+        style.preprocessor = "Less";
+        desk.show();
+    }
+
+    /// Types the name into the save panel, which is open.
+    void saveAs(QWidget& sheet, const QString& name) {
+        auto* panel = sheet.findChild<QFileDialog*>();
+        ASSERT_TRUE(panel);
+        EXPECT_EQ(panel->windowTitle(), "Export User CSS File");
+        auto* field = panel->findChild<QLineEdit*>("fileNameEdit");
+        EXPECT_EQ(field->text(), "Dark-light.user.css");
+        field->setText(name);
+        QMetaObject::invokeMethod(panel, "accept");
+        EXPECT_TRUE(eventually([&] { return !sheet.findChild<QFileDialog*>(); }));
+        dispatcher.runAll();
+    }
+
+    QWidget desk;
+    styleContainer style = namedStyle("Dark/light", 1);
+    StyleExport exporter{files, alerts, dispatcher};
+};
+
+TEST_F(ExportSheetTest, ShowsAndSavesTheText) {
+    ExportSheet sheet(style, {parts(), exporter}, &desk);
+    show(sheet);
+    EXPECT_EQ(sheet.windowModality(), Qt::WindowModal);
+    EXPECT_EQ(textInPage(), writeUserCSS(style));
+    EXPECT_TRUE(isInPage("editor.session.getMode().$id === 'ace/mode/less'"));
+
+    press(Qt::Key_F6); // from the Save button into the code
+    EXPECT_TRUE(eventually([&] { return isInPage("editor.isFocused()"); }));
+    type("x");
+    EXPECT_EQ(textInPage(), writeUserCSS(style)) << "read-only";
+    press(Qt::Key_S, Qt::ControlModifier);
+    saveAs(sheet, "typed");
+    ASSERT_EQ(files.contents.size(), 1U);
+    EXPECT_EQ(files.contents.begin()->first.filename(), "typed.user.css");
+    EXPECT_EQ(files.contents.begin()->second, writeUserCSS(style));
+
+    files.full = true;
+    sheet.findChild<QPushButton*>("saveButton")->click();
+    saveAs(sheet, "/missing/a.css");
+    EXPECT_THAT(alerts.alerts, ElementsAre(RecordingAlerts::shown{
+                                   "Error Saving File", "An error occurred while saving."}));
+    EXPECT_TRUE(sheet.isVisible());
+}
+
+TEST_F(ExportSheetTest, FindsFromAnywhereAndClosesByItsKeys) {
+    ExportSheet sheet(style, {parts(), exporter}, &desk);
+    show(sheet);
+    ASSERT_TRUE(sheet.findChild<QPushButton*>("saveButton")->hasFocus());
+    press(Qt::Key_F, Qt::ControlModifier);
+    type("color");
+    EXPECT_TRUE(eventually([&] { return isInPage("editor.getSelectedText() === 'color'"); }));
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(sheet.isVisible());
+    EXPECT_TRUE(eventually([&] { return isInPage("editor.isFocused()"); }));
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(eventually([&] { return !sheet.isVisible(); }));
+    sheet.show();
+    sheet.activateWindow();
+    ASSERT_TRUE(eventually([&] { return sheet.isActiveWindow(); }));
+    press(Qt::Key_W, Qt::ControlModifier);
+    EXPECT_FALSE(sheet.isVisible());
+}
+
+TEST_F(ExportSheetTest, SavesWithoutABrowserEngine) {
+    editorParts none = parts();
+    none.makeWebView = {};
+    ExportSheet sheet(style, {none, exporter}, &desk);
+    sheet.show();
+    sheet.findChild<QPushButton*>("saveButton")->click();
+    saveAs(sheet, "a.css");
+    ASSERT_EQ(files.contents.size(), 1U);
+    EXPECT_EQ(files.contents.begin()->second, writeUserCSS(style));
+}
+
+} // namespace
+} // namespace tessaril
