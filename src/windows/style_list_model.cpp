@@ -102,6 +102,7 @@ void StyleListModel::setFilter(const QString& text) {
     filter = std::move(wanted);
     applyFilter();
     endResetModel();
+    emit filterTurned();
 }
 
 void StyleListModel::applyFilter() {

@@ -51,6 +51,7 @@ signals:
     /// A row is wanted that the filter hides; to be answered by `setFilter`.
     void hiddenRowWanted();
     void lockTurned();
+    void filterTurned();
 
 private:
     /// Keeps the icon, so that no other one takes its address.

@@ -69,6 +69,12 @@ StyleListView::StyleListView(StyleList& styleList, StyleListCommands& listComman
         selectOnly(position);
         scrollTo(rows.index(position));
     });
+    connect(&rows, &StyleListModel::filterTurned, this, [this] {
+        if (selectionModel()->isSelected(currentIndex()))
+            scrollTo(currentIndex());
+        else
+            scrollToTop();
+    });
     connect(&rows, &StyleListModel::lockTurned, viewport(), qOverload<>(&QWidget::update));
 
     onScreenTimer.setSingleShot(true);
