@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <deque>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -124,7 +125,7 @@ private:
     void readChange();
     void readText(bool mayBeKnown);
     void textRead(const std::string* text, std::uint64_t began, bool mayBeKnown);
-    void settleAgain(int times, std::function<void()> settled);
+    void inputWasHandled();
     void forgetReads();
     UndoManager::Token registerTextUndo(const std::string& name, std::shared_ptr<std::string> text);
     void restore(const std::string& name, const std::string& text);
@@ -150,11 +151,12 @@ private:
     int lossesInARow = 0;
     std::chrono::steady_clock::time_point lastLoss;
     setting newest = setting::done;
-    std::uint64_t generation = 0;                ///< counts the texts that were set
-    std::uint64_t changeReports = 0;             ///< counts the changes that the page reported
-    std::vector<std::function<void()>> settling; ///< who waits for the reads under way
-    int readsUnderWay = 0;                       ///< of the text after a change, in this page
-    std::uint64_t pageNumber = 0;                ///< counts the pages that were there
+    std::uint64_t generation = 0;                    ///< counts the texts that were set
+    std::uint64_t changeReports = 0;                 ///< counts the changes that the page reported
+    std::deque<std::function<void()>> awaitingInput; ///< who waits for the page to have all keys
+    std::vector<std::function<void()>> settling;     ///< who waits for the reads under way
+    int readsUnderWay = 0;                           ///< of the text after a change, in this page
+    std::uint64_t pageNumber = 0;                    ///< counts the pages that were there
     /// What the newest undo action holds, and which of the texts that is.
     std::shared_ptr<std::string> replacedText;
     std::uint64_t replacedGeneration = 0;
