@@ -59,3 +59,9 @@ editor.commands.removeCommands([
 editor.on("change", () => {
     if (reportChanges) messageHandlers.callback.postMessage("stringChanged");
 });
+
+// The engine hands other keys on that the page leaves, but not this one.
+addEventListener("keydown", (event) => {
+    if (event.key === "Escape" && !event.defaultPrevented && !event.isComposing)
+        messageHandlers.callback.postMessage("escape");
+});

@@ -16,6 +16,7 @@ namespace {
 constexpr std::string_view messageHandler = "callback";
 constexpr std::string_view changeMessage = "stringChanged";
 constexpr std::string_view inputMessage = "inputHandled";
+constexpr std::string_view escapeMessage = "escape";
 constexpr const char* beautifyName = "Beautify";
 constexpr std::string_view beautifyStatement =
     "css_beautify(editor.getValue(), {indent_with_tabs: true, preserve_newlines: true, "
@@ -137,6 +138,7 @@ void WKAceView::messageReceived(std::string_view handler, const scriptValue& bod
     const auto* message = std::get_if<std::string>(&body);
     if (handler != messageHandler || !message) return;
     if (*message == inputMessage) return inputWasHandled();
+    if (*message == escapeMessage && onEscape) return onEscape();
     if (*message != changeMessage) return;
     // The page shows another text than the one that was set: a host that stored it would mix two.
     if (newest == setting::failed) return;

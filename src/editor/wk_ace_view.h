@@ -54,6 +54,9 @@ public:
     /// Called when the page's process has ended too often to try again.
     void setOnGivenUp(std::function<void()> givenUp) { onGivenUp = std::move(givenUp); }
 
+    /// Called when Escape was pressed in the page and closed nothing there.
+    void setOnEscape(std::function<void()> escape) { onEscape = std::move(escape); }
+
     /// Nothing to stop telling.
     void setDelegate(WKAceViewDelegate* newDelegate) { delegate = newDelegate; }
 
@@ -145,6 +148,7 @@ private:
     std::function<void()> layOut;
     std::function<void()> onReady;
     std::function<void()> onGivenUp;
+    std::function<void()> onEscape;
 
     std::filesystem::path page;
     bool pageIsReady = false;

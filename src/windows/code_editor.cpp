@@ -3,6 +3,8 @@
 #include "windows/find_bar.h"
 
 #include <QAction>
+#include <QApplication>
+#include <QKeyEvent>
 #include <QLabel>
 
 namespace tessaril {
@@ -61,6 +63,10 @@ CodeEditor::CodeEditor(const WebViewFactory& makeWebView, const std::filesystem:
         layOut();
     });
     bridge->setOnGivenUp([this] { showNotice(stoppedText); });
+    bridge->setOnEscape([this] {
+        QKeyEvent press(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+        QApplication::sendEvent(this, &press); // for whoever contains the editor
+    });
     bridge->load(page);
 }
 
