@@ -42,7 +42,7 @@ ExportSheet::ExportSheet(const styleContainer& style, exportSheetParts parts, QW
                                           parts.editor.center, undoManager)) {
     setWindowModality(Qt::WindowModal);
     setWindowTitle(windowTitleText("Export “" + style.styleData.name + "”"));
-    editor->setBorderType(borderType::line);
+    editor->setBorderType(borderType::bezel);
 
     auto* buttons = new QDialogButtonBox;
     QPushButton* save = buttons->addButton("&Save…", QDialogButtonBox::AcceptRole);

@@ -146,7 +146,7 @@ TEST_F(PasteWindowTest, CancelAsksNothingAndEndsTheImport) {
     ASSERT_TRUE(eventually([&] { return button().isEnabled(); }));
     button().click();
     ASSERT_TRUE(isUnderWay());
-    QTest::keyClick(&window, Qt::Key_C, Qt::AltModifier);
+    window.findChild<QPushButton*>("cancelButton")->click();
     EXPECT_FALSE(window.isVisible());
     dispatcher.runAll();
     EXPECT_EQ(code(), "");
