@@ -42,7 +42,7 @@ ImportMozDocView::ImportMozDocView(importMozDocViewParts parts, QWidget* parent)
     label->setWordWrap(true);
     auto* buttons = new QDialogButtonBox;
     importButton = buttons->addButton("&Import", QDialogButtonBox::AcceptRole);
-    buttons->addButton("&Cancel", QDialogButtonBox::RejectRole)->setObjectName("cancelButton");
+    buttons->addButton("&Cancel", QDialogButtonBox::RejectRole);
     importButton->setObjectName("importButton");
     importButton->setToolTip("Import the style (Ctrl+Return)");
     connect(importButton, &QPushButton::clicked, this, [this] { importClicked(); });
