@@ -64,8 +64,12 @@ CodeEditor::CodeEditor(const WebViewFactory& makeWebView, const std::filesystem:
     });
     bridge->setOnGivenUp([this] { showNotice(stoppedText); });
     bridge->setOnEscape([this] {
-        QKeyEvent press(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
-        QApplication::sendEvent(this, &press); // for whoever contains the editor
+        // For whoever contains the editor; later, as that may ask a question.
+        const auto press = [this] {
+            QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+            QApplication::sendEvent(this, &escape);
+        };
+        QMetaObject::invokeMethod(this, press, Qt::QueuedConnection);
     });
     bridge->load(page);
 }

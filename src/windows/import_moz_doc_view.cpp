@@ -102,7 +102,9 @@ void ImportMozDocView::whenTextIsKnown(std::function<void()> then) {
         next();
     };
     QTimer::singleShot(longestWait, this, once);
-    cssEditor->aceView().whenSettled(once);
+    // Later: who asks a question from within the engine's answer stops the engine.
+    cssEditor->aceView().whenSettled(
+        [this, once] { QMetaObject::invokeMethod(this, once, Qt::QueuedConnection); });
 }
 
 void ImportMozDocView::importClicked() {
