@@ -29,7 +29,7 @@ QPixmap dragPicture(const QWidget& list, const QString& name, std::size_t count)
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setFont(list.font());
-    painter.setPen(list.palette().color(QPalette::Mid));
+    painter.setPen(list.palette().color(QPalette::PlaceholderText));
     painter.setBrush(list.palette().color(QPalette::Base));
     painter.drawRoundedRect(QRectF(0.5, 0.5, width - 1, height - 1), 6, 6);
     paintDroplet(painter, QRectF(padding, (height - iconSize) / 2.0, iconSize, iconSize));

@@ -49,9 +49,9 @@ MainWindow::MainWindow(mainWindowCommands windowCommands)
     , styleList(new StyleListView(commands.list, commands.listCommands, *model))
     , listActions(
           new StyleListActions(commands.list, commands.listCommands, *styleList, commands.listUndo))
-    , newAction(new QAction("New Style…", this))
-    , importAction(new QAction("Import User CSS File…", this))
-    , pasteAction(new QAction("Paste Style…", this))
+    , newAction(new QAction("&New Style…", this))
+    , importAction(new QAction("&Import User CSS File…", this))
+    , pasteAction(new QAction("&Paste Style…", this))
     , pages(new QStackedWidget) {
     setWindowTitle("Tessaril");
     setAcceptDrops(true);
@@ -161,8 +161,8 @@ void MainWindow::showPage() {
     QWidget* wanted = pages->widget(!hasStyles ? 1 : model->rowCount() == 0 ? 2 : 0);
     if (wanted == pages->currentWidget()) return;
     // The filter keeps the focus, unless there is nothing left to filter.
-    const bool movesFocus = !focusWidget() || !hasStyles ||
-                            pages->currentWidget()->isAncestorOf(focusWidget());
+    const bool movesFocus =
+        !focusWidget() || !hasStyles || pages->currentWidget()->isAncestorOf(focusWidget());
     pages->setCurrentWidget(wanted);
     if (movesFocus) wanted->setFocus();
 }

@@ -35,7 +35,7 @@ StyleListActions::StyleListActions(const StyleList& styleList, StyleListCommands
     , redo(make("&Redo", [this] { redoClicked(); }))
     , rename(makeWithKeys("Re&name", {Qt::Key_F2},
                           [this] { view.rename(view.selectedRows().front()); }))
-    , duplicate(makeWithKeys("D&uplicate", {Qt::CTRL | Qt::Key_D}, [this] { duplicateClicked(); }))
+    , duplicate(makeWithKeys("Dupli&cate", {Qt::CTRL | Qt::Key_D}, [this] { duplicateClicked(); }))
     , deleteSelected(makeWithKeys("&Delete", {QKeySequence::Delete}, [this] { deleteClicked(); }))
     , deleteContext(make("&Delete", [this] { deleteContextClicked(); }))
     , selectAll(
@@ -44,7 +44,7 @@ StyleListActions::StyleListActions(const StyleList& styleList, StyleListCommands
                         [this] { commands.openSelected(view.selectedRows()); }))
     , properties(makeWithKeys("&Properties", {Qt::ALT | Qt::Key_Return, Qt::ALT | Qt::Key_Enter},
                               [this] { commands.openProperties(view.selectedRows().front()); }))
-    , update(make("Check for &Update",
+    , update(make("Check for Upda&te",
                   [this] { commands.updateIndividualClicked(view.selectedRows().front()); }))
     , exportStyle(
           make("E&xport Style…", [this] { commands.exportStyle(view.selectedRows().front()); }))
@@ -64,14 +64,14 @@ StyleListActions::StyleListActions(const StyleList& styleList, StyleListCommands
     deleteContext->setShortcut(QKeySequence::Delete);
     makeContextMenu();
 
-    // What the selection allows is known at once, for the keys; the rest follows soon.
-    connect(&view, &StyleListView::selectionTurned, this, [this] { refresh(); });
+    // Once for many changes in a row.
     refreshTimer.setSingleShot(true);
     connect(&refreshTimer, &QTimer::timeout, this, [this] { refresh(); });
     const auto refreshSoon = [this] {
         if (!refreshTimer.isActive()) refreshTimer.start();
     };
     const QAbstractItemModel* model = view.model();
+    connect(&view, &StyleListView::selectionTurned, this, refreshSoon);
     connect(model, &QAbstractItemModel::modelReset, this, refreshSoon);
     connect(model, &QAbstractItemModel::rowsInserted, this, refreshSoon);
     connect(model, &QAbstractItemModel::rowsRemoved, this, refreshSoon);
@@ -152,8 +152,8 @@ void StyleListActions::refresh() {
     disable->setEnabled(std::ranges::any_of(rows, isEnabled));
     for (QAction* action : {enableAll, disableAll})
         action->setEnabled(!styles.empty());
-    moveUp->setEnabled(view.canMove(direction::up));
-    moveDown->setEnabled(view.canMove(direction::down));
+    moveUp->setEnabled(view.canMove(rows, direction::up));
+    moveDown->setEnabled(view.canMove(rows, direction::down));
     refreshEditActions();
 }
 

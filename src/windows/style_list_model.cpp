@@ -179,21 +179,21 @@ void StyleListModel::insertShown(std::size_t first, std::size_t last) {
 }
 
 void StyleListModel::removeShown(std::size_t first, std::size_t last) {
-    std::erase_if(shown, [&](std::size_t row) { return row >= first && row <= last; });
-    std::for_each(shown.begin() + firstPositionFrom(first), shown.end(),
-                  [&](std::size_t& row) { row -= last - first + 1; });
+    const auto behind = shown.erase(shown.begin() + firstPositionFrom(first),
+                                    shown.begin() + firstPositionFrom(last + 1));
+    std::for_each(behind, shown.end(), [&](std::size_t& row) { row -= last - first + 1; });
 }
 
 void StyleListModel::moveShown(std::size_t from, std::size_t to) {
-    for (std::size_t& row : shown) {
+    const auto begin = shown.begin() + firstPositionFrom(std::min(from, to));
+    const auto end = shown.begin() + firstPositionFrom(std::max(from, to) + 1);
+    std::for_each(begin, end, [&](std::size_t& row) {
         if (row == from)
             row = to;
-        else if (from < to && row > from && row <= to)
-            --row;
-        else if (to < from && row >= to && row < from)
-            ++row;
-    }
-    std::ranges::sort(shown);
+        else
+            row = from < to ? row - 1 : row + 1;
+    });
+    std::sort(begin, end);
 }
 
 void StyleListModel::rowChanged(std::size_t row) {

@@ -107,11 +107,8 @@ void StyleListView::keep() {
             kept.selected.insert(idAt(position));
     if (const QModelIndex current = currentIndex(); current.isValid()) {
         kept.current = idAt(current.row());
-        const auto* editor = qobject_cast<QLineEdit*>(indexWidget(current));
-        if (editor && editor->isModified()) {
-            kept.renamed = kept.current;
+        if (const auto* editor = qobject_cast<QLineEdit*>(indexWidget(current)))
             kept.typedName = editor->text();
-        }
     }
 }
 
@@ -133,12 +130,12 @@ void StyleListView::restore() {
         selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
     selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
     emit selectionTurned();
-    if (!kept.renamed || !current.isValid()) return;
+    if (!kept.typedName || !current.isValid()) return;
     edit(current);
-    if (auto* editor = qobject_cast<QLineEdit*>(indexWidget(current))) {
-        editor->setText(kept.typedName);
-        editor->setModified(true);
-    }
+    auto* editor = qobject_cast<QLineEdit*>(indexWidget(current));
+    if (!editor || editor->text() == kept.typedName) return;
+    editor->setText(*kept.typedName);
+    editor->setModified(true);
 }
 
 // Commands
@@ -165,19 +162,18 @@ void StyleListView::toggleSelected() {
         commands.enableSelected(selected);
 }
 
-bool StyleListView::canMove(direction where) const {
-    const std::vector<std::size_t> selected = selectedRows();
-    if (selected.empty() || rows.isFiltered()) return false;
+bool StyleListView::canMove(const std::vector<std::size_t>& moved, direction where) const {
+    if (moved.empty() || rows.isFiltered()) return false;
     // Rows that don't stand together are brought together by a move, also at the end.
-    const bool areTogether = selected.back() - selected.front() + 1 == selected.size();
-    const bool areAtEnd = where == direction::up ? selected.front() == 0
-                                                 : selected.back() + 1 == list.styles().size();
+    const bool areTogether = moved.back() - moved.front() + 1 == moved.size();
+    const bool areAtEnd =
+        where == direction::up ? moved.front() == 0 : moved.back() + 1 == list.styles().size();
     return !(areTogether && areAtEnd);
 }
 
 void StyleListView::moveSelected(direction where) {
-    if (!canMove(where)) return;
     const std::vector<std::size_t> selected = selectedRows();
+    if (!canMove(selected, where)) return;
     if (where == direction::up)
         moveTo(selected, selected.front() - std::min<std::size_t>(selected.front(), 1));
     else
@@ -186,6 +182,9 @@ void StyleListView::moveSelected(direction where) {
 }
 
 void StyleListView::moveTo(const std::vector<std::size_t>& moved, std::size_t row) {
+    // Nothing is saved for rows that are there already.
+    const bool areTogether = moved.back() - moved.front() + 1 == moved.size();
+    if (areTogether && row >= moved.front() && row <= moved.back() + 1) return;
     commands.dropRows(moved, row);
 }
 

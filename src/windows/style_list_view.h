@@ -36,9 +36,10 @@ public:
     /// Enables the selected styles, or disables them where all are enabled.
     void toggleSelected();
 
-    /// Moves the selected rows up or down by one.
     enum class direction { up, down };
-    bool canMove(direction where) const;
+    /// - rows: ascending
+    bool canMove(const std::vector<std::size_t>& rows, direction where) const;
+    /// Moves the selected rows by one.
     void moveSelected(direction where);
 
     /// Gives the list the focus and selects a row if there is none.
@@ -75,8 +76,7 @@ private:
     struct keptState {
         std::unordered_set<std::int64_t> selected;
         std::optional<std::int64_t> current;
-        std::optional<std::int64_t> renamed;
-        QString typedName;
+        std::optional<QString> typedName; ///< while the current row's name is edited
     };
     /// A place in the list that reacts to the mouse.
     struct target {

@@ -123,6 +123,11 @@ void paintSpinner(QPainter& painter, const QRect& button, qreal angle, const QCo
     painter.restore();
 }
 
+bool isBeingEdited(const QStyleOptionViewItem& option, const QModelIndex& index) {
+    const auto* view = qobject_cast<const QAbstractItemView*>(option.widget);
+    return view && view->indexWidget(index);
+}
+
 bool isChecking(const QModelIndex& index) {
     return index.data(StyleListModel::updateStatusRole) == QString("checking");
 }
@@ -213,7 +218,8 @@ void StyleRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
 
     const QRect name = nameRect(option, index);
     const QFont smaller = secondFont(option.font);
-    paintLine(*painter, name, option.font, colors.name, index.data(Qt::DisplayRole).toString());
+    if (!isBeingEdited(option, index))
+        paintLine(*painter, name, option.font, colors.name, index.data(Qt::DisplayRole).toString());
     const QRect second(name.left(), name.bottom() + 1 + lineGap, name.width(),
                        QFontMetrics(smaller).height());
     const qint64 id = index.data(StyleListModel::idRole).toLongLong();
@@ -305,11 +311,10 @@ void StyleRowDelegate::setModelData(QWidget* editor, QAbstractItemModel*,
 
 void StyleRowDelegate::updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
                                             const QModelIndex& index) const {
-    QRect place = nameRect(option, index);
-    const int height = std::max(place.height() + 2 * editorPadding, editor->sizeHint().height());
-    place.setHeight(std::min(height, option.rect.height()));
-    place.moveCenter({place.center().x(), option.rect.center().y()});
-    editor->setGeometry(place.adjusted(-editorPadding, 0, editorPadding, 0));
+    // A little above the name, so that the second line stays in sight.
+    editor->setGeometry(nameRect(option, index)
+                            .adjusted(-editorPadding, -editorPadding - lineGap, editorPadding,
+                                      editorPadding - lineGap));
 }
 
 bool StyleRowDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view,

@@ -73,6 +73,7 @@ protected:
         for (const int position : positions)
             QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::ControlModifier,
                               rowRect(position).center());
+        QCoreApplication::processEvents(); // what can be done follows the selection
     }
     void key(Qt::Key key, Qt::KeyboardModifiers with = {}) {
         QTest::keyClick(QApplication::focusWidget(), key, with);
@@ -236,6 +237,206 @@ TEST_F(StyleListWindowTest, DragsRowsToBetweenOthers) {
     drag(0, {rowRect(2).center().x(), rowRect(2).bottom() - 2});
     EXPECT_THAT(stored(), ElementsAre("C", "A", "B", "D", "E"));
     EXPECT_THAT(selected(), ElementsAre("A", "B"));
+}
+
+TEST_F(StyleListWindowTest, CommandsActOnWhatTheFilterShows) {
+    show(3);
+    styleContainer night = namedStyle("Night", 10);
+    night.styleData.sections.front().domains = {"forum.example"};
+    application.store().insertStyle(std::make_shared<const styleContainer>(night), 1);
+    application.styleList().refreshTable();
+    select({1, 2});
+    key(Qt::Key_F, Qt::ControlModifier);
+    type("Forum.");
+    EXPECT_THAT(shown(), ElementsAre("Night"));
+    EXPECT_THAT(selected(), ElementsAre("Night"));
+    key(Qt::Key_Down);
+    ASSERT_TRUE(view.hasFocus());
+    key(Qt::Key_Space);
+    EXPECT_FALSE(isEnabled(10));
+    EXPECT_TRUE(isEnabled(1) && isEnabled(2));
+    EXPECT_FALSE(menuAction("Move Up")->isEnabled());
+    EXPECT_FALSE(view.model()->flags(view.model()->index(0, 0)) & Qt::ItemIsDragEnabled);
+    key(Qt::Key_Down, Qt::AltModifier);
+    key(Qt::Key_D, Qt::ControlModifier);
+    EXPECT_THAT(shown(), ElementsAre("Night", "Copy of Night"));
+    EXPECT_THAT(stored(), ElementsAre("A", "Night", "B", "C", "Copy of Night"));
+    key(Qt::Key_A, Qt::ControlModifier);
+    answer(0);
+    key(Qt::Key_Delete);
+    EXPECT_THAT(stored(), ElementsAre("A", "B", "C"));
+
+    auto& showAll = *window.findChild<QPushButton*>("showAllButton");
+    EXPECT_TRUE(showAll.isVisible());
+    key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_THAT(shown(), ElementsAre("Night", "Copy of Night"));
+    filter.setText("nowhere");
+    QTest::mouseClick(&showAll, Qt::LeftButton);
+    EXPECT_EQ(shown(), stored());
+    EXPECT_TRUE(view.hasFocus() && filter.text().isEmpty());
+}
+
+TEST_F(StyleListWindowTest, ANewRowThatTheFilterHidesEndsIt) {
+    show(3);
+    filter.setText("b");
+    EXPECT_THAT(shown(), ElementsAre("B"));
+    application.store().appendStyle(namedStyle("New", 10));
+    application.notificationCenter().post(notifications::addLatestStyle);
+    EXPECT_THAT(shown(), ElementsAre("A", "B", "C", "New"));
+    EXPECT_THAT(selected(), ElementsAre("New"));
+    filter.setFocus();
+    type("a");
+    key(Qt::Key_Escape);
+    EXPECT_THAT(shown(), ElementsAre("A", "B", "C", "New"));
+    EXPECT_TRUE(view.hasFocus());
+}
+
+TEST_F(StyleListWindowTest, TheKeysOfTheFilterAreItsOwn) {
+    show(3);
+    view.selectAll();
+    filter.setFocus();
+    type("abc ");
+    key(Qt::Key_A, Qt::ControlModifier);
+    key(Qt::Key_Delete);
+    EXPECT_TRUE(filter.text().isEmpty());
+    menuAction("Undo")->trigger();
+    EXPECT_EQ(filter.text(), "abc ");
+    EXPECT_THAT(machine.alerts.questions, IsEmpty());
+    EXPECT_TRUE(isEnabled(1) && stored().size() == 3);
+}
+
+TEST_F(StyleListWindowTest, OffersInARowWhatItsRoutesAllow) {
+    styleContainer imported = namedStyle("Imported", 10);
+    imported.source = sourceUserCSS;
+    application.store().appendStyle(imported);
+    show(2);
+    QStyleOptionViewItem option;
+    option.initFrom(&view);
+    const auto press = [&](int position, rowControl control) {
+        option.rect = rowRect(position);
+        QTest::mouseClick(view.viewport(), Qt::LeftButton, {},
+                          StyleRowDelegate::controlRect(control, option).center());
+    };
+    std::vector<std::int64_t> updated, configured, opened;
+    press(0, rowControl::update);
+    EXPECT_EQ(menuAction("Properties"), nullptr);
+    EXPECT_EQ(menuAction("Check for Update"), nullptr);
+    application.listCommands().setRoutes(
+        {.openStyleForEditing = [&](auto id, bool) { return opened.push_back(id), true; },
+         .openStyleProps = [&](auto id) { return configured.push_back(id), false; },
+         .updateIndividual = [&](auto id) { updated.push_back(id); }});
+    for (const int position : {0, 1}) {
+        press(position, rowControl::update);
+        press(position, rowControl::properties);
+    }
+    EXPECT_THAT(updated, ElementsAre(10)) << "written here, so never updated";
+    EXPECT_THAT(configured, ElementsAre(10, 1));
+
+    application.styleList().styles()[0]->updateStatus = "checking";
+    application.styleList().showAgain(0);
+    for (const rowControl control :
+         {rowControl::update, rowControl::properties, rowControl::checkBox})
+        press(0, control);
+    EXPECT_TRUE(updated.size() == 1 && configured.size() == 2 && isEnabled(10));
+    application.styleList().styles()[0]->updateStatus = "error";
+    EXPECT_EQ(view.model()->index(0, 0).data(Qt::AccessibleTextRole),
+              "Imported, Update error., enabled");
+
+    QTest::mouseDClick(view.viewport(), Qt::LeftButton, {}, rowRect(1).center());
+    select({0});
+    view.setFocus();
+    QCoreApplication::processEvents();
+    key(Qt::Key_Return);
+    EXPECT_THAT(opened, ElementsAre(1, 10));
+}
+
+TEST_F(StyleListWindowTest, TheContextMenuIsAboutTheRowsItWasOpenedOn) {
+    show(4);
+    select({0, 1});
+    const auto menu = [&] { return window.findChild<QMenu*>("styleMenu"); };
+    const auto openMenu = [&](int position) {
+        const QPoint place = rowRect(position).center();
+        QTest::mousePress(view.viewport(), Qt::RightButton, {}, place);
+        QContextMenuEvent event(QContextMenuEvent::Mouse, place,
+                                view.viewport()->mapToGlobal(place));
+        QApplication::sendEvent(view.viewport(), &event);
+        QTest::mouseRelease(view.viewport(), Qt::RightButton, {}, place);
+        ASSERT_TRUE(menu()->isVisible());
+    };
+    openMenu(1);
+    EXPECT_THAT(selected(), ElementsAre("A", "B"));
+    menu()->close();
+    openMenu(3);
+    EXPECT_THAT(selected(), ElementsAre("D"));
+    application.notificationCenter().post(notifications::addToOpenStyles, 4);
+    menu()->actions().last()->trigger();
+    ASSERT_EQ(machine.alerts.alerts.size(), 1U);
+    EXPECT_TRUE(machine.alerts.alerts[0].text.starts_with("This style is")) << "not of a selection";
+    menu()->close();
+    QContextMenuEvent byKey(QContextMenuEvent::Keyboard, {}, {});
+    QApplication::sendEvent(view.viewport(), &byKey);
+    EXPECT_TRUE(menu()->isVisible());
+    menu()->close();
+}
+
+TEST_F(StyleListWindowTest, ALockedListOnlyBeeps) {
+    show(3);
+    select({0, 1});
+    application.styleList().setLockedForSync(true);
+    const Qt::Key plain[] = {Qt::Key_Space, Qt::Key_Delete};
+    for (const Qt::Key each : plain)
+        key(each);
+    for (const Qt::Key each : {Qt::Key_D, Qt::Key_N})
+        key(each, Qt::ControlModifier);
+    key(Qt::Key_Down, Qt::AltModifier);
+    select({2});
+    key(Qt::Key_F2);
+    EXPECT_EQ(machine.alerts.beeps, 6);
+    EXPECT_THAT(stored(), ElementsAre("A", "B", "C"));
+    EXPECT_TRUE(isEnabled(1) && view.hasFocus());
+    EXPECT_THAT(machine.alerts.questions, IsEmpty());
+}
+
+TEST_F(StyleListWindowTest, TheNewStyleSheetMakesAStyleOfWhatWasTyped) {
+    show(0);
+    key(Qt::Key_N, Qt::ControlModifier);
+    auto* sheet = window.findChild<QDialog*>("newStyleSheet");
+    ASSERT_TRUE(sheet && QTest::qWaitForWindowActive(sheet));
+    auto& create = *sheet->findChild<QPushButton*>("createButton");
+    type("  ");
+    EXPECT_FALSE(create.isEnabled());
+    key(Qt::Key_Return);
+    EXPECT_TRUE(sheet->isVisible());
+    type("Ä");
+    sheet->findChild<QComboBox*>("ruleTypeMenu")->setCurrentIndex(1);
+    sheet->findChild<QLineEdit*>("ruleField")->setText(" https://a.example/ ");
+    sheet->findChild<QComboBox*>("preprocessorMenu")->setCurrentIndex(2);
+    key(Qt::Key_Return);
+    EXPECT_THAT(selected(), ElementsAre("Ä"));
+    const auto style = application.store().styleAt(0);
+    EXPECT_THAT(style->styleData.sections.front().urls, ElementsAre("https://a.example/"));
+    EXPECT_EQ(style->preprocessor, "less");
+}
+
+TEST_F(StyleListWindowTest, DrawsTheIconsOfSitesDecodedOnce) {
+    show(1);
+    QImage red(siteIconSize, siteIconSize, QImage::Format_RGB32);
+    red.fill(Qt::red);
+    QByteArray png;
+    QBuffer buffer(&png);
+    red.save(&buffer, "PNG");
+    application.styleList().styles()[0]->faviconImg =
+        std::make_shared<const siteIcon>(siteIcon{png.toStdString()});
+    const QModelIndex first = view.model()->index(0, 0);
+    const auto picture = first.data(Qt::DecorationRole).value<QPixmap>();
+    EXPECT_EQ(picture.size(), red.size());
+    EXPECT_EQ(picture.cacheKey(), first.data(Qt::DecorationRole).value<QPixmap>().cacheKey())
+        << "decoded once";
+    const QImage drawn = view.viewport()->grab(rowRect(0)).toImage();
+    int reds = 0;
+    for (int x = 0; x < drawn.width(); ++x)
+        reds += drawn.pixelColor(x, drawn.height() / 2) == Qt::red;
+    EXPECT_GE(reds, 20);
 }
 
 } // namespace
