@@ -1,6 +1,7 @@
 #include "formats/user_css_writer.h"
 #include "preferences/preferences.h"
 #include "support/event_loop.h"
+#include "support/recording_icons.h"
 #include "support/running_web_engine.h"
 #include "support/store_machine.h"
 #include "windows/code_editor.h"
@@ -74,7 +75,8 @@ protected:
         return eventually([&] { return !dispatcher.backgroundTasks.empty(); });
     }
 
-    StyleList list{store, center, dispatcher, alerts};
+    RecordingIcons icons;
+    StyleList list{store, center, dispatcher, icons};
     PasteImport importer{{alerts,
                           dispatcher,
                           center,
