@@ -2,6 +2,7 @@
 //   editor          the Ace editor; `ace` and `Range` are the library's
 //   reportChanges   while true, each change of the text posts "stringChanged" to "callback"
 //   focusEditor()   gives the editor the keyboard
+//   announceInput() posts "inputHandled" to "callback" after what is typed by now
 //   css_beautify    the CSS beautifier
 "use strict";
 
@@ -35,6 +36,13 @@ function focusEditor() {
     editor.focus();
 }
 
+// A key comes to the page by way of the drawing thread, which a statement may overtake; what has
+// been drawn since then it has not.
+function announceInput() {
+    const announce = () => messageHandlers.callback.postMessage("inputHandled");
+    requestAnimationFrame(() => requestAnimationFrame(() => setTimeout(announce)));
+}
+
 // What the application does itself (finding, its settings), and what leads out of the page.
 editor.commands.removeCommands([
     "find",
@@ -50,4 +58,10 @@ editor.commands.removeCommands([
 
 editor.on("change", () => {
     if (reportChanges) messageHandlers.callback.postMessage("stringChanged");
+});
+
+// The engine hands other keys on that the page leaves, but not this one.
+addEventListener("keydown", (event) => {
+    if (event.key === "Escape" && !event.defaultPrevented && !event.isComposing)
+        messageHandlers.callback.postMessage("escape");
 });

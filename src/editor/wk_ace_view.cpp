@@ -15,6 +15,8 @@ namespace {
 
 constexpr std::string_view messageHandler = "callback";
 constexpr std::string_view changeMessage = "stringChanged";
+constexpr std::string_view inputMessage = "inputHandled";
+constexpr std::string_view escapeMessage = "escape";
 constexpr const char* beautifyName = "Beautify";
 constexpr std::string_view beautifyStatement =
     "css_beautify(editor.getValue(), {indent_with_tabs: true, preserve_newlines: true, "
@@ -23,10 +25,6 @@ constexpr std::string_view beautifyStatement =
 /// How often the page is loaded again when it is lost again and again within this time.
 constexpr int mostLossesInARow = 3;
 constexpr std::chrono::minutes inARow(1);
-
-/// A key press goes to the page by another way than a statement does, which may overtake it. What
-/// waits for several answers in a row comes after it.
-constexpr int readsToSettle = 4;
 
 std::string joined(std::initializer_list<std::string_view> pieces) {
     std::string result;
@@ -138,7 +136,10 @@ void WKAceView::textWasTaken(bool taken, std::uint64_t sent) {
 
 void WKAceView::messageReceived(std::string_view handler, const scriptValue& body) {
     const auto* message = std::get_if<std::string>(&body);
-    if (handler != messageHandler || !message || *message != changeMessage) return;
+    if (handler != messageHandler || !message) return;
+    if (*message == inputMessage) return inputWasHandled();
+    if (*message == escapeMessage && onEscape) return onEscape();
+    if (*message != changeMessage) return;
     // The page shows another text than the one that was set: a host that stored it would mix two.
     if (newest == setting::failed) return;
     readChange();
@@ -157,12 +158,15 @@ void WKAceView::settle() {
 }
 
 void WKAceView::whenSettled(std::function<void()> settled) {
-    settleAgain(readsToSettle, std::move(settled));
+    if (!pageIsReady) return settled();
+    awaitingInput.push_back(std::move(settled));
+    webView.evaluate("announceInput();");
 }
 
-void WKAceView::settleAgain(int times, std::function<void()> settled) {
-    if (times == 0 || !pageIsReady) return settled();
-    settling.push_back([this, times, next = std::move(settled)] { settleAgain(times - 1, next); });
+void WKAceView::inputWasHandled() {
+    if (awaitingInput.empty()) return;
+    settling.push_back(std::move(awaitingInput.front()));
+    awaitingInput.pop_front();
     settle();
 }
 
@@ -198,6 +202,7 @@ void WKAceView::textRead(const std::string* text, std::uint64_t began, bool mayB
 void WKAceView::forgetReads() {
     ++pageNumber;
     readsUnderWay = 0;
+    awaitingInput.clear();
     settling.clear();
     textFinder.forgetPutOff();
 }

@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <deque>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -52,6 +53,9 @@ public:
 
     /// Called when the page's process has ended too often to try again.
     void setOnGivenUp(std::function<void()> givenUp) { onGivenUp = std::move(givenUp); }
+
+    /// Called when Escape was pressed in the page and closed nothing there.
+    void setOnEscape(std::function<void()> escape) { onEscape = std::move(escape); }
 
     /// Nothing to stop telling.
     void setDelegate(WKAceViewDelegate* newDelegate) { delegate = newDelegate; }
@@ -124,7 +128,7 @@ private:
     void readChange();
     void readText(bool mayBeKnown);
     void textRead(const std::string* text, std::uint64_t began, bool mayBeKnown);
-    void settleAgain(int times, std::function<void()> settled);
+    void inputWasHandled();
     void forgetReads();
     UndoManager::Token registerTextUndo(const std::string& name, std::shared_ptr<std::string> text);
     void restore(const std::string& name, const std::string& text);
@@ -144,17 +148,19 @@ private:
     std::function<void()> layOut;
     std::function<void()> onReady;
     std::function<void()> onGivenUp;
+    std::function<void()> onEscape;
 
     std::filesystem::path page;
     bool pageIsReady = false;
     int lossesInARow = 0;
     std::chrono::steady_clock::time_point lastLoss;
     setting newest = setting::done;
-    std::uint64_t generation = 0;                ///< counts the texts that were set
-    std::uint64_t changeReports = 0;             ///< counts the changes that the page reported
-    std::vector<std::function<void()>> settling; ///< who waits for the reads under way
-    int readsUnderWay = 0;                       ///< of the text after a change, in this page
-    std::uint64_t pageNumber = 0;                ///< counts the pages that were there
+    std::uint64_t generation = 0;                    ///< counts the texts that were set
+    std::uint64_t changeReports = 0;                 ///< counts the changes that the page reported
+    std::deque<std::function<void()>> awaitingInput; ///< who waits for the page to have all keys
+    std::vector<std::function<void()>> settling;     ///< who waits for the reads under way
+    int readsUnderWay = 0;                           ///< of the text after a change, in this page
+    std::uint64_t pageNumber = 0;                    ///< counts the pages that were there
     /// What the newest undo action holds, and which of the texts that is.
     std::shared_ptr<std::string> replacedText;
     std::uint64_t replacedGeneration = 0;

@@ -15,17 +15,16 @@ namespace {
 
 constexpr QSize comfortableSize(760, 560);
 
-/// The default button where that can be pressed, else the first one that can.
-QPushButton* buttonToReach(const QDialogButtonBox& buttons) {
-    QPushButton* reached = nullptr;
+QPushButton* firstEnabled(const QDialogButtonBox& buttons) {
     for (QPushButton* button : buttons.findChildren<QPushButton*>())
-        if (button->isEnabled() && (!reached || button->isDefault())) reached = button;
-    return reached;
+        if (button->isEnabled()) return button;
+    return nullptr;
 }
 
 } // namespace
 
-void setUpCodeDialog(QDialog& dialog, CodeEditor& editor, QDialogButtonBox& buttons) {
+void setUpCodeDialog(QDialog& dialog, CodeEditor& editor, QDialogButtonBox& buttons,
+                     QPushButton& main) {
     for (const textFinderAction tag :
          {textFinderAction::showFindInterface, textFinderAction::showReplaceInterface,
           textFinderAction::nextMatch, textFinderAction::previousMatch})
@@ -33,9 +32,10 @@ void setUpCodeDialog(QDialog& dialog, CodeEditor& editor, QDialogButtonBox& butt
 
     for (QAbstractButton* button : buttons.buttons())
         button->setIcon({});
+    main.setDefault(true); // only now does the dialog hear of it
     QObject::connect(new QShortcut(Qt::Key_F6, &dialog), &QShortcut::activated, &dialog,
-                     [&editor, &buttons] {
-                         QPushButton* button = buttonToReach(buttons);
+                     [&editor, &buttons, &main] {
+                         QPushButton* button = main.isEnabled() ? &main : firstEnabled(buttons);
                          if (button && !buttons.isAncestorOf(buttons.window()->focusWidget()))
                              button->setFocus(Qt::TabFocusReason);
                          else

@@ -3,6 +3,8 @@
 #include "windows/find_bar.h"
 
 #include <QAction>
+#include <QApplication>
+#include <QKeyEvent>
 #include <QLabel>
 
 namespace tessaril {
@@ -61,6 +63,14 @@ CodeEditor::CodeEditor(const WebViewFactory& makeWebView, const std::filesystem:
         layOut();
     });
     bridge->setOnGivenUp([this] { showNotice(stoppedText); });
+    bridge->setOnEscape([this] {
+        // For whoever contains the editor; later, as that may ask a question.
+        const auto press = [this] {
+            QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+            QApplication::sendEvent(this, &escape);
+        };
+        QMetaObject::invokeMethod(this, press, Qt::QueuedConnection);
+    });
     bridge->load(page);
 }
 

@@ -42,12 +42,12 @@ ExportSheet::ExportSheet(const styleContainer& style, exportSheetParts parts, QW
                                           parts.editor.center, undoManager)) {
     setWindowModality(Qt::WindowModal);
     setWindowTitle(windowTitleText("Export “" + style.styleData.name + "”"));
-    editor->setBorderType(borderType::line);
+    editor->setBorderType(borderType::bezel);
 
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+    auto* buttons = new QDialogButtonBox;
     QPushButton* save = buttons->addButton("&Save…", QDialogButtonBox::AcceptRole);
+    buttons->addButton("&Close", QDialogButtonBox::RejectRole);
     save->setObjectName("saveButton");
-    save->setDefault(true);
     connect(save, &QPushButton::clicked, this, [this] { this->save(); });
     connect(new QShortcut(QKeySequence::Save, this), &QShortcut::activated, this,
             [this] { this->save(); });
@@ -56,7 +56,7 @@ ExportSheet::ExportSheet(const styleContainer& style, exportSheetParts parts, QW
     auto* rows = new QVBoxLayout(this);
     rows->addWidget(editor.get(), 1);
     rows->addWidget(buttons);
-    setUpCodeDialog(*this, *editor, *buttons);
+    setUpCodeDialog(*this, *editor, *buttons, *save);
     save->setFocus();
 
     configured = std::make_unique<ConfiguredEditor>(

@@ -40,11 +40,11 @@ ImportMozDocView::ImportMozDocView(importMozDocViewParts parts, QWidget* parent)
 
     auto* label = new QLabel(advice);
     label->setWordWrap(true);
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
+    auto* buttons = new QDialogButtonBox;
     importButton = buttons->addButton("&Import", QDialogButtonBox::AcceptRole);
+    buttons->addButton("&Cancel", QDialogButtonBox::RejectRole);
     importButton->setObjectName("importButton");
     importButton->setToolTip("Import the style (Ctrl+Return)");
-    importButton->setDefault(true);
     connect(importButton, &QPushButton::clicked, this, [this] { importClicked(); });
     for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter})
         connect(new QShortcut(Qt::CTRL | key, this), &QShortcut::activated, this,
@@ -55,7 +55,7 @@ ImportMozDocView::ImportMozDocView(importMozDocViewParts parts, QWidget* parent)
     rows->addWidget(label);
     rows->addWidget(new ShadowFrame(cssEditor.get()), 1);
     rows->addWidget(buttons);
-    setUpCodeDialog(*this, *cssEditor, *buttons);
+    setUpCodeDialog(*this, *cssEditor, *buttons, *importButton);
     showImportButton();
     cssEditor->focusEditor();
 
@@ -102,7 +102,9 @@ void ImportMozDocView::whenTextIsKnown(std::function<void()> then) {
         next();
     };
     QTimer::singleShot(longestWait, this, once);
-    cssEditor->aceView().whenSettled(once);
+    // Later: who asks a question from within the engine's answer stops the engine.
+    cssEditor->aceView().whenSettled(
+        [this, once] { QMetaObject::invokeMethod(this, once, Qt::QueuedConnection); });
 }
 
 void ImportMozDocView::importClicked() {

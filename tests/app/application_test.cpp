@@ -138,24 +138,22 @@ TEST_F(ApplicationTest, theHelpMenuReachesTheMakers) {
 }
 
 TEST_F(ApplicationTest, looksForIconsUntilItQuits) {
-    for (const std::int64_t id : {1, 2}) {
+    const auto add = [&](std::int64_t id) {
         styleContainer style = namedStyle("style", id);
         style.styleData.sections.front().domains = {std::to_string(id) + ".example"};
         application.store().appendStyle(style);
-    }
+        application.notificationCenter().post(notifications::addLatestStyle);
+    };
     urls.responses["https://1.example/favicon.ico"].body = "picture 1";
-    std::vector<std::int64_t> found;
-    application.iconLoader().setFoundHandler(
-        [&](std::int64_t id, const auto&, iconRequest) { found.push_back(id); });
-    application.iconLoader().fetch(std::vector<std::int64_t>{1}, iconRequest::newRow);
+    add(1);
     dispatcher.runAll();
-    EXPECT_THAT(found, ElementsAre(1));
-
-    application.iconLoader().fetch(std::vector<std::int64_t>{2}, iconRequest::newRow);
+    EXPECT_THAT(urls.asked, ElementsAre("https://1.example/favicon.ico"));
+    EXPECT_TRUE(application.styleList().styles().at(0)->faviconImg);
+    add(2);
     application.stopLoading();
     dispatcher.runAll();
     EXPECT_TRUE(urls.cancelled);
-    EXPECT_THAT(urls.asked, ElementsAre("https://1.example/favicon.ico"));
+    EXPECT_EQ(urls.asked.size(), 1U);
 }
 
 TEST(Preferences, giveDefaultsThatAreNeverWritten) {

@@ -1,6 +1,7 @@
 #include "formats/user_css_writer.h"
 #include "preferences/preferences.h"
 #include "support/event_loop.h"
+#include "support/recording_icons.h"
 #include "support/running_web_engine.h"
 #include "support/store_machine.h"
 #include "windows/code_editor.h"
@@ -74,7 +75,8 @@ protected:
         return eventually([&] { return !dispatcher.backgroundTasks.empty(); });
     }
 
-    StyleList list{store, center, dispatcher, alerts};
+    RecordingIcons icons;
+    StyleList list{store, center, dispatcher, icons};
     PasteImport importer{{alerts,
                           dispatcher,
                           center,
@@ -116,7 +118,7 @@ TEST_F(PasteWindowTest, KeepsATextThatHoldsNoStyle) {
 }
 
 TEST_F(PasteWindowTest, LosesNoTextByEscapeAndAddsNothingOnceStopped) {
-    type("text");
+    type("; "); // nothing to complete
     press(Qt::Key_Return, Qt::ControlModifier);
     ASSERT_TRUE(isUnderWay());
     press(Qt::Key_Escape); // stops the import
@@ -124,7 +126,8 @@ TEST_F(PasteWindowTest, LosesNoTextByEscapeAndAddsNothingOnceStopped) {
     dispatcher.runAll();
     EXPECT_EQ(code(), "");
 
-    evaluated(web, "editor.execCommand('startAutocomplete'); 1");
+    evaluated(web, "editor.setValue('a {\\n\\n}'); editor.gotoLine(2);"
+                   "editor.execCommand('startAutocomplete'); 1");
     ASSERT_TRUE(eventually([&] { return isInPage("!!editor.completer?.popup?.isOpen"); }));
     press(Qt::Key_Escape);
     ASSERT_TRUE(eventually([&] { return isInPage("!editor.completer.popup.isOpen"); }));
@@ -145,8 +148,8 @@ TEST_F(PasteWindowTest, CancelAsksNothingAndEndsTheImport) {
     ASSERT_TRUE(eventually([&] { return button().isEnabled(); }));
     button().click();
     ASSERT_TRUE(isUnderWay());
-    QTest::keyClick(&window, Qt::Key_C, Qt::AltModifier);
-    EXPECT_FALSE(window.isVisible());
+    press(Qt::Key_C, Qt::AltModifier);
+    EXPECT_TRUE(eventually([&] { return !window.isVisible(); }));
     dispatcher.runAll();
     EXPECT_EQ(code(), "");
     EXPECT_THAT(alerts.questions, IsEmpty());
