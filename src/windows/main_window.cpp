@@ -63,7 +63,7 @@ MainWindow::MainWindow(mainWindowCommands windowCommands)
     addToolBar(toolbar);
     makePages();
     setCentralWidget(pages);
-    resize(760, 640);
+    resize(820, 640);
     showPage();
 }
 

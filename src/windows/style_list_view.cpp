@@ -20,6 +20,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
+constexpr auto scrollPace = 30ms;
 constexpr auto onScreenDelay = 40ms; // while scrolling nobody looks at an icon
 
 QByteArray encodedRows(const std::vector<std::size_t>& rows) {
@@ -77,6 +78,8 @@ StyleListView::StyleListView(StyleList& styleList, StyleListCommands& listComman
     });
     connect(&rows, &StyleListModel::lockTurned, viewport(), qOverload<>(&QWidget::update));
 
+    scrollTimer.setInterval(scrollPace);
+    connect(&scrollTimer, &QTimer::timeout, this, [this] { scrollAtEdge(); });
     onScreenTimer.setSingleShot(true);
     onScreenTimer.setInterval(onScreenDelay);
     connect(&onScreenTimer, &QTimer::timeout, this, [this] { tellOnScreen(); });
@@ -366,21 +369,34 @@ void StyleListView::dragMoveEvent(QDragMoveEvent* event) {
         showDropAt(std::nullopt);
         return event->ignore();
     }
-    const QPoint place = event->position().toPoint();
-    showDropAt(dropPositionAt(place));
+    dragPlace = event->position().toPoint();
+    showDropAt(dropPositionAt(dragPlace));
     event->setDropAction(Qt::MoveAction);
     event->accept();
-    const int edge = autoScrollMargin();
-    if (place.y() < edge || place.y() > viewport()->height() - edge) startAutoScroll();
+    if (!scrollTimer.isActive()) scrollTimer.start();
+}
+
+/// While rows are held near the edge, where no event comes.
+void StyleListView::scrollAtEdge() {
+    const int edge = rowHeight() / 2;
+    const int above = edge - dragPlace.y();
+    const int below = dragPlace.y() - (viewport()->height() - edge);
+    if (!dropPosition || (above <= 0 && below <= 0)) return scrollTimer.stop();
+    const int step = above > 0 ? -above : below; // the closer to the edge the faster
+    verticalScrollBar()->setValue(verticalScrollBar()->value() + step);
+    showDropAt(dropPositionAt(dragPlace));
+    viewport()->update(); // scrolling takes the old line along
+}
+
+int StyleListView::rowHeight() const {
+    return rows.rowCount() > 0 ? visualRect(rows.index(0)).height() : 0;
 }
 
 void StyleListView::dragLeaveEvent(QDragLeaveEvent*) {
-    stopAutoScroll();
     showDropAt(std::nullopt);
 }
 
 void StyleListView::dropEvent(QDropEvent* event) {
-    stopAutoScroll();
     showDropAt(std::nullopt);
     if (!takes(*event)) return event->ignore();
     event->setDropAction(Qt::MoveAction);
@@ -396,7 +412,7 @@ void StyleListView::paintEvent(QPaintEvent* event) {
     if (!dropPosition || rows.rowCount() == 0) return;
     const bool isBehind = *dropPosition >= rows.rowCount();
     const QRect row = visualRect(rows.index(isBehind ? rows.rowCount() - 1 : *dropPosition));
-    const int y = std::max(3, isBehind ? row.bottom() + 1 : row.top());
+    const int y = std::clamp(isBehind ? row.bottom() + 1 : row.top(), 3, viewport()->height() - 4);
     constexpr int inset = 8;
     constexpr int ring = 6;
     QPainter painter(viewport());

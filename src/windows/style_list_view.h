@@ -95,6 +95,8 @@ private:
     void click(const target& clicked);
     bool takes(const QDropEvent& event) const;
     int dropPositionAt(const QPoint& place) const;
+    int rowHeight() const;
+    void scrollAtEdge();
     void showDropAt(std::optional<int> position);
     void tellOnScreen();
 
@@ -108,6 +110,8 @@ private:
     target hovered;
     std::vector<std::int64_t> dragged; ///< the styles of the rows that are being dragged
     std::optional<int> dropPosition;   ///< where they would go: before the row at this position
+    QPoint dragPlace;                  ///< where the pointer is then, in the viewport
+    QTimer scrollTimer;
     QTimer onScreenTimer;
 };
 
