@@ -1,0 +1,188 @@
+#include "desktop/folder_message_channel.h"
+#include "desktop/posix_file_system.h"
+#include "desktop/widget_style.h"
+#include "model/database_json.h"
+#include "sample_database.h"
+#include "store/new_style.h"
+#include "store/style_list_commands.h"
+#include "windows/main_window.h"
+#include "windows/style_list_view.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+
+#include <deque>
+#include <memory>
+
+// The style list's window over 10,000 styles: what the main thread does, drawing included. Saves
+// are asked for, but not carried out.
+namespace {
+
+using namespace tessaril;
+
+constexpr std::size_t styleCount = 10'000;
+constexpr std::size_t documentSize = 50'000'000;
+
+class NoAlerts : public Alerts {
+    void showAlert(std::string_view, std::string_view) override { std::abort(); }
+    alertAnswer ask(const alertQuestion&) override { std::abort(); }
+    void beep() override { std::abort(); }
+};
+
+class NoBackground : public Dispatcher {
+    void onMain(Task) override {}
+    void onMainAfter(std::chrono::milliseconds, Task) override {}
+    void inBackground(taskPriority, Task) override {}
+};
+
+class NoPreferences : public PreferenceStore {
+    std::optional<preferenceValue> value(std::string_view, const preferenceValue&) const override {
+        return std::nullopt;
+    }
+    void setValue(std::string_view, const preferenceValue&) override {}
+    void removeValue(std::string_view) override {}
+};
+
+class NoIcons : public IconLoader {
+    void setFoundHandler(Found) override {}
+    std::shared_ptr<const siteIcon> known(const styleContainer&) const override { return nullptr; }
+    void fetch(std::span<const std::int64_t>, iconRequest) override {}
+    void setOnScreen(std::vector<std::int64_t>) override {}
+};
+
+/// The document, and the window over it.
+struct LargeList {
+    LargeList() {
+        const std::string_view piece = document;
+        if (!files.stage(container, std::span(&piece, 1))->publishAs(container / "styledb.sdb"))
+            std::abort();
+        list.refreshTable();
+        window.show();
+        draw();
+    }
+
+    /// Lets everything happen that the main thread has to do until the change is on the screen.
+    void draw() {
+        QCoreApplication::sendPostedEvents();
+        view->viewport()->repaint();
+    }
+
+    std::string document = *encodeDatabase(bench::sampleDatabase(styleCount, documentSize));
+    QTemporaryDir folder;
+    std::filesystem::path container = folder.path().toStdString();
+    PosixFileSystem files;
+    FolderMessageChannel channel{files, container};
+    NoAlerts alerts;
+    NoBackground dispatcher;
+    NotificationCenter center;
+    NoPreferences stored;
+    Preferences preferences{stored};
+    StyleStore store{{files, channel, alerts, dispatcher, center, preferences, [](auto&) {}},
+                     container};
+    NoIcons icons;
+    StyleList list{store, center, dispatcher, icons};
+    UndoManager undoManager;
+    OpenStyles openStyles{center};
+    StyleIDs updatingStyles, openProperties;
+    StyleListCommands commands{{store, list, center, dispatcher, alerts, undoManager, openStyles,
+                                updatingStyles, openProperties}};
+    NewStyle newStyle{store, preferences, center};
+    MainWindow window{{.list = list,
+                       .listCommands = commands,
+                       .newStyle = newStyle,
+                       .listUndo = undoManager,
+                       .alerts = alerts,
+                       .canImport = [] { return false; },
+                       .importFiles = [](const auto&) {},
+                       .openFiles = [](const auto&) {},
+                       .openPreferences = [] {},
+                       .emailSupport = [] {},
+                       .openWebsite = [] {}}};
+    StyleListView* view = window.findChild<StyleListView*>("styleList");
+    QLineEdit* filter = window.findChild<QLineEdit*>("filterField");
+};
+
+std::unique_ptr<LargeList> world;
+
+void buildList(benchmark::State& state) {
+    for (auto _ : state) {
+        world->list.refreshTable();
+        world->draw();
+    }
+}
+
+void decodeDocument(benchmark::State& state) {
+    for (auto _ : state) {
+        state.PauseTiming();
+        auto bytes = world->files.read(world->container / "styledb.sdb");
+        state.ResumeTiming();
+        auto decoded = decodeDatabase(*std::move(bytes));
+        benchmark::DoNotOptimize(decoded);
+        state.PauseTiming();
+        decoded.reset();
+        state.ResumeTiming();
+    }
+}
+
+void toggle(benchmark::State& state) {
+    for (auto _ : state) {
+        world->commands.onToggle(5);
+        world->draw();
+    }
+}
+
+void rename(benchmark::State& state) {
+    int count = 0;
+    for (auto _ : state) {
+        world->commands.endEditingName(5, "Name " + std::to_string(++count));
+        world->draw();
+    }
+}
+
+/// From the first place to the last and back: all rows between them shift.
+void move(benchmark::State& state) {
+    bool isFirst = true;
+    for (auto _ : state) {
+        if (isFirst)
+            world->commands.dropRows({0}, styleCount);
+        else
+            world->commands.dropRows({styleCount - 1}, 0);
+        isFirst = !isFirst;
+        world->draw();
+    }
+}
+
+/// The letters of a word that every name has, then a number that few have, one after another.
+void typeFilter(benchmark::State& state) {
+    const QString typed = "style 77";
+    qsizetype length = 0;
+    for (auto _ : state) {
+        length = length % typed.size() + 1;
+        world->filter->setText(typed.left(length));
+        world->draw();
+    }
+    world->filter->clear();
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    QApplication application(argc, argv);
+    QApplication::setStyle(new WidgetStyle);
+    benchmark::Initialize(&argc, argv);
+    world = std::make_unique<LargeList>();
+    const auto add = [](const char* name, void (*measured)(benchmark::State&)) {
+        benchmark::RegisterBenchmark(name, measured)->Unit(benchmark::kMillisecond)->UseRealTime();
+    };
+    add("buildList/figure", buildList);
+    add("buildList/reference", decodeDocument);
+    add("listToggle/figure", toggle);
+    add("listRename/figure", rename);
+    add("listMove/figure", move);
+    add("listFilter/figure", typeFilter);
+    benchmark::RunSpecifiedBenchmarks();
+    world.reset();
+}
