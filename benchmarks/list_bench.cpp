@@ -11,6 +11,7 @@
 #include <QApplication>
 #include <QLineEdit>
 #include <QTemporaryDir>
+#include <QWindow>
 
 #include <benchmark/benchmark.h>
 
@@ -53,14 +54,27 @@ class NoIcons : public IconLoader {
     void setOnScreen(std::vector<std::int64_t>) override {}
 };
 
-/// The document, and the window over it.
-struct LargeList {
-    LargeList() {
-        const std::string_view piece = document;
+/// A container with the document.
+struct LargeContainer {
+    LargeContainer() {
+        const auto bytes = encodeDatabase(bench::sampleDatabase(styleCount, documentSize));
+        const std::string_view piece = *bytes;
         if (!files.stage(container, std::span(&piece, 1))->publishAs(container / "styledb.sdb"))
             std::abort();
-        list.refreshTable();
+    }
+
+    QTemporaryDir folder;
+    std::filesystem::path container = folder.path().toStdString();
+    PosixFileSystem files;
+};
+
+/// The window over it.
+struct LargeList : LargeContainer {
+    LargeList() {
         window.show();
+        // Nothing is drawn before the display has shown the window.
+        while (!window.windowHandle()->isExposed())
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         draw();
     }
 
@@ -70,10 +84,6 @@ struct LargeList {
         view->viewport()->repaint();
     }
 
-    std::string document = *encodeDatabase(bench::sampleDatabase(styleCount, documentSize));
-    QTemporaryDir folder;
-    std::filesystem::path container = folder.path().toStdString();
-    PosixFileSystem files;
     FolderMessageChannel channel{files, container};
     NoAlerts alerts;
     NoBackground dispatcher;

@@ -17,7 +17,7 @@ document=$XDG_DATA_HOME/7RX2KD84QM.group.com.tessaril.shared/styledb.sdb
 
 # The display's number is free for whoever asks first, so the server picks it.
 exec {display_pipe}<> <(:)
-Xvfb -displayfd "$display_pipe" -screen 0 800x700x24 -nolisten tcp >"$home/display.log" 2>&1 &
+Xvfb -displayfd "$display_pipe" -screen 0 1000x760x24 -nolisten tcp >"$home/display.log" 2>&1 &
 display_server=$!
 application=
 stop() {

@@ -14,12 +14,82 @@ in_session() { # APPEARANCE: within a display and a session bus of its own
     export HOME=$home XDG_DATA_HOME=$home/data XDG_CONFIG_HOME=$home/config
     export XDG_RUNTIME_DIR=$home/runtime QT_QPA_PLATFORM=xcb
 
-    "$program" "$root"/examples/* >"$home/log.txt" 2>&1 &
+    mkdir "$home/config/tessaril"
+    # What the pictures show must not depend on the network.
+    printf '[General]\nFetchSiteIcons=false\n' >"$home/config/tessaril/tessaril.conf"
+
+    "$root/build/release/bin/tessaril_locked_list" >"$home/log.txt" 2>&1 &
+    application=$!
+    shown_window Tessaril
+    picture "list-locked-$appearance"
+    kill "$application"
+    wait "$application" || true
+
+    "$program" >>"$home/log.txt" 2>&1 &
     application=$!
     trap 'kill "$application"; wait "$application" || true; rm -rf "$HOME"' EXIT
-
     shown_window Tessaril
+    main=$window
+    picture "list-empty-$appearance"
+    "$program" "$root"/examples/*
+    sleep 3
     picture "main-window-$appearance"
+    pictures_of_list "$appearance"
+    pictures_of_sheets "$appearance"
+    pictures_of_preferences "$appearance"
+}
+
+pictures_of_list() { # APPEARANCE
+    xdotool key Home F2
+    picture "list-rename-$1"
+    xdotool key Escape ctrl+f
+    xdotool type --delay 50 forum
+    picture "list-filtered-$1"
+    xdotool key ctrl+a
+    xdotool type --delay 50 nothing
+    picture "list-no-match-$1"
+    xdotool key Escape
+    sleep 0.5
+    xdotool mousemove --window "$window" 300 180 click 3
+    sleep 0.5
+    import -window root -crop 820x640+0+0 +repage "$pictures/list-menu-$1.png"
+    xdotool key Escape
+    sleep 0.5
+}
+
+pictures_of_sheets() { # APPEARANCE
+    xdotool key ctrl+n
+    shown_window "New Style"
+    xdotool type --delay 50 "Quiet Evenings"
+    picture "new-style-$1"
+    xdotool key Escape
+    back_to_main
+    xdotool key ctrl+shift+v
+    shown_window "Paste Style"
+    sleep 3 # for the browser engine
+    xdotool type --delay 50 "a:hover { color: crimson }"
+    picture "paste-style-$1"
+    xdotool key ctrl+a Delete
+    sleep 0.5
+    xdotool key Escape
+    back_to_main
+    xdotool key Home ctrl+e
+    shown_window "Export .*"
+    sleep 2
+    picture "export-style-$1"
+    xdotool key Escape
+    back_to_main
+}
+
+back_to_main() {
+    sleep 0.5
+    window=$main
+    xdotool windowfocus --sync "$window"
+    sleep 0.5
+}
+
+pictures_of_preferences() { # APPEARANCE
+    local appearance=$1
     xdotool key ctrl+comma
     shown_window Preferences
     picture "preferences-general-$appearance"
@@ -63,7 +133,7 @@ fi
 require_packages "${build_packages[@]}" "${display_packages[@]}" "${desktop_packages[@]}" \
     "${picture_packages[@]}"
 require_npm_packages
-build release tessaril tessaril_resources
+build release tessaril tessaril_resources tessaril_locked_list
 allow_root_engine
 mkdir -p "$pictures"
 for appearance in light dark; do
