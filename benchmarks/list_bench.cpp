@@ -99,12 +99,11 @@ struct LargeList : LargeContainer {
     StyleIDs updatingStyles, openProperties;
     StyleListCommands commands{{store, list, center, dispatcher, alerts, undoManager, openStyles,
                                 updatingStyles, openProperties}};
-    NewStyle newStyle{store, preferences, center};
+    NewStyle newStyle{store, list, preferences, center, alerts};
     MainWindow window{{.list = list,
                        .listCommands = commands,
                        .newStyle = newStyle,
                        .listUndo = undoManager,
-                       .alerts = alerts,
                        .canImport = [] { return false; },
                        .importFiles = [](const auto&) {},
                        .openFiles = [](const auto&) {},

@@ -112,7 +112,6 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
          .listCommands = application.listCommands(),
          .newStyle = application.newStyle(),
          .listUndo = application.listUndo(),
-         .alerts = alerts,
          .canImport = [&] { return application.fileImport().canImport(); },
          .importFiles = [&](auto chosen) { application.fileImport().importFiles(chosen); },
          .openFiles = [&](auto dropped) { application.openFiles(dropped); },
@@ -136,6 +135,8 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
 
     const TerminationSignals termination;
     const int status = QApplication::exec();
+    // A name that is being edited is a change too, and belongs into the last save.
+    if (QWidget* edited = QApplication::focusWidget()) edited->clearFocus();
     instance.stopListening();
     onLaterStart = nullptr;
     application.stopLoading();

@@ -54,7 +54,7 @@ Application::Application(applicationSurroundings surroundings)
                 .openStyles = stylesOpenInEditors,
                 .updatingStyles = updatingStyles,
                 .openProperties = openProperties})
-    , styleMaker(styleStore, standard, center)
+    , styleMaker(styleStore, list, standard, center, machine.alerts)
     , wholeDatabase({.files = machine.files,
                      .alerts = machine.alerts,
                      .dispatcher = machine.dispatcher,

@@ -38,15 +38,25 @@ std::string_view preprocessorAt(int position) {
 
 } // namespace
 
-NewStyle::NewStyle(StyleStore& styleStore, Preferences& ownPreferences, NotificationCenter& bus)
-    : store(styleStore), preferences(ownPreferences), center(bus) {}
+NewStyle::NewStyle(StyleStore& styleStore, const StyleList& styleList, Preferences& ownPreferences,
+                   NotificationCenter& bus, Alerts& alertPresenter)
+    : store(styleStore)
+    , list(styleList)
+    , preferences(ownPreferences)
+    , center(bus)
+    , alerts(alertPresenter) {}
+
+bool NewStyle::mayBegin() {
+    if (list.isLockedForSync()) alerts.beep();
+    return !list.isLockedForSync();
+}
 
 bool NewStyle::canCreate(std::string_view name) {
     return !trimmed(name).empty();
 }
 
-void NewStyle::create(const newStyleFields& fields) {
-    if (!canCreate(fields.name)) return;
+bool NewStyle::create(const newStyleFields& fields) {
+    if (!canCreate(fields.name) || !mayBegin()) return false;
     styleContainer style =
         makeStyleContainer(makeStyleJSON(std::string(trimmed(fields.name)), ""), sourceCustom,
                            noUserstyleID, store.generateUniqueID());
@@ -70,6 +80,7 @@ void NewStyle::create(const newStyleFields& fields) {
     // A style whose window did not open must not stay locked.
     if (!openNewStyleInEditor || !openNewStyleInEditor(id))
         center.post(notifications::removeFromOpenStyles, id);
+    return true;
 }
 
 } // namespace tessaril

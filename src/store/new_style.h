@@ -1,7 +1,9 @@
 #pragma once
 
 #include "events/notification_center.h"
+#include "platform/alerts.h"
 #include "preferences/preferences.h"
+#include "store/style_list.h"
 #include "store/style_store.h"
 
 #include <array>
@@ -32,21 +34,28 @@ public:
     using Route = std::function<bool(std::int64_t id)>;
 
     /// All outlive it.
-    NewStyle(StyleStore& store, Preferences& preferences, NotificationCenter& center);
+    NewStyle(StyleStore& store, const StyleList& list, Preferences& preferences,
+             NotificationCenter& center, Alerts& alerts);
 
     void setOpenNewStyleInEditor(Route route) { openNewStyleInEditor = std::move(route); }
+
+    /// Whether a style may be made now; not while the list is locked for sync, which beeps.
+    bool mayBegin();
 
     /// Whether the create button is enabled: the name is not blank.
     static bool canCreate(std::string_view name);
 
     /// Adds the style to the database, announces it and opens it in the editor. The first one of an
-    /// installation comes with some advice in it. Does nothing while `canCreate` is false.
-    void create(const newStyleFields& fields);
+    /// installation comes with some advice in it. Nothing happens, and false is given, for a blank
+    /// name and while `mayBegin` is false.
+    bool create(const newStyleFields& fields);
 
 private:
     StyleStore& store;
+    const StyleList& list;
     Preferences& preferences;
     NotificationCenter& center;
+    Alerts& alerts;
     Route openNewStyleInEditor;
 };
 

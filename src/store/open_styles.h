@@ -1,10 +1,7 @@
 #pragma once
 
 #include "events/notification_center.h"
-
-#include <cstdint>
-#include <mutex>
-#include <set>
+#include "store/style_ids.h"
 
 namespace tessaril {
 
@@ -14,12 +11,11 @@ class OpenStyles {
 public:
     explicit OpenStyles(NotificationCenter& center);
 
-    bool isEmpty() const;
-    bool contains(std::int64_t id) const;
+    bool isEmpty() const { return ids.isEmpty(); }
+    bool contains(std::int64_t id) const { return ids.contains(id); }
 
 private:
-    mutable std::mutex mutex;
-    std::set<std::int64_t> ids;
+    StyleIDs ids;
     NotificationCenter::Subscription added;
     NotificationCenter::Subscription removed;
 };

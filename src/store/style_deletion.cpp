@@ -45,10 +45,6 @@ StyleDeletion::~StyleDeletion() {
     machine.undoManager.removeActions(this);
 }
 
-bool StyleDeletion::isFree(std::int64_t id) const {
-    return !machine.openStyles.contains(id) && !machine.updatingStyles.contains(id);
-}
-
 void StyleDeletion::deleteClicked(std::size_t row) {
     const auto& rows = machine.list.styles();
     if (row >= rows.size()) return;
@@ -90,8 +86,16 @@ void StyleDeletion::deleteSelected(const std::vector<std::size_t>& selected) {
 /// While a question was shown, or since an undo, a style may have been opened, or the list locked.
 void StyleDeletion::deleteFree(std::vector<chosenStyle> chosen) {
     if (machine.list.isLockedForSync()) return machine.alerts.beep();
-    if (std::erase_if(chosen, [this](const chosenStyle& one) { return !isFree(one.id); }) > 0)
+    const bool wasOne = chosen.size() == 1;
+    const std::size_t open = std::erase_if(
+        chosen, [this](const chosenStyle& one) { return machine.openStyles.contains(one.id); });
+    const std::size_t updating = std::erase_if(
+        chosen, [this](const chosenStyle& one) { return machine.updatingStyles.contains(one.id); });
+    if (open > 0 && wasOne)
+        machine.alerts.showAlert(openTitle, openText);
+    else if (open > 0)
         machine.alerts.showAlert(someOpenTitle, someOpenText);
+    if (updating > 0) machine.alerts.beep();
     deleteStyles(chosen);
 }
 

@@ -52,7 +52,6 @@ private:
         std::size_t row;
     };
 
-    bool isFree(std::int64_t id) const;
     void deleteFree(std::vector<chosenStyle> chosen);
     void deleteStyles(const std::vector<chosenStyle>& chosen);
     void restore(const std::vector<deletedStyle>& deleted);

@@ -43,10 +43,14 @@ StyleList::StyleList(StyleStore& styleStore, NotificationCenter& bus, Dispatcher
         }));
     subscriptions.push_back(
         center.observe(names::addLatestStyle, [this](const notification&) { addLatestStyle(); }));
-    subscriptions.push_back(
-        center.observe(names::styleNameChanged, [this](const notification& n) { showName(n); }));
+    subscriptions.push_back(center.observe(names::styleNameChanged, [this](const notification& n) {
+        if (const auto id = n.id()) showStyle(*id);
+    }));
     subscriptions.push_back(center.observe(names::updateFavicons, [this](const notification& n) {
-        if (const auto id = n.id()) icons.fetch(std::span(&*id, 1), iconRequest::rulesChanged);
+        const auto id = n.id();
+        if (!id) return;
+        showStyle(*id);
+        icons.fetch(std::span(&*id, 1), iconRequest::rulesChanged);
     }));
     subscriptions.push_back(center.observe(names::refreshFavicons, [this](const notification& n) {
         const auto row = n.id() ? rowOf(*n.id()) : std::nullopt;
@@ -64,10 +68,15 @@ void StyleList::setObserver(StyleListObserver* newObserver) {
 }
 
 std::optional<std::size_t> StyleList::rowOf(std::int64_t id) const {
-    const auto found =
-        std::ranges::find_if(rows, [id](const auto& row) { return row->uniqueID == id; });
-    if (found == rows.end()) return std::nullopt;
-    return static_cast<std::size_t>(found - rows.begin());
+    if (!placesHold) {
+        places.clear();
+        places.reserve(rows.size());
+        for (std::size_t row = 0; row < rows.size(); ++row)
+            places.try_emplace(rows[row]->uniqueID, row);
+        placesHold = true;
+    }
+    const auto found = places.find(id);
+    return found == places.end() ? std::nullopt : std::optional(found->second);
 }
 
 void StyleList::setLockedForSync(bool locked) {
@@ -87,6 +96,7 @@ void StyleList::refreshTable() {
         row.faviconImg = icons.known(style);
         if (!row.faviconImg) withoutIcon.push_back(row.uniqueID);
     });
+    placesHold = false;
     if (observer) observer->rowsReset();
     icons.fetch(withoutIcon, iconRequest::newRow);
 }
@@ -107,9 +117,10 @@ void StyleList::addLatestStyle() {
     selectRow(rows.size() - 1);
 }
 
-void StyleList::showName(const notification& renamed) {
-    const auto row = renamed.id() ? rowOf(*renamed.id()) : std::nullopt;
-    const auto style = row ? store.findStyle(*renamed.id()) : nullptr;
+/// What of the row may have become another by renaming or in the editor.
+void StyleList::showStyle(std::int64_t id) {
+    const auto row = rowOf(id);
+    const auto style = row ? store.findStyle(id) : nullptr;
     if (!style) return;
     rows[*row]->name = style->styleData.name;
     rows[*row]->searchText = searchTextOf(*style);
@@ -128,6 +139,7 @@ void StyleList::takeIcon(std::int64_t id, const std::shared_ptr<const siteIcon>&
 void StyleList::change(const rowsChange& change, const std::function<void()>& apply) {
     if (observer) observer->rowsWillChange(change);
     apply();
+    placesHold = false;
     if (observer) observer->rowsChanged(change);
 }
 

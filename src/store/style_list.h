@@ -13,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace tessaril {
@@ -91,7 +92,7 @@ public:
 private:
     void refreshTableAndScroll();
     void addLatestStyle();
-    void showName(const notification& renamed);
+    void showStyle(std::int64_t id);
     void takeIcon(std::int64_t id, const std::shared_ptr<const siteIcon>& icon,
                   iconRequest request);
     void change(const rowsChange& change, const std::function<void()>& apply);
@@ -103,6 +104,9 @@ private:
     IconLoader& icons;
     StyleListObserver* observer = nullptr;
     std::vector<std::unique_ptr<styleObject>> rows;
+    /// The first row of every style, made anew when it is asked for after the rows have changed.
+    mutable std::unordered_map<std::int64_t, std::size_t> places;
+    mutable bool placesHold = false;
     bool lockedForSync = false;
     std::vector<NotificationCenter::Subscription> subscriptions;
 };

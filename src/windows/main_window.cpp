@@ -172,7 +172,7 @@ void MainWindow::showAll() {
 }
 
 void MainWindow::newDocument() {
-    if (commands.list.isLockedForSync()) return commands.alerts.beep();
+    if (!commands.newStyle.mayBegin()) return;
     auto* sheet = new NewStyleSheet(commands.newStyle, this);
     sheet->open();
 }

@@ -28,7 +28,6 @@ struct mainWindowCommands {
     StyleListCommands& listCommands;
     NewStyle& newStyle;
     UndoManager& listUndo;
-    Alerts& alerts;
     std::function<bool()> canImport; ///< whether the import dialog may open now
     std::function<void(const std::vector<std::filesystem::path>&)> importFiles;
     std::function<void(const std::vector<std::filesystem::path>&)> openFiles; ///< dropped ones

@@ -103,7 +103,7 @@ void NewStyleSheet::accept() {
                                 .ruleType = ruleTypeMenu->currentIndex(),
                                 .rule = ruleField->text().toStdString(),
                                 .preprocessor = preprocessorMenu->currentIndex()};
-    if (!NewStyle::canCreate(fields.name)) return;
+    if (!NewStyle::canCreate(fields.name) || !newStyle.mayBegin()) return;
     // Closed first, so that what opens now opens over the window.
     QDialog::accept();
     newStyle.create(fields);

@@ -18,8 +18,9 @@ inline std::filesystem::path pathOf(const QString& file) {
     return QFile::encodeName(file).toStdString();
 }
 
-/// `text` as one line for a row or a title: breaks and other control characters become blanks, and
-/// no more than `most` characters are taken, which is far more than a line shows.
+/// `text` as one line for a row or a title: breaks and other control characters become blanks,
+/// those that turn the text's direction go, and no more than `most` characters are taken, which is
+/// far more than a line shows.
 QString oneLine(std::string_view text, qsizetype most = 300);
 
 /// `text` for QWidget::setWindowTitle, which would take "[*]" as its place for a change mark.

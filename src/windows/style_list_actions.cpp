@@ -34,7 +34,7 @@ StyleListActions::StyleListActions(const StyleList& styleList, StyleListCommands
     , undo(make("&Undo", [this] { undoClicked(); }))
     , redo(make("&Redo", [this] { redoClicked(); }))
     , rename(makeWithKeys("Re&name", {Qt::Key_F2},
-                          [this] { view.rename(view.selectedRows().front()); }))
+                          onOne([this](std::size_t row) { view.rename(row); })))
     , duplicate(makeWithKeys("Dupli&cate", {Qt::CTRL | Qt::Key_D}, [this] { duplicateClicked(); }))
     , deleteSelected(makeWithKeys("&Delete", {QKeySequence::Delete}, [this] { deleteClicked(); }))
     , deleteContext(make("&Delete", [this] { deleteContextClicked(); }))
@@ -43,11 +43,11 @@ StyleListActions::StyleListActions(const StyleList& styleList, StyleListCommands
     , open(makeWithKeys("&Open", {Qt::Key_Return, Qt::Key_Enter},
                         [this] { commands.openSelected(view.selectedRows()); }))
     , properties(makeWithKeys("&Properties", {Qt::ALT | Qt::Key_Return, Qt::ALT | Qt::Key_Enter},
-                              [this] { commands.openProperties(view.selectedRows().front()); }))
+                              onOne([this](std::size_t row) { commands.openProperties(row); })))
     , update(make("Check for Upda&te",
-                  [this] { commands.updateIndividualClicked(view.selectedRows().front()); }))
+                  onOne([this](std::size_t row) { commands.updateIndividualClicked(row); })))
     , exportStyle(
-          make("E&xport Style…", [this] { commands.exportStyle(view.selectedRows().front()); }))
+          make("E&xport Style…", onOne([this](std::size_t row) { commands.exportStyle(row); })))
     , enable(make("&Enable", [this] { commands.enableSelected(view.selectedRows()); }))
     , disable(make("D&isable", [this] { commands.disableSelected(view.selectedRows()); }))
     , enableAll(make("Enable &All", [this] { commands.enableAll(); }))
@@ -90,6 +90,14 @@ QAction* StyleListActions::make(const QString& text, Act act) {
     auto* action = new QAction(text, this);
     connect(action, &QAction::triggered, this, act);
     return action;
+}
+
+/// A key may come before the action has followed the selection.
+StyleListActions::Act StyleListActions::onOne(std::function<void(std::size_t row)> act) {
+    return [this, act = std::move(act)] {
+        const std::vector<std::size_t> rows = view.selectedRows();
+        if (rows.size() == 1) act(rows.front());
+    };
 }
 
 /// The keys work while the list has the focus, not a field within it.

@@ -30,6 +30,7 @@ public:
 private:
     using Act = std::function<void()>;
 
+    Act onOne(std::function<void(std::size_t row)> act);
     QAction* make(const QString& text, Act act);
     QAction* makeWithKeys(const QString& text, const QList<QKeySequence>& keys, Act act);
     void makeContextMenu();

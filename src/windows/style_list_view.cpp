@@ -58,7 +58,15 @@ StyleListView::StyleListView(StyleList& styleList, StyleListCommands& listComman
     setDragDropMode(DragDrop);
     setDefaultDropAction(Qt::MoveAction);
     setItemDelegate(delegate);
+    // Before the selection hears of it.
+    connect(&rows, &QAbstractItemModel::rowsAboutToBeRemoved, this,
+            [this] { hadSelection = selectionModel()->hasSelection(); });
     setModel(&rows);
+    // Where all that was selected has gone, the next key goes on from there.
+    connect(&rows, &QAbstractItemModel::rowsRemoved, this, [this] {
+        if (hadSelection && !selectionModel()->hasSelection() && currentIndex().isValid())
+            selectOnly(currentIndex().row());
+    });
     connect(delegate, &StyleRowDelegate::nameEdited, this,
             [this](const QModelIndex& index, const QString& name) {
                 commands.endEditingName(rows.rowAt(index.row()), name.toStdString());

@@ -106,6 +106,7 @@ private:
     RowMotion motion;
     StyleRowDelegate* delegate;
     keptState kept;
+    bool hadSelection = false; ///< before rows were removed
     target pressed;
     target hovered;
     std::vector<std::int64_t> dragged; ///< the styles of the rows that are being dragged

@@ -20,7 +20,8 @@ protected:
     std::unique_ptr<QProcess> start(const QStringList& arguments) const {
         const QString folder = home.path.c_str();
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        for (const char* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_DATA_HOME", "XDG_CONFIG_HOME"})
+        for (const char* name :
+             {"HOME", "XDG_RUNTIME_DIR", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME"})
             environment.insert(name, folder);
         environment.insert("QT_QPA_PLATFORM", "offscreen");
         auto process = std::make_unique<QProcess>();

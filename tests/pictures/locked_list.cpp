@@ -5,8 +5,8 @@
 
 #include <QApplication>
 
-// Shows the style list as it is while the cloud's copy is being fetched, until it is closed: a state
-// that passes too quickly to take its picture.
+// Shows the style list as it is while the cloud's copy is being fetched, until it is closed: a
+// state that passes too quickly to take its picture.
 int main(int argc, char* argv[]) {
     using namespace tessaril;
     QApplication qt(argc, argv);
@@ -21,7 +21,6 @@ int main(int argc, char* argv[]) {
                        .listCommands = application.listCommands(),
                        .newStyle = application.newStyle(),
                        .listUndo = application.listUndo(),
-                       .alerts = machine.alerts,
                        .canImport = [] { return false; },
                        .importFiles = [](const auto&) {},
                        .openFiles = [](const auto&) {},

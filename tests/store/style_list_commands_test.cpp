@@ -329,7 +329,7 @@ TEST_F(StyleListCommandsTest, opensEachStyleOnceAndForgetsAWindowThatDidNotOpen)
 TEST_F(StyleListCommandsTest, newStylesHoldWhatTheSheetSays) {
     begin("");
     registerPreferenceDefaults(preferences, preferences, 77, false);
-    NewStyle newStyle(store, preferences, center);
+    NewStyle newStyle(store, list, preferences, center, alerts);
     std::vector<std::int64_t> opened;
     EXPECT_FALSE(NewStyle::canCreate(" \n\u3000"));
     newStyle.create({.name = " "});
@@ -372,7 +372,11 @@ TEST_F(StyleListCommandsTest, newStylesHoldWhatTheSheetSays) {
         EXPECT_THAT(postings(), ElementsAre("addToOpenStyles " + id, "addLatestStyle"));
     }
     EXPECT_EQ(opened.size(), 5U);
-    newStyle.create({.name = "Everywhere", .rule = " \n"});
+    list.setLockedForSync(true);
+    EXPECT_FALSE(newStyle.mayBegin() || newStyle.create({.name = "Locked"}));
+    EXPECT_EQ(alerts.beeps, 2);
+    list.setLockedForSync(false);
+    EXPECT_TRUE(newStyle.create({.name = "Everywhere", .rule = " \n"}));
     EXPECT_TRUE(store.styleAt(6)->styleData.sections.at(0).appliesEverywhere());
     dispatcher.runAll();
     EXPECT_EQ(written().styles.size(), 7U);

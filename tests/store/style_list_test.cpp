@@ -52,8 +52,14 @@ TEST_F(StyleListTest, aNewRowTakesTheFirstIconAndAChangedStyleTheLast) {
     EXPECT_EQ(list.styles()[0]->faviconImg->png, "first");
 
     icons.asked.clear();
-    store.applyEditorChanges(1, namedStyle("A", 1));
+    styleContainer edited = namedStyle("A", 1);
+    edited.author = "Émile";
+    store.applyEditorChanges(1, edited);
     EXPECT_THAT(icons.asked, ElementsAre(Pair(1, iconRequest::rulesChanged)));
+    EXPECT_THAT(tellings(), ElementsAre("draw 0"));
+    StyleFilter filter;
+    filter.setText("émile");
+    EXPECT_TRUE(filter.shows(*list.styles()[0]));
     icons.found(1, icon("third"), iconRequest::rulesChanged);
     icons.found(1, icon("fourth"), iconRequest::rulesChanged);
     EXPECT_EQ(list.styles()[0]->faviconImg->png, "fourth");

@@ -99,7 +99,6 @@ protected:
          .listCommands = application.listCommands(),
          .newStyle = application.newStyle(),
          .listUndo = application.listUndo(),
-         .alerts = machine.alerts,
          .canImport = [this] { return application.fileImport().canImport(); },
          .importFiles =
              [this](const auto& chosen) { application.fileImport().importFiles(chosen); },

@@ -96,7 +96,6 @@ protected:
                        .listCommands = application.listCommands(),
                        .newStyle = application.newStyle(),
                        .listUndo = application.listUndo(),
-                       .alerts = machine.alerts,
                        .canImport = [] { return false; },
                        .importFiles = [](const auto&) {},
                        .openFiles = [](const auto&) {},

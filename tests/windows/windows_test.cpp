@@ -61,7 +61,6 @@ protected:
                        .listCommands = application.listCommands(),
                        .newStyle = application.newStyle(),
                        .listUndo = application.listUndo(),
-                       .alerts = machine.alerts,
                        .canImport = [this] { return canImport; },
                        .importFiles = [this](const Paths& paths) { imported = paths; },
                        .openFiles = [this](const Paths& paths) { opened = paths; },
