@@ -144,7 +144,7 @@ void StyleDeletion::restore(const std::vector<deletedStyle>& deleted) {
     }
     machine.undoManager.registerAction(undoName, this, [this, chosen] { deleteFree(chosen); });
     machine.list.insertRows(rows);
-    machine.list.selectRow(rows.front());
+    machine.list.selectRows(rows);
 }
 
 } // namespace tessaril

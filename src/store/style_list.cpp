@@ -103,7 +103,7 @@ void StyleList::refreshTable() {
 
 void StyleList::refreshTableAndScroll() {
     refreshTable();
-    if (!rows.empty()) selectRow(rows.size() - 1);
+    if (!rows.empty()) selectRows({rows.size() - 1});
 }
 
 void StyleList::addLatestStyle() {
@@ -114,7 +114,7 @@ void StyleList::addLatestStyle() {
         return;
     }
     insertRows({count - 1});
-    selectRow(rows.size() - 1);
+    selectRows({rows.size() - 1});
 }
 
 /// What of the row may have become another by renaming or in the editor.
@@ -200,8 +200,9 @@ void StyleList::showAgain(std::size_t row) {
     if (observer && row < rows.size()) observer->rowChanged(row);
 }
 
-void StyleList::selectRow(std::size_t row) {
-    if (observer && row < rows.size()) observer->selectRow(row);
+void StyleList::selectRows(const std::vector<std::size_t>& selected) {
+    if (observer && !selected.empty() && selected.back() < rows.size())
+        observer->selectRows(selected);
 }
 
 } // namespace tessaril

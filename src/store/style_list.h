@@ -40,8 +40,9 @@ public:
     virtual void rowsChanged(const rowsChange& change) = 0;
     /// The row shows something else.
     virtual void rowChanged(std::size_t row) = 0;
-    /// Scroll to the row and select it; where the filter hides it, the filter has to go.
-    virtual void selectRow(std::size_t row) = 0;
+    /// Scroll to the first of the rows, which are ascending, and select them and no others; where
+    /// the filter hides one, the filter has to go.
+    virtual void selectRows(const std::vector<std::size_t>& rows) = 0;
     /// `isLockedForSync` has changed.
     virtual void lockChanged() = 0;
 };
@@ -86,8 +87,8 @@ public:
     void showEnabled(std::size_t row, bool isEnabled);
     /// Draws the row anew, as for a box that the user clicked in vain.
     void showAgain(std::size_t row);
-    /// Scrolls to the row and selects it.
-    void selectRow(std::size_t row);
+    /// Scrolls to the first of the rows, which are ascending, and selects them and no others.
+    void selectRows(const std::vector<std::size_t>& selected);
 
 private:
     void refreshTableAndScroll();

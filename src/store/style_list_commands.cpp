@@ -180,7 +180,7 @@ void StyleListCommands::openForEditing(std::size_t row) {
 void StyleListCommands::openLinked(std::int64_t id) {
     const auto row = machine.list.rowOf(id);
     if (!row) return;
-    machine.list.selectRow(*row);
+    machine.list.selectRows({*row});
     openSelected({*row});
 }
 

@@ -205,9 +205,13 @@ void StyleListModel::rowChanged(std::size_t row) {
     emit dataChanged(changed, changed);
 }
 
-void StyleListModel::selectRow(std::size_t row) {
-    if (!positionOf(row)) emit hiddenRowWanted();
-    if (const auto position = positionOf(row)) emit positionWanted(*position);
+void StyleListModel::selectRows(const std::vector<std::size_t>& rows) {
+    if (!std::ranges::all_of(rows, [this](std::size_t row) { return positionOf(row).has_value(); }))
+        emit hiddenRowWanted();
+    QList<int> positions;
+    for (const std::size_t row : rows)
+        if (const auto position = positionOf(row)) positions.append(*position);
+    if (!positions.empty()) emit positionsWanted(positions);
 }
 
 } // namespace tessaril

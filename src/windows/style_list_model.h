@@ -46,8 +46,8 @@ public:
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
 signals:
-    /// The row at the position is to be scrolled to and selected.
-    void positionWanted(int position);
+    /// The rows at the positions, ascending, are to be selected, and the first scrolled to.
+    void positionsWanted(const QList<int>& positions);
     /// A row is wanted that the filter hides; to be answered by `setFilter`.
     void hiddenRowWanted();
     void lockTurned();
@@ -65,7 +65,7 @@ private:
     void rowsWillChange(const rowsChange& change) override;
     void rowsChanged(const rowsChange& change) override;
     void rowChanged(std::size_t row) override;
-    void selectRow(std::size_t row) override;
+    void selectRows(const std::vector<std::size_t>& rows) override;
     void lockChanged() override { emit lockTurned(); }
 
     void applyFilter();

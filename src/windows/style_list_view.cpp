@@ -74,9 +74,13 @@ StyleListView::StyleListView(StyleList& styleList, StyleListCommands& listComman
     // After the view's own answers to a reset, which drop what is kept here.
     connect(&rows, &QAbstractItemModel::modelAboutToBeReset, this, [this] { keep(); });
     connect(&rows, &QAbstractItemModel::modelReset, this, [this] { restore(); });
-    connect(&rows, &StyleListModel::positionWanted, this, [this](int position) {
-        selectOnly(position);
-        scrollTo(rows.index(position));
+    connect(&rows, &StyleListModel::positionsWanted, this, [this](const QList<int>& positions) {
+        selectOnly(positions.front());
+        QItemSelection selection;
+        for (const int position : positions)
+            selection.append({rows.index(position), rows.index(position)});
+        selectionModel()->select(selection, QItemSelectionModel::Select);
+        scrollTo(rows.index(positions.front()));
     });
     connect(&rows, &StyleListModel::filterTurned, this, [this] {
         if (selectionModel()->isSelected(currentIndex()))

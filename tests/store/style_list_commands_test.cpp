@@ -178,7 +178,8 @@ TEST_F(StyleListCommandsTest, undoBringsDeletedStylesBackWhereTheyStood) {
     EXPECT_THAT(tellings(), ElementsAre("remove 4-6", "remove 1-1"));
     commands.undo();
     EXPECT_EQ(store.snapshot().styles, before) << "the very same values, identifiers and all";
-    EXPECT_THAT(tellings(), ElementsAre("insert 1-1", "insert 4-6", "select 1"));
+    EXPECT_THAT(tellings(), ElementsAre("insert 1-1", "insert 4-6", "select 1", "select 4",
+                                        "select 5", "select 6"));
     EXPECT_EQ(undoManager.redoName(), "Delete Style");
     commands.redo();
     EXPECT_EQ(stored(), "ACDH");

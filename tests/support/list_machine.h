@@ -64,7 +64,10 @@ struct ListMachine : StoreMachine<>, StyleListObserver {
                        std::to_string(change.first) + "-" + std::to_string(change.last));
     }
     void rowChanged(std::size_t row) override { told.push_back("draw " + std::to_string(row)); }
-    void selectRow(std::size_t row) override { told.push_back("select " + std::to_string(row)); }
+    void selectRows(const std::vector<std::size_t>& rows) override {
+        for (const std::size_t row : rows)
+            told.push_back("select " + std::to_string(row));
+    }
     void lockChanged() override { told.emplace_back("lock"); }
 
     std::vector<std::string> tellings() {

@@ -159,8 +159,10 @@ TEST_F(StyleListWindowTest, DeletesDuplicatesAndTakesBackByKeys) {
     key(Qt::Key_Delete);
     EXPECT_THAT(shown(), ElementsAre("B", "D"));
     EXPECT_EQ(menuAction("Undo Delete Style")->shortcut(), QKeySequence::Undo);
+    EXPECT_THAT(selected(), ElementsAre("B")) << "the next key goes on from there";
     key(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_THAT(shown(), ElementsAre("A", "B", "C", "D"));
+    EXPECT_THAT(selected(), ElementsAre("A", "C"));
     key(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_THAT(stored(), ElementsAre("B", "D"));
 
