@@ -3,6 +3,7 @@
 #include "editor/editor_configuration.h"
 #include "platform/web_view.h"
 #include "preferences/preferences.h"
+#include "quiet_machine.h"
 #include "windows/code_editor.h"
 
 #include <QApplication>
@@ -24,14 +25,6 @@ namespace {
 
 using namespace tessaril;
 
-class NoPreferences : public PreferenceStore {
-    std::optional<preferenceValue> value(std::string_view, const preferenceValue&) const override {
-        return std::nullopt;
-    }
-    void setValue(std::string_view, const preferenceValue&) override {}
-    void removeValue(std::string_view) override {}
-};
-
 std::string sampleCode() {
     constexpr std::size_t size = 200'000;
     std::string code;
@@ -41,7 +34,7 @@ std::string sampleCode() {
 }
 
 struct surroundings {
-    NoPreferences stored, storedShared;
+    bench::NoPreferences stored, storedShared;
     Preferences preferences{stored}, shared{storedShared};
     NotificationCenter center;
     std::string code = sampleCode();

@@ -2,6 +2,7 @@
 #include "desktop/posix_file_system.h"
 #include "desktop/widget_style.h"
 #include "model/database_json.h"
+#include "quiet_machine.h"
 #include "sample_database.h"
 #include "store/new_style.h"
 #include "store/style_list_commands.h"
@@ -26,26 +27,6 @@ using namespace tessaril;
 
 constexpr std::size_t styleCount = 10'000;
 constexpr std::size_t documentSize = 50'000'000;
-
-class NoAlerts : public Alerts {
-    void showAlert(std::string_view, std::string_view) override { std::abort(); }
-    alertAnswer ask(const alertQuestion&) override { std::abort(); }
-    void beep() override { std::abort(); }
-};
-
-class NoBackground : public Dispatcher {
-    void onMain(Task) override {}
-    void onMainAfter(std::chrono::milliseconds, Task) override {}
-    void inBackground(taskPriority, Task) override {}
-};
-
-class NoPreferences : public PreferenceStore {
-    std::optional<preferenceValue> value(std::string_view, const preferenceValue&) const override {
-        return std::nullopt;
-    }
-    void setValue(std::string_view, const preferenceValue&) override {}
-    void removeValue(std::string_view) override {}
-};
 
 class NoIcons : public IconLoader {
     void setFoundHandler(Found) override {}
@@ -85,10 +66,10 @@ struct LargeList : LargeContainer {
     }
 
     FolderMessageChannel channel{files, container};
-    NoAlerts alerts;
-    NoBackground dispatcher;
+    bench::NoAlerts alerts;
+    bench::NoBackground dispatcher;
     NotificationCenter center;
-    NoPreferences stored;
+    bench::NoPreferences stored;
     Preferences preferences{stored};
     StyleStore store{{files, channel, alerts, dispatcher, center, preferences, [](auto&) {}},
                      container};

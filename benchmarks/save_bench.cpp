@@ -2,8 +2,7 @@
 #include "desktop/folder_message_channel.h"
 #include "desktop/posix_file_system.h"
 #include "model/database_json.h"
-#include "platform/alerts.h"
-#include "platform/dispatcher.h"
+#include "quiet_machine.h"
 #include "sample_database.h"
 #include "store/style_store.h"
 
@@ -19,27 +18,6 @@ namespace {
 using namespace tessaril;
 
 constexpr std::size_t megabyte = 1'000'000;
-
-class NoAlerts : public Alerts {
-    void showAlert(std::string_view, std::string_view) override { std::abort(); }
-    alertAnswer ask(const alertQuestion&) override { std::abort(); }
-    void beep() override {}
-};
-
-/// Background tasks wait for `finishSaves`, so that the two shares can be told apart.
-class NoBackground : public Dispatcher {
-    void onMain(Task) override {}
-    void onMainAfter(std::chrono::milliseconds, Task) override {}
-    void inBackground(taskPriority, Task) override {}
-};
-
-class NoPreferences : public PreferenceStore {
-    std::optional<preferenceValue> value(std::string_view, const preferenceValue&) const override {
-        return std::nullopt;
-    }
-    void setValue(std::string_view, const preferenceValue&) override {}
-    void removeValue(std::string_view) override {}
-};
 
 /// A folder on the disk of the build tree, removed at the end.
 class BenchFolder {
@@ -75,10 +53,10 @@ struct LargeStore {
     BenchFolder folder;
     PosixFileSystem files;
     FolderMessageChannel channel{files, folder.path};
-    NoAlerts alerts;
-    NoBackground dispatcher;
+    bench::NoAlerts alerts;
+    bench::NoBackground dispatcher;
     NotificationCenter center;
-    NoPreferences stored;
+    bench::NoPreferences stored;
     Preferences preferences{stored};
     StyleStore store{{.files = files,
                       .channel = channel,
