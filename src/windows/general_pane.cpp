@@ -19,8 +19,7 @@ namespace {
 namespace keys = preferenceKeys;
 
 constexpr const char* noAccountText = "Not available: no cloud account is set up.";
-constexpr const char* siteIconsText =
-    "Each request for an icon tells the site that someone has a style for it.";
+constexpr const char* siteIconsText = "Asking tells a site that someone has a style for it.";
 constexpr const char* nothingRemovedText = "There are no removed styles to recover.";
 constexpr const char* recoverText = "Bring back styles that the last sync removed.";
 
@@ -54,9 +53,11 @@ GeneralPane::GeneralPane(generalPaneParts paneParts)
     form->addRow("In the browser:",
                  bound.checkBox("Switch styles by the toggle &shortcut", keys::toggleShortcut));
     QCheckBox* icons = bound.checkBox("S&how the icons of web sites", keys::fetchSiteIcons);
-    icons->setToolTip(siteIconsText);
     icons->setAccessibleDescription(siteIconsText);
+    auto* iconsNote = new QLabel(siteIconsText);
+    makeNote(*iconsNote);
     form->addRow("In the list:", icons);
+    form->addRow("", iconsNote);
     addGap(*form);
     addCloudRows(*form);
     form->addRow("Mood:", bound.checkBox("Awes&ome", keys::awesomeness));
