@@ -111,6 +111,7 @@ void Application::openWebsite() {
 void Application::stopLoading() {
     icons.stop();
     machine.urls.cancelAll();
+    machine.iconDecoder.cancelAll();
 }
 
 void Application::finish() {

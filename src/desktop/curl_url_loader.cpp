@@ -5,6 +5,7 @@
 #include "model/text.h"
 
 #include <curl/curl.h>
+#include <netinet/in.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -26,6 +27,35 @@ constexpr const char* protocols = "http,https";
 constexpr std::string_view insecure = "http://";
 constexpr std::string_view secure = "https://";
 
+/// Fit for a line of the log: whole characters without control characters, and not too many.
+std::string forLog(std::string_view text) {
+    constexpr std::size_t longest = 300;
+    constexpr std::string_view more = "...";
+    const auto isInside = [&](std::size_t at) { return (text[at] & 0xC0) == 0x80; };
+    std::size_t end = text.size();
+    if (end > longest)
+        for (end = longest; end > 0 && isInside(end);)
+            --end;
+    std::string shown = validUTF8(text.substr(0, end));
+    for (std::size_t at = 0; at < shown.size(); ++at) {
+        const auto byte = static_cast<unsigned char>(shown[at]);
+        if (byte < 0x20 || byte == 0x7F) shown[at] = '?';
+        // U+0080 to U+009F
+        if (byte == 0xC2 && static_cast<unsigned char>(shown[at + 1]) < 0xA0)
+            shown.replace(at, 2, "?");
+    }
+    return end < text.size() ? shown.append(more) : shown;
+}
+
+/// The port of an address to connect to; 0 where it has none.
+int portOf(const sockaddr& address) {
+    if (address.sa_family == AF_INET)
+        return ntohs(reinterpret_cast<const sockaddr_in&>(address).sin_port);
+    if (address.sa_family == AF_INET6)
+        return ntohs(reinterpret_cast<const sockaddr_in6&>(address).sin6_port);
+    return 0;
+}
+
 struct handleCloser {
     void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
 };
@@ -44,22 +74,27 @@ public:
         // The library would guess.
         if (!startsWith(address, insecure) && !startsWith(address, secure))
             return failed("no address of the web");
-        for (int redirects = 0;; ++redirects) {
+        for (;; ++redirects) {
             if (!loadOnce(address)) return std::nullopt;
             const char* target = info<char*>(CURLINFO_REDIRECT_URL);
             if (!target) break;
             if (redirects == request.mostRedirects) return failed("too many redirects");
+            if (std::string_view(target).size() > longestWebAddress)
+                return failed("a redirect to an overlong address");
             if (startsWith(address, secure) && !startsWith(target, secure))
                 return failed("a redirect to an insecure address");
             address = target;
         }
-        const long status = info<long>(CURLINFO_RESPONSE_CODE);
-        if (status < 200 || status > 299) return failed("status " + std::to_string(status));
+        const long status = answerStatus();
+        if (!isSuccess(status)) return failed("status " + std::to_string(status));
         const char* type = info<char*>(CURLINFO_CONTENT_TYPE);
-        return urlResponse{std::move(body), std::move(address), type ? type : ""};
+        return urlResponse{std::move(body), std::move(address), type ? type : "", false};
     }
 
     const std::string& reason() const { return why; }
+
+    /// Whether any server has answered, if only by a redirect.
+    bool wasAnswered() const { return isAnswered; }
 
 private:
     std::nullopt_t failed(std::string text) {
@@ -70,6 +105,11 @@ private:
     static bool startsWith(std::string_view address, std::string_view scheme) {
         return lowercasedASCII(address.substr(0, scheme.size())) == scheme;
     }
+
+    static bool isSuccess(long status) { return status >= 200 && status <= 299; }
+    static bool isRedirect(long status) { return status >= 300 && status <= 399; }
+
+    long answerStatus() const { return info<long>(CURLINFO_RESPONSE_CODE); }
 
     template <typename T>
     void set(CURLoption option, T value) {
@@ -106,7 +146,7 @@ private:
     /// Loads without following; false when no whole answer came.
     bool loadOnce(const std::string& address) {
         body.clear();
-        isCut = false;
+        hasEnough = false;
         headIsWhole = false;
         message.front() = '\0';
         lastProgress = clock::now();
@@ -118,7 +158,7 @@ private:
             return false;
         }
         const CURLcode result = curl_easy_perform(handle.get());
-        if (isCut) return true;
+        if (hasEnough) return true;
         // The library takes the end of the connection for the end of the head too.
         if (result == CURLE_OK && headIsWhole) return true;
         if (result == CURLE_OK) why = "the answer is cut short";
@@ -132,18 +172,31 @@ private:
 
     static std::size_t headerReceived(const char* bytes, std::size_t, std::size_t count,
                                       void* self) {
-        const std::string_view line(bytes, count);
-        static_cast<Transfer*>(self)->headIsWhole = line == "\r\n" || line == "\n";
+        static_cast<Transfer*>(self)->noteHeader({bytes, count});
         return count;
+    }
+
+    /// Lines that come behind a chunked body are told here too.
+    void noteHeader(std::string_view line) {
+        if (line.starts_with("HTTP/")) headIsWhole = false;
+        if (line != "\r\n" && line != "\n") return;
+        headIsWhole = true;
+        isAnswered = true;
     }
 
     /// Taking less than what came ends the load.
     std::size_t take(std::string_view piece) {
+        const long status = answerStatus();
+        if (isRedirect(status)) return piece.size(); // nobody needs that body
+        if (!isSuccess(status)) {
+            hasEnough = true;
+            return CURL_WRITEFUNC_ERROR;
+        }
         const std::size_t room = request.largestBody - body.size();
         body += piece.substr(0, room);
         if (piece.size() > room) {
-            isCut = request.cutsLongerBody;
-            if (!isCut) why = "a body of more than " + std::to_string(body.size()) + " bytes";
+            hasEnough = request.cutsLongerBody;
+            if (!hasEnough) why = "a body of more than " + std::to_string(body.size()) + " bytes";
             return CURL_WRITEFUNC_ERROR;
         }
         return piece.size();
@@ -181,6 +234,11 @@ private:
             why = "not a host of the public internet";
             return CURL_SOCKET_BAD;
         }
+        const int port = portOf(address.addr);
+        if (request.publicHostsOnly && redirects > 0 && port != 80 && port != 443) {
+            why = "a redirect to a port where no web site is";
+            return CURL_SOCKET_BAD;
+        }
         why.clear(); // of a host's addresses the public ones are tried
         return ::socket(address.family, address.socktype | SOCK_CLOEXEC, address.protocol);
     }
@@ -194,7 +252,9 @@ private:
     std::string body;
     std::string why;
     bool isConfigured = true;
-    bool isCut = false;
+    bool hasEnough = false; ///< of the answer, which was ended then
+    bool isAnswered = false;
+    int redirects = 0;
     bool headIsWhole = false;
     std::unique_ptr<CURL, handleCloser> handle; ///< the last member: its end may use the others
 };
@@ -208,13 +268,18 @@ CurlUrlLoader::CurlUrlLoader() : mainThread(std::this_thread::get_id()) {
 std::optional<urlResponse> CurlUrlLoader::load(const urlRequest& request) {
     assert(std::this_thread::get_id() != mainThread);
     std::string reason = "cancelled";
+    bool wasAnswered = false;
     if (!cancelled) {
         Transfer transfer(request, cancelled);
         if (auto response = transfer.run()) return response;
         reason = transfer.reason();
+        wasAnswered = transfer.wasAnswered();
     }
-    logLine("Error loading " + request.address + ": " + reason);
-    return std::nullopt;
+    logLine("Error loading " + forLog(request.address) + ": " + forLog(reason));
+    if (!wasAnswered || !request.givesFailedAnswers || cancelled) return std::nullopt;
+    urlResponse failed;
+    failed.hasFailed = true;
+    return failed;
 }
 
 } // namespace tessaril

@@ -2,6 +2,7 @@
 
 #include "platform/icon_decoder.h"
 
+#include <atomic>
 #include <filesystem>
 
 namespace tessaril {
@@ -14,9 +15,11 @@ public:
     explicit HelperIconDecoder(std::filesystem::path program);
 
     std::optional<siteIcon> decode(std::string_view bytes) override;
+    void cancelAll() override { cancelled = true; }
 
 private:
     std::filesystem::path program;
+    std::atomic<bool> cancelled = false;
 };
 
 } // namespace tessaril

@@ -7,9 +7,6 @@
 // What passes between the application and the program that decodes pictures for it.
 namespace tessaril {
 
-/// A picture of more bytes is no icon.
-inline constexpr std::size_t largestIconBytes = 1 << 20;
-
 /// The size of the answer: four bytes a pixel, red, green, blue and alpha, not premultiplied.
 inline constexpr std::size_t iconPixelBytes = std::size_t{siteIconSize} * siteIconSize * 4;
 

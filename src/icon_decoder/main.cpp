@@ -5,6 +5,7 @@
 
 #include "icon_decoder/icon_pixels.h"
 #include "icon_decoder/picture.h"
+#include "platform/icon_decoder.h"
 
 #include <QByteArray>
 #include <QGuiApplication>
@@ -28,7 +29,7 @@ bool limit(__rlimit_resource resource, rlim_t value) {
 
 bool limitThisProcess() {
     constexpr rlim_t megabyte = 1 << 20;
-    return limit(RLIMIT_CPU, 2) && limit(RLIMIT_AS, 1024 * megabyte) && limit(RLIMIT_FSIZE, 0) &&
+    return limit(RLIMIT_CPU, 1) && limit(RLIMIT_AS, 1024 * megabyte) && limit(RLIMIT_FSIZE, 0) &&
            limit(RLIMIT_NOFILE, 32) && limit(RLIMIT_CORE, 0) &&
            ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0;
 }

@@ -52,13 +52,14 @@ QImage bitmapIn(const QByteArray& bytes, int size) {
     reader.setDecideFormatFromContent(true);
     reader.setAutoTransform(true);
     // Formats that are programs have their own way in.
-    constexpr const char* formats[] = {"png", "ico", "jpeg", "gif", "webp"};
+    constexpr const char* formats[] = {"png", "ico", "jpeg", "gif"};
     const bool isKnown =
         std::ranges::any_of(formats, [&](const char* format) { return reader.format() == format; });
     if (!isKnown) return {};
     const int best = bestPicture(reader, size);
     if (best < 0) return {};
-    if (reader.imageCount() > 1 && !reader.jumpToImage(best)) return {};
+    // An animation is read from its start only, where it still stands.
+    if (!reader.jumpToImage(best) && best > 0) return {};
     return scaledDown(reader.read(), size);
 }
 

@@ -10,6 +10,8 @@ bool isSelfContainedSVG(const QByteArray& bytes) {
     while (!xml.atEnd()) {
         switch (xml.readNext()) {
         case QXmlStreamReader::DTD:
+            if (xml.text().contains(u'[') || !xml.entityDeclarations().isEmpty()) return false;
+            break;
         case QXmlStreamReader::EntityReference:
         case QXmlStreamReader::ProcessingInstruction:
             return false;

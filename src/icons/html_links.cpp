@@ -2,6 +2,7 @@
 
 #include "model/text.h"
 #include "model/utf8.h"
+#include "platform/url_loader.h"
 
 #include <algorithm>
 #include <array>
@@ -175,10 +176,12 @@ std::vector<std::string> lowerCaseWords(std::string_view text) {
     return words;
 }
 
-/// The value of the first attribute of the name, as browsers take it.
+/// The value of the first attribute of the name, as browsers take it; an overlong one counts as
+/// empty, none of those read here being longer than an address.
 std::string valueOf(std::string_view name, const std::vector<attribute>& attributes) {
     const auto found = std::ranges::find(attributes, name, &attribute::name);
-    return found == attributes.end() ? std::string() : decoded(found->value);
+    if (found == attributes.end() || found->value.size() > longestWebAddress) return {};
+    return decoded(found->value);
 }
 
 } // namespace

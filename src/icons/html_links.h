@@ -6,7 +6,8 @@
 
 namespace tessaril {
 
-/// A `link` element with what it says of an icon; attributes that are not there are empty.
+/// A `link` element with what it says of an icon; attributes that are not there, or are longer than
+/// any address, are empty.
 struct htmlLink {
     std::vector<std::string> rel; ///< its words, in lower case
     std::string href;

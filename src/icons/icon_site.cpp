@@ -7,7 +7,7 @@ namespace tessaril {
 
 namespace {
 
-constexpr std::size_t mostRules = 500;
+constexpr std::size_t mostRules = 30;
 
 constexpr std::array<std::string_view, 3> prefixEndings{".com", ".org", ".net"};
 

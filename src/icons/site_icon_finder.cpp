@@ -11,7 +11,6 @@ namespace {
 
 using std::chrono::seconds;
 
-constexpr std::size_t largestIcon = 1 << 20;
 constexpr std::size_t largestPage = 1 << 20; // the head of a longer one is in it
 constexpr std::size_t largestManifest = 256 << 10;
 
@@ -63,7 +62,7 @@ std::shared_ptr<const siteIcon> SiteIconFinder::firstOf(const std::vector<iconLi
 
 std::shared_ptr<const siteIcon> SiteIconFinder::iconAt(const std::string& address) {
     if (!tried.insert(address).second) return nullptr;
-    const auto response = load(address, largestIcon, false);
+    const auto response = load(address, largestIconBytes, false);
     if (!response) return nullptr;
     auto icon = decoder.decode(response->body);
     return icon ? std::make_shared<const siteIcon>(*std::move(icon)) : nullptr;
@@ -78,9 +77,11 @@ std::optional<urlResponse> SiteIconFinder::load(const std::string& address, std:
                                  .mostRedirects = 5,
                                  .connectTime = seconds(5),
                                  .stallTime = seconds(5),
-                                 .totalTime = seconds(20),
-                                 .publicHostsOnly = true});
+                                 .totalTime = seconds(10),
+                                 .publicHostsOnly = true,
+                                 .givesFailedAnswers = true});
     wasReached = wasReached || response;
+    if (response && response->hasFailed) return std::nullopt;
     return response;
 }
 

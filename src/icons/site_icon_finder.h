@@ -13,14 +13,15 @@ namespace tessaril {
 /// What was learned about a site's icon.
 struct foundIcon {
     std::shared_ptr<const siteIcon> icon; ///< nothing where none was found
-    /// Whether the site was reached, so that finding none means that it has none.
+    /// Whether the site was reached, so that finding none means that it has none: it has answered,
+    /// if only by refusing, and was asked for all there is to ask for.
     bool wasReached = false;
 };
 
 /// Looks for one site's icon on the network, a request at a time. Used by one thread.
 class SiteIconFinder {
 public:
-    /// - mayLoad: asked before every request
+    /// - mayLoad: asked before every request, and once more at the end
     SiteIconFinder(UrlLoader& loader, IconDecoder& decoder, std::function<bool()> mayLoad);
 
     /// Tries the site's direct addresses, then its page's preferred icon.

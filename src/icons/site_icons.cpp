@@ -18,7 +18,7 @@ std::shared_ptr<const siteIcon> SiteIcons::known(const std::string& name) const 
     return found == sites.end() ? nullptr : found->second.icon;
 }
 
-std::shared_ptr<const siteIcon> SiteIcons::find(const iconSite& site) {
+std::shared_ptr<const siteIcon> SiteIcons::find(const iconSite& site, Clock::time_point end) {
     std::unique_lock lock(mutex);
     knowledge& known = sites[site.name]; // stays where it is
     settled.wait(lock, [&] { return known.now != state::sought; });
@@ -26,7 +26,7 @@ std::shared_ptr<const siteIcon> SiteIcons::find(const iconSite& site) {
 
     knowledge before = std::exchange(known, {.now = state::sought, .icon = known.icon});
     lock.unlock();
-    knowledge learned = look(site);
+    knowledge learned = look(site, end);
     lock.lock();
     if (!learned.icon) learned.icon = std::move(before.icon);
     known = learned;
@@ -40,14 +40,15 @@ bool SiteIcons::isToBeSought(const knowledge& known) const {
     return known.now == state::unknown;
 }
 
-SiteIcons::knowledge SiteIcons::look(const iconSite& site) {
+SiteIcons::knowledge SiteIcons::look(const iconSite& site, Clock::time_point end) {
     const auto cached = machine.cache.find(site.name);
     if (cached && cached->isFresh) return {.now = state::settled, .icon = cached->icon};
     // An outdated icon is better than none.
     knowledge learned{.icon = cached ? cached->icon : nullptr};
-    if (!machine.mayLoad()) return learned;
+    const auto mayLoad = [&] { return machine.mayLoad() && machine.clock() < end; };
+    if (!mayLoad()) return learned;
 
-    foundIcon found = SiteIconFinder(machine.loader, machine.decoder, machine.mayLoad).find(site);
+    foundIcon found = SiteIconFinder(machine.loader, machine.decoder, mayLoad).find(site);
     if (found.icon || found.wasReached) {
         machine.cache.store(site.name, found.icon.get());
         return {.now = state::settled, .icon = std::move(found.icon)};

@@ -35,8 +35,9 @@ public:
     std::shared_ptr<const siteIcon> known(const std::string& name) const;
 
     /// The site's icon; waits for it, also where another thread looks for it. A site that could not
-    /// be reached is left alone for a while.
-    std::shared_ptr<const siteIcon> find(const iconSite& site);
+    /// be reached, or not be searched to the end, is left alone for a while.
+    /// - end: no request begins later
+    std::shared_ptr<const siteIcon> find(const iconSite& site, Clock::time_point end);
 
 private:
     enum class state { unknown, sought, settled, unreached };
@@ -47,7 +48,7 @@ private:
         Clock::time_point since;
     };
 
-    knowledge look(const iconSite& site);
+    knowledge look(const iconSite& site, Clock::time_point end);
     bool isToBeSought(const knowledge& known) const;
 
     surroundings machine;

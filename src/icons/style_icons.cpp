@@ -14,6 +14,9 @@ namespace {
 /// Each worker has one request under way at most.
 constexpr std::size_t mostWorkers = 4;
 
+/// A stranger's style must not keep a worker from the others.
+constexpr std::chrono::seconds longestSearch(60);
+
 } // namespace
 
 StyleIcons::StyleIcons(styleIconsSurroundings surroundings)
@@ -34,7 +37,7 @@ std::shared_ptr<const siteIcon> StyleIcons::known(const styleContainer& style) c
 }
 
 void StyleIcons::fetch(std::span<const std::int64_t> ids, iconRequest why) {
-    wasOn = mayLoad();
+    wasOn = wasOn && mayLoad();
     const std::lock_guard lock(mutex);
     for (const std::int64_t id : ids)
         add(id, why);
@@ -86,6 +89,7 @@ void StyleIcons::startWorkers() {
     if (stopped) return;
     for (const std::size_t wanted = std::min(waitingCount, mostWorkers); workers < wanted;
          ++workers)
+        // Waiting for sites must not hold up a save, which has utility priority.
         machine.dispatcher.inBackground(taskPriority::background, [this] { work(); });
 }
 
@@ -119,10 +123,11 @@ std::optional<StyleIcons::request> StyleIcons::take(std::int64_t id) {
 void StyleIcons::lookFor(const request& next) {
     const auto style = machine.findStyle(next.id);
     if (!style) return;
+    const auto end = machine.clock() + longestSearch;
     for (const iconRule& rule : iconRulesOf(*style)) {
-        if (stopped) return;
+        if (stopped || machine.clock() >= end) return;
         const auto site = siteOf(rule);
-        auto icon = site ? sites.find(*site) : nullptr;
+        auto icon = site ? sites.find(*site, end) : nullptr;
         if (!icon) continue;
         tell(next, std::move(icon));
         if (next.why == iconRequest::newRow) return; // every request tells a site something

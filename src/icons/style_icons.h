@@ -33,7 +33,7 @@ struct styleIconsSurroundings {
 
 /// Finds styles' icons, a few styles at once, in the background. While the preference for it is off
 /// nothing is asked of the network; switched on, it looks for the icons of all styles it was ever
-/// asked for.
+/// asked for. The search for one style's icons ends after a minute.
 class StyleIcons : public IconLoader {
 public:
     explicit StyleIcons(styleIconsSurroundings surroundings);
@@ -69,7 +69,9 @@ private:
 
     // Of the main thread.
     Found onFound;
-    bool wasOn = false;
+    /// Whether it was on whenever icons were asked for. A change may be announced late, so it is
+    /// not set by asking.
+    bool wasOn = true;
 
     std::mutex mutex; ///< guards what follows
     /// What is to be done for every style asked for so far, if anything.

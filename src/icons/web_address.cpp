@@ -168,6 +168,7 @@ std::string webAddress::text() const {
 }
 
 std::optional<webAddress> parseWebAddress(std::string_view text) {
+    if (text.size() > longestWebAddress) return std::nullopt;
     text = withoutFragment(text);
     const std::size_t scheme = schemeLength(text);
     if (scheme == 0) return std::nullopt;
@@ -178,6 +179,7 @@ std::optional<webAddress> parseWebAddress(std::string_view text) {
 }
 
 std::optional<webAddress> resolvedAddress(const webAddress& base, std::string_view reference) {
+    if (reference.size() > longestWebAddress) return std::nullopt;
     reference = withoutFragment(trimmed(reference));
     std::optional<webAddress> target = base;
     if (const std::size_t scheme = schemeLength(reference)) {
@@ -193,6 +195,7 @@ std::optional<webAddress> resolvedAddress(const webAddress& base, std::string_vi
     if (!target) return std::nullopt;
     target->path = encodedPath(withoutDotSegments(target->path));
     if (target->query) target->query = encodedPath(*target->query);
+    if (target->text().size() > longestWebAddress) return std::nullopt;
     return target;
 }
 

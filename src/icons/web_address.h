@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/url_loader.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -21,11 +23,12 @@ struct webAddress {
 
 /// An absolute http or https address with a host, in which only characters stand that may; beyond
 /// them, letters of other scripts are taken in the host, to be encoded by who resolves it. Nothing
-/// for any other text.
+/// for any other text, nor for one longer than `longestWebAddress`.
 std::optional<webAddress> parseWebAddress(std::string_view text);
 
 /// What `reference`, as a page writes it, means on the page at `base`: surrounding white space is
-/// dropped, and what an address cannot hold is percent-encoded. Nothing unless it leads to the web.
+/// dropped, and what an address cannot hold is percent-encoded. Nothing unless it leads to the web,
+/// nor where the reference or what it means is longer than `longestWebAddress`.
 std::optional<webAddress> resolvedAddress(const webAddress& base, std::string_view reference);
 
 /// Whether an icon may be asked for there, though a stranger chose the address: by https at the

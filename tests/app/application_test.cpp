@@ -153,6 +153,7 @@ TEST_F(ApplicationTest, looksForIconsUntilItQuits) {
     application.stopLoading();
     dispatcher.runAll();
     EXPECT_TRUE(urls.cancelled);
+    EXPECT_TRUE(pictures.cancelled);
     EXPECT_EQ(urls.asked.size(), 1U);
 }
 

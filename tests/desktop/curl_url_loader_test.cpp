@@ -17,7 +17,8 @@ namespace {
 
 using namespace testing;
 using namespace std::chrono_literals;
-using ::testing::HasSubstr, ::testing::IsEmpty, ::testing::Not;
+using ::testing::EndsWith, ::testing::HasSubstr, ::testing::IsEmpty, ::testing::Not,
+    ::testing::StartsWith;
 
 std::string compressed(const std::string& text) {
     return qCompress(QByteArray::fromStdString(text)).mid(4).toStdString(); // a length comes first
@@ -53,12 +54,26 @@ TEST_F(CurlUrlLoaderTest, GivesWholeBodiesAndWhereTheyCameFrom) {
     EXPECT_THAT(server.requests().at(2), Not(HasSubstr("Cookie")));
 }
 
+TEST_F(CurlUrlLoaderTest, TakesTrailersAndTheBodiesOfRedirectsForNothing) {
+    const LoopbackServer server(
+        {{"/chunks", "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\nTrailer: X-Sum\r\n"
+                     "Connection: close\r\n\r\n4\r\nbody\r\n0\r\nX-Sum: 1\r\n\r\n"},
+         {"/moved", LoopbackServer::withLength(std::string(5'000'000, 'x'), "Location: /chunks\r\n",
+                                               "302 Found")}});
+    for (const char* path : {"/chunks", "/moved"}) {
+        const auto response = load({.address = server.address(path), .largestBody = 4});
+        ASSERT_TRUE(response) << path;
+        EXPECT_EQ(response->body, "body");
+    }
+}
+
 TEST_F(CurlUrlLoaderTest, RefusesWhatIsNotAWholeAnswerOfTheKindAskedFor) {
     const LoopbackServer server(
         {{"/missing", LoopbackServer::withLength("text", "", "404 Not Found")},
          {"/broken", LoopbackServer::withLength("text", "", "500 Oh")},
          {"/endless", LoopbackServer::redirect("/endless")},
          {"/file", LoopbackServer::redirect("file:///etc/passwd")},
+         {"/far", LoopbackServer::redirect("/" + std::string(3000, 'a'))},
          {"/closed", "HTTP/1.1 200 OK\r\nContent-Le"},
          {"/short", "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nfive."},
          {"/huge", LoopbackServer::withLength(std::string(5'000'000, 'x'))},
@@ -69,19 +84,40 @@ TEST_F(CurlUrlLoaderTest, RefusesWhatIsNotAWholeAnswerOfTheKindAskedFor) {
                                             {"/broken", "status 500"},
                                             {"/endless", "too many redirects"},
                                             {"/file", ""},
+                                            {"/far", "a redirect to an overlong address"},
                                             {"/closed", "the answer is cut short"},
                                             {"/short", ""},
                                             {"/huge", "a body of more than 1000 bytes"},
                                             {"/bomb", "a body of more than 1000 bytes"}})
         expectFailure({.address = server.address(path), .largestBody = 1000}, reason);
-    EXPECT_EQ(server.requests().size(), 8U + 10) << "ten redirects are followed";
+    EXPECT_EQ(server.requests().size(), 9U + 10) << "ten redirects are followed";
     for (const char* address : {"file:///etc/passwd", "ftp://127.0.0.1/", "", "127.0.0.1"})
         expectFailure({.address = address}, "no address of the web");
+
+    // Who asks for it learns whether there was an answer at all.
+    for (const char* path : {"/missing", "/broken", "/far", "/huge"}) {
+        const auto refusal = load(
+            {.address = server.address(path), .largestBody = 1000, .givesFailedAnswers = true});
+        EXPECT_TRUE(refusal && refusal->hasFailed && refusal->body.empty()) << path;
+    }
+    EXPECT_FALSE(load({.address = server.address("/closed"), .givesFailedAnswers = true}));
 
     const auto start =
         load({.address = server.address("/huge"), .largestBody = 1000, .cutsLongerBody = true});
     ASSERT_TRUE(start);
     EXPECT_EQ(start->body, std::string(1000, 'x'));
+}
+
+TEST_F(CurlUrlLoaderTest, KeepsALinesLengthAndCharactersInTheLogInBounds) {
+    std::string address = "ftp://\x1B[2J\n\xC2\x9B\xFF";
+    while (address.size() < 1'000'000)
+        address += "\xE2\x82\xAC";
+    CapturedLog log;
+    EXPECT_FALSE(load({.address = address}));
+    const std::string line = log.take();
+    EXPECT_THAT(line, StartsWith("Error loading ftp://?[2J??\xEF\xBF\xBD\xE2\x82\xAC"));
+    EXPECT_THAT(line, EndsWith("\xE2\x82\xAC...: no address of the web\n"));
+    EXPECT_LT(line.size(), 400U);
 }
 
 TEST_F(CurlUrlLoaderTest, WaitsForASilentServerNoLongerThanAskedAndNotAtAllOnceCancelled) {

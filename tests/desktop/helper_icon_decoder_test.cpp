@@ -1,4 +1,5 @@
 #include "desktop/helper_icon_decoder.h"
+#include "support/event_loop.h"
 #include "support/temporary_folder.h"
 
 #include <QBuffer>
@@ -7,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <future>
 #include <string>
 #include <vector>
 
@@ -84,10 +87,23 @@ TEST_F(HelperIconDecoderTest, FitsPicturesOfEveryFormatIntoTheMiddle) {
                             filled(64, 64, Qt::green), filled(32, 32, Qt::red)})),
               QColor(Qt::green));
     EXPECT_EQ(middle(icoOf({filled(16, 16, Qt::red), filled(32, 32, Qt::blue)})), QColor(Qt::blue));
+    EXPECT_EQ(middle(icoOf({filled(64, 64, Qt::green), filled(16, 16, Qt::red)})),
+              QColor(Qt::green));
+    using namespace std::string_literals;
+    const std::string frame = ",\0\0\0\0\1\0\1\0\0\2\2"s;
+    EXPECT_EQ(decoded("GIF89a\1\0\1\0\x80\0\0\xFF\0\0\0\0\xFF"s + frame + "\x44\1\0"s + frame +
+                      "\x4C\1\0;"s)
+                  .pixelColor(23, 23),
+              QColor(Qt::red))
+        << "an animation's first picture";
     const QImage drawn =
         decoded(svg("<rect width='20' height='10' fill='#0000ff'/><text>i</text>"));
     EXPECT_EQ(drawn.pixelColor(40, 30), QColor(Qt::blue));
     EXPECT_EQ(drawn.pixelColor(24, 2).alpha(), 0);
+    EXPECT_EQ(middle("<!DOCTYPE svg PUBLIC '-//W3C//DTD SVG 1.1//EN' "
+                     "'http://www.w3.org/Graphics/SVG/1.1/DTD/svg11.dtd'>" +
+                     svg("<rect width='20' height='10' fill='#0000ff'/>").substr(21)),
+              QColor(Qt::blue));
 }
 
 TEST_F(HelperIconDecoderTest, RefusesWhatIsBrokenHugeOrNoPicture) {
@@ -105,7 +121,7 @@ TEST_F(HelperIconDecoderTest, RefusesWhatIsBrokenHugeOrNoPicture) {
                 image.setPixel(x, y, state = state * 1664525 + 1013904223);
         return image;
     };
-    EXPECT_FALSE(decoded(encoded(noise(500), "PNG")).isNull()) << "large, but within the limits";
+    EXPECT_FALSE(decoded(encoded(noise(400), "PNG")).isNull()) << "large, but within the limits";
     EXPECT_TRUE(decoded("<!DOCTYPE html><title>Not found</title>").isNull());
     EXPECT_TRUE(decoded("P6 1 1 255\nabc").isNull()) << "a format that no site has";
 
@@ -115,7 +131,7 @@ TEST_F(HelperIconDecoderTest, RefusesWhatIsBrokenHugeOrNoPicture) {
     for (const std::size_t place : {16u, 20u})
         claiming.replace(place, 4, reinterpret_cast<const char*>(&huge), 4);
     EXPECT_TRUE(decoded(claiming).isNull());
-    EXPECT_TRUE(decoded(png + std::string(1 << 20, 'x')).isNull()) << "more than 1 MB";
+    EXPECT_TRUE(decoded(png + std::string(1 << 19, 'x')).isNull()) << "more than 512 KB";
     EXPECT_TRUE(HelperIconDecoder("/missing").decode(png) == std::nullopt);
 }
 
@@ -130,6 +146,10 @@ TEST_F(HelperIconDecoderTest, RefusesDrawingsThatOpenFilesOrNeverEnd) {
                         svg("<rect width='20' height='10'/>").substr(21))
                     .isNull());
     EXPECT_TRUE(decoded("<!DOCTYPE svg [<!ENTITY a '<g/>'>]><svg>&a;</svg>").isNull());
+    writeFile(folder / "own.dtd", "<!ENTITY a \"<rect width='20' height='10'/>\">");
+    EXPECT_TRUE(decoded("<!DOCTYPE svg SYSTEM '" + (folder / "own.dtd").string() + "'>" +
+                        svg("&a;").substr(21))
+                    .isNull());
     EXPECT_TRUE(decoded(svg("<rect")).isNull());
     EXPECT_TRUE(decoded("<svg xmlns='http://www.w3.org/2000/svg'/>").isNull());
 
@@ -149,6 +169,33 @@ TEST_F(HelperIconDecoderTest, RefusesDrawingsThatOpenFilesOrNeverEnd) {
         deep += repeated("<g>");
     EXPECT_TRUE(decoded(svg(deep)).isNull());
     decoded(svg("<g id='a'><use xlink:href='#a'/></g>")); // comes back
+}
+
+TEST_F(HelperIconDecoderTest, EndsAtOnceWhenCancelled) {
+    const TemporaryFolder folder;
+    // Ends by itself, with an icon, as soon as it may.
+    writeFile(folder / "helper", "#!/bin/sh\ncd '" + folder.path.string() +
+                                     "'\ntouch started\n"
+                                     "until test -e go; do sleep 0.01; done\n"
+                                     "head -c 9216 /dev/zero\n");
+    std::filesystem::permissions(folder / "helper", std::filesystem::perms::owner_all);
+    const std::string png = encoded(filled(1, 1, Qt::red), "PNG");
+    const auto run = [&](HelperIconDecoder& slow) {
+        return std::async(std::launch::async, [&] { return slow.decode(png).has_value(); });
+    };
+    const auto hasStarted = [&] { return std::filesystem::exists(folder / "started"); };
+
+    HelperIconDecoder slow(folder / "helper");
+    auto running = run(slow);
+    ASSERT_TRUE(eventually(hasStarted));
+    slow.cancelAll();
+    EXPECT_FALSE(running.get());
+    std::filesystem::remove(folder / "started");
+    writeFile(folder / "go", "");
+    EXPECT_FALSE(slow.decode(png));
+    EXPECT_FALSE(hasStarted());
+    HelperIconDecoder fresh(folder / "helper");
+    EXPECT_TRUE(run(fresh).get());
 }
 
 } // namespace

@@ -55,6 +55,25 @@ TEST(IconLinks, TakesWhateverBytesComeInOnePass) {
     EXPECT_THAT(iconsOfPage(zeros, page).icons, IsEmpty());
 }
 
+TEST(IconLinks, RefusesOverlongAddressesAlsoThoseThatGrowWhenResolved) {
+    const std::string most(longestWebAddress - 100, 'a');
+    std::string html = "<base href=/" + std::string(1'000'000, 'a') +
+                       "/><link rel=manifest href=/" + most + most + "><link rel=icon href=/" +
+                       most + "><link rel=icon href='" + std::string(1000, '"') + "'>";
+    for (int i = 0; i < 200; ++i)
+        html += "<link rel=icon href=i>";
+    const pageIcons found = iconsOfPage(html, page);
+    EXPECT_EQ(addresses(found.icons).at(0), "https://site.example/" + most);
+    EXPECT_EQ(addresses(found.icons).at(1), "https://site.example/dir/i") << "on the page itself";
+    EXPECT_EQ(found.manifest, std::nullopt);
+
+    const std::string based = "<base href=/" + most + "/><link rel=icon href=" + most + ">";
+    EXPECT_THAT(iconsOfPage(based, page).icons, IsEmpty());
+    EXPECT_THAT(iconsOfManifest(R"({"icons":[{"src":")" + most + most + R"("}]})", page),
+                IsEmpty());
+    EXPECT_FALSE(parseWebAddress("https://a.example/" + most + most));
+}
+
 TEST(IconLinks, ReadsAManifestsIcons) {
     const auto icons = iconsOfManifest(
         R"({"name":"x","icons":[{"src":"a.png","sizes":"512x512 72x72"},{"src":"/b.svg"},

@@ -138,6 +138,25 @@ TEST_F(StyleIconsTest, LeavesTheUsersOwnMachineAndNetworkAlone) {
     EXPECT_THAT(fetch({1, 2}), IsEmpty());
 }
 
+TEST_F(StyleIconsTest, SpendsLittleOnAnyOneStyle) {
+    styleSection many;
+    for (int i = 0; i < 40; ++i)
+        many.domains.push_back(std::to_string(i) + ".example");
+    put(1, {many});
+    put(2, {{.domains = {"6.example", "has.example"}}});
+    serve("https://has.example/favicon.ico", "icon");
+    EXPECT_EQ(fetch({1}).size(), 30U * 4) << "of so many sites";
+
+    start();
+    loader.onLoad = [this](const urlRequest&) { files.now += 10s; };
+    loader.responses["https://1.example/favicon.ico"].body = "a page";
+    EXPECT_EQ(fetch({1, 2}).size(), 6U + 5) << "after a minute the next has its turn";
+    EXPECT_THAT(found, ElementsAre("2 picture icon"));
+    loader.onLoad = nullptr;
+    start();
+    EXPECT_EQ(fetch({1}).size(), 30U * 4) << "one not searched to the end may have one";
+}
+
 TEST_F(StyleIconsTest, ServesTheRowsOnTheScreenFirstAndEachOnce) {
     for (std::int64_t id = 1; id <= 4; ++id) {
         putDomain(id, std::to_string(id) + ".example");
@@ -158,15 +177,16 @@ TEST_F(StyleIconsTest, ServesTheRowsOnTheScreenFirstAndEachOnce) {
 }
 
 TEST_F(StyleIconsTest, RemembersAcrossStartsWhatItLearned) {
-    for (const auto& [id, domain] :
-         std::map<std::int64_t, std::string>{{1, "has.example"}, {2, "none.example"}, {3, "off"}})
+    for (const auto& [id, domain] : std::map<std::int64_t, std::string>{
+             {1, "has.example"}, {2, "none.example"}, {3, "off"}, {4, "refuses"}})
         putDomain(id, domain + ".net");
     serve("https://has.example.net/favicon.ico", "icon");
     loader.responses["https://none.example.net/"].body = "a page";
-    EXPECT_EQ(fetch({1, 2, 3}).size(), 1U + 4 + 4);
+    loader.responses["https://www.refuses.net/favicon.ico"].hasFailed = true;
+    EXPECT_EQ(fetch({1, 2, 3, 4}).size(), 1U + 4 + 4 + 4);
     start();
     EXPECT_EQ(icons->known(*styles[1]), nullptr);
-    EXPECT_EQ(fetch({1, 2, 3}).size(), 4U) << "that one was not reached";
+    EXPECT_EQ(fetch({1, 2, 3, 4}).size(), 4U) << "that one was not reached";
     EXPECT_THAT(found, ElementsAre("1 picture icon"));
     EXPECT_THAT(fetch({3}), IsEmpty()) << "not at once again";
     files.now += 1h;
@@ -193,6 +213,18 @@ TEST_F(StyleIconsTest, AsksNobodyWhileThePreferenceIsOff) {
     dispatcher.runAll();
     EXPECT_THAT(found, ElementsAre("1 picture a", "2 picture b"));
     EXPECT_THAT(loader.taken(), ElementsAre("https://b.example/favicon.ico"));
+
+    // Asked for between the switching on and its announcement.
+    putDomain(4, "d.example");
+    serve("https://d.example/favicon.ico", "d");
+    turn(false);
+    fetch({4});
+    preferences.set(preferenceKeys::fetchSiteIcons, true);
+    fetch({1});
+    turn(true);
+    dispatcher.runAll();
+    EXPECT_THAT(found, ::testing::Contains("4 picture d"));
+    loader.taken();
 
     // Switched off in the middle, it is not taken for a site without an icon.
     putDomain(3, "c.example");

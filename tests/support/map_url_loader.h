@@ -24,6 +24,7 @@ struct MapUrlLoader : UrlLoader {
         const auto found = responses.find(request.address);
         if (found == responses.end()) return std::nullopt;
         urlResponse response = found->second;
+        if (response.hasFailed && !request.givesFailedAnswers) return std::nullopt;
         if (response.finalAddress.empty()) response.finalAddress = request.address;
         return response;
     }
@@ -48,6 +49,9 @@ struct MarkedPictures : IconDecoder {
         if (!bytes.starts_with("picture ")) return std::nullopt;
         return siteIcon{std::string(bytes)};
     }
+    void cancelAll() override { cancelled = true; }
+
+    bool cancelled = false;
 };
 
 } // namespace tessaril::testing
