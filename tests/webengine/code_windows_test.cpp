@@ -185,7 +185,7 @@ TEST_F(ExportSheetTest, ShowsAndSavesTheText) {
     show(sheet);
     EXPECT_EQ(sheet.windowModality(), Qt::WindowModal);
     EXPECT_EQ(textInPage(), writeUserCSS(style));
-    EXPECT_TRUE(isInPage("editor.session.getMode().$id === 'ace/mode/less'"));
+    EXPECT_TRUE(isInPage("editor.session.getMode().$id === 'ace/mode/css'"));
 
     press(Qt::Key_F6); // from the Save button into the code
     EXPECT_TRUE(eventually([&] { return isInPage("editor.isFocused()"); }));
