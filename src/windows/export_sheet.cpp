@@ -4,10 +4,10 @@
 #include "formats/user_css_writer.h"
 #include "windows/code_dialog.h"
 #include "windows/code_editor.h"
+#include "windows/file_panel.h"
 #include "windows/shown_text.h"
 
 #include <QDialogButtonBox>
-#include <QDir>
 #include <QFileDialog>
 #include <QPushButton>
 #include <QShortcut>
@@ -60,8 +60,7 @@ ExportSheet::ExportSheet(const styleContainer& style, exportSheetParts parts, QW
 ExportSheet::~ExportSheet() = default;
 
 void ExportSheet::save() {
-    auto* panel = new QFileDialog(this, qtText(exportStyleTitle), QDir::homePath(), fileFilter());
-    panel->setAttribute(Qt::WA_DeleteOnClose);
+    QFileDialog* panel = makeFilePanel(this, exportStyleTitle, fileFilter());
     panel->setAcceptMode(QFileDialog::AcceptSave);
     panel->setDefaultSuffix(qtText(exportStyleTypes[0]));
     panel->selectFile(qtText(proposedName));

@@ -2,6 +2,7 @@
 
 #include "import/file_import.h"
 #include "windows/empty_list_page.h"
+#include "windows/file_panel.h"
 #include "windows/filter_field.h"
 #include "windows/line_icons.h"
 #include "windows/list_toolbar.h"
@@ -179,9 +180,7 @@ void MainWindow::newDocument() {
 
 void MainWindow::importFromFile() {
     if (!commands.canImport()) return;
-    auto* dialog =
-        new QFileDialog(this, qtText(importDialogTitle), QDir::homePath(), importFilter());
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    QFileDialog* dialog = makeFilePanel(this, importDialogTitle, importFilter());
     dialog->setFileMode(QFileDialog::ExistingFiles);
     connect(dialog, &QFileDialog::filesSelected, this, [this](const QStringList& chosen) {
         std::vector<std::filesystem::path> files;
