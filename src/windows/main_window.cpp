@@ -12,7 +12,7 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QDir>
+#include <QCloseEvent>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFile>
@@ -110,7 +110,7 @@ void MainWindow::makeMenus() {
     QAction* quit = file->addAction("&Quit");
     quit->setShortcut(QKeySequence("Ctrl+Q"));
     quit->setShortcutContext(Qt::ApplicationShortcut);
-    connect(quit, &QAction::triggered, this, [] { QApplication::quit(); });
+    connect(quit, &QAction::triggered, this, [this] { this->quit(); });
 
     QMenu* edit = menuBar()->addMenu("&Edit");
     listActions->addEditActions(*edit);
@@ -170,6 +170,15 @@ void MainWindow::showPage() {
 
 void MainWindow::showAll() {
     toolbar->filterField().clear();
+}
+
+void MainWindow::quit() {
+    if (!commands.mayClose || commands.mayClose([this] { quit(); })) QApplication::quit();
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    // The application ends with this window.
+    if (commands.mayClose && !commands.mayClose([this] { close(); })) event->ignore();
 }
 
 void MainWindow::newDocument() {
