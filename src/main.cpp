@@ -118,7 +118,8 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
          .openPreferences = [&] { others.openPreferences(window); },
          .emailSupport = [&] { application.emailSupport(); },
          .openWebsite = [&] { application.openWebsite(); },
-         .pasteStyle = [&] { others.openPasteWindow(window); }});
+         .pasteStyle = [&] { others.openPasteWindow(window); },
+         .mayClose = [&](auto retry) { return others.mayClose(std::move(retry)); }});
     shown = &window;
     // Queued: an opened file may ask a question, and nobody is to wait for its answer. What is
     // queued is done even when the application quits meanwhile.

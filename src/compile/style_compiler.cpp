@@ -8,6 +8,8 @@
 #include "model/text.h"
 
 #include <array>
+#include <utility>
+#include <vector>
 
 namespace tessaril {
 
@@ -95,7 +97,7 @@ compilerError errorFor(const styleContainer& style, const compilerDialect& diale
 /// What the compiler makes of `style`; nothing or "undefined" when it gives no text.
 std::optional<std::string> compiledText(const styleContainer& style, const compilerDialect& dialect,
                                         ScriptEngine& engine, const Resources& resources,
-                                        CompilerErrors& errors) {
+                                        std::vector<compilerError>& errors) {
     auto compiler = resources.script(dialect.script);
     auto encoding = resources.script("encoding.min.js");
     if (!compiler || !encoding) {
@@ -103,7 +105,7 @@ std::optional<std::string> compiledText(const styleContainer& style, const compi
         return std::nullopt;
     }
     const ErrorHandler showError = [&](const std::string& text) {
-        errors.show(errorFor(style, dialect, text));
+        errors.push_back(errorFor(style, dialect, text));
     };
     const std::array scripts{std::move(*encoding), std::move(*compiler)};
     const auto context = engine.makeContext(scripts, showError);
@@ -133,18 +135,28 @@ StyleCompiler::StyleCompiler(ScriptEngine& scriptEngine, const Resources& script
     , errors(compilerErrors) {}
 
 void StyleCompiler::compileStyle(styleContainer& style) {
-    if (!style.userVariables) return;
+    compileQuietly(style)();
+}
+
+std::function<void()> StyleCompiler::compileQuietly(styleContainer& style) {
+    const auto nothingToTell = [] {};
+    if (!style.userVariables) return nothingToTell;
 
     const std::string preprocessor = lowercasedASCII(style.preprocessor);
-    if (preprocessor == "sass") return alerts.showAlert(sassTitle, sassText);
-    if (preprocessor.empty() || preprocessor == "uso") return compilePlaceholders(style);
-    if (preprocessor == "default") return compileCustomProperties(style);
+    if (preprocessor == "sass") return [this] { alerts.showAlert(sassTitle, sassText); };
+    if (preprocessor.empty() || preprocessor == "uso") compilePlaceholders(style);
+    if (preprocessor == "default") compileCustomProperties(style);
 
     const compilerDialect* dialect = nullptr;
     if (preprocessor == "less") dialect = &less;
     if (preprocessor == "stylus") dialect = &stylus;
-    if (dialect == nullptr) return;
-    storeCompiled(style, compiledText(style, *dialect, engine, resources, errors));
+    if (dialect == nullptr) return nothingToTell;
+    std::vector<compilerError> found;
+    storeCompiled(style, compiledText(style, *dialect, engine, resources, found));
+    return [this, found = std::move(found)] {
+        for (const compilerError& error : found)
+            errors.show(error);
+    };
 }
 
 } // namespace tessaril

@@ -6,6 +6,8 @@
 #include "platform/resources.h"
 #include "platform/script_engine.h"
 
+#include <functional>
+
 namespace tessaril {
 
 /// Turns a style's code and variables into the CSS that the extension injects. Holds no state
@@ -19,9 +21,13 @@ public:
     /// ("default", "uso" or no preprocessor) writes each section's `compiledcode` and clears
     /// `compSections`; Less and Stylus replace `compSections`, or leave it as it is when they fail.
     /// A style without `userVariables` or of another preprocessor stays as it is, with an alert
-    /// where it is "sass". Compiler errors
-    /// open windows of their own, shown later; a missing script is a line in the log.
+    /// where it is "sass". Compiler errors open windows of their own, shown later; a missing script
+    /// is a line in the log.
     void compileStyle(styleContainer& style);
+
+    /// The same, but the user hears of alerts and errors only when the result is called, for whom
+    /// the style may turn out not to be wanted. To be called from any thread while this lives.
+    [[nodiscard]] std::function<void()> compileQuietly(styleContainer& style);
 
 private:
     ScriptEngine& engine;

@@ -263,9 +263,11 @@ std::unique_ptr<StagedFile> PosixFileSystem::stage(const fs::path& folder,
 }
 
 bool PosixFileSystem::overwrite(const fs::path& path, std::string_view bytes) {
-    const bool isNew = !exists(path);
+    const std::optional<fs::path> target = resolved(path);
+    if (!target) return false;
+    const bool isNew = !exists(*target);
     // Without O_NONBLOCK the opening of a pipe would wait for its reader.
-    const FileDescriptor file = open(path, O_WRONLY | O_CREAT | O_NONBLOCK | O_NOCTTY, 0666);
+    const FileDescriptor file = open(*target, O_WRONLY | O_CREAT | O_NONBLOCK | O_NOCTTY, 0666);
     struct stat status {};
     if (!file.isOpen() || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
         return false;
@@ -274,7 +276,7 @@ bool PosixFileSystem::overwrite(const fs::path& path, std::string_view bytes) {
             0 &&
         syncData(file.get()))
         return true;
-    if (isNew) ::unlink(path.c_str());
+    if (isNew) ::unlink(target->c_str());
     return false;
 }
 

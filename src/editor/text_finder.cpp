@@ -1,7 +1,7 @@
 #include "editor/text_finder.h"
 
-#include "model/case_folding.h"
 #include "editor/text_places.h"
+#include "model/case_folding.h"
 
 #include <algorithm>
 #include <utility>

@@ -51,7 +51,10 @@ bool FileImport::canImport() const {
 
 void FileImport::importFiles(const std::vector<std::filesystem::path>& chosen) {
     for (const auto& file : chosen) {
-        if (!isImportable(file)) continue;
+        if (!isImportable(file)) {
+            showInvalidStyle(file);
+            continue;
+        }
         machine.dispatcher.inBackground(taskPriority::utility,
                                         [this, file] { importStyleFile(file); });
     }
@@ -76,8 +79,7 @@ void FileImport::importStyleFile(const std::filesystem::path& file) {
 
     auto style = parseUserCSS(*text, machine.making);
     if (!style) {
-        machine.alerts.showAlert(invalidStyleTitle,
-                                 invalidStyleText(validUTF8(file.filename().string())));
+        showInvalidStyle(file);
         return;
     }
     setSourceByUpdateAddress(*style);
@@ -85,6 +87,11 @@ void FileImport::importStyleFile(const std::filesystem::path& file) {
     if (name == defaultStyleName) name = baseName;
     name = std::string(withoutUserEnding(name));
     complete(std::move(*style), [] {});
+}
+
+void FileImport::showInvalidStyle(const std::filesystem::path& file) const {
+    machine.alerts.showAlert(invalidStyleTitle,
+                             invalidStyleText(validUTF8(file.filename().string())));
 }
 
 void FileImport::complete(styleContainer style, std::function<void()> afterwards) {

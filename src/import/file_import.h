@@ -22,8 +22,9 @@ public:
     /// Whether the command may open its dialog now; not while the list is locked for sync.
     bool canImport() const;
 
-    /// Imports each file of the types above, in any case, on a background task of its own; others
-    /// are passed over. Returns at once.
+    /// Imports each file of the types above, in any case, on a background task of its own; of
+    /// others, which the user must have typed, an alert says that they give no style. Returns at
+    /// once.
     void importFiles(const std::vector<std::filesystem::path>& chosen);
 
     /// Reads the file and appends its style to the database, on the main thread; alerts as the
@@ -31,6 +32,7 @@ public:
     void importStyleFile(const std::filesystem::path& file);
 
 private:
+    void showInvalidStyle(const std::filesystem::path& file) const;
     void complete(styleContainer style, std::function<void()> afterwards);
 
     FileSystem& files;

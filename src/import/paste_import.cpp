@@ -17,8 +17,7 @@ constexpr std::string_view invalidStyleText =
 constexpr std::string_view noRulesTitle = "CSS Imported With No Rules";
 constexpr std::string_view noRulesText =
     "The style you have imported does not have any defined rules for where it should be applied. "
-    "If "
-    "you do not define these rules, the style will be applied to all sites.";
+    "If you do not define these rules, the style will be applied to all sites.";
 
 constexpr const char* discardTitle = "Do you want to discard this text?";
 constexpr const char* discardText = "It has not been imported.";
@@ -32,10 +31,12 @@ bool isBlank(std::string_view text) {
 /// What has become of a text.
 struct PasteImport::outcome {
     std::optional<styleContainer> style;
-    bool isPlain = false; ///< plain CSS
+    bool isPlain = false;                     ///< plain CSS
+    std::function<void()> tellErrors = [] {}; ///< of the compilation
 };
 
-PasteImport::PasteImport(importSurroundings surroundings) : machine(std::move(surroundings)) {}
+PasteImport::PasteImport(importSurroundings surroundings, QuietCompile quietCompile)
+    : machine(std::move(surroundings)), compile(std::move(quietCompile)) {}
 
 bool PasteImport::canImport(std::string_view text) {
     if (!machine.list.isLockedForSync()) return !isBlank(text);
@@ -50,10 +51,7 @@ PasteImport::Ticket PasteImport::importText(std::string text,
                                                             text = std::move(text),
                                                             done = std::move(done)]() mutable {
         if (valid.expired()) return;
-        const bool isPlain =
-            !contains(text, mozDocumentKeyword) && !contains(text, metadataOpening);
-        outcome result{read(std::move(text), isPlain), isPlain};
-        machine.dispatcher.onMain([this, valid = std::move(valid), result = std::move(result),
+        machine.dispatcher.onMain([this, valid = std::move(valid), result = read(std::move(text)),
                                    done = std::move(done)]() mutable {
             if (!valid.expired()) finish(std::move(result), done);
         });
@@ -61,13 +59,18 @@ PasteImport::Ticket PasteImport::importText(std::string text,
     return ticket;
 }
 
-std::optional<styleContainer> PasteImport::read(std::string text, bool isPlain) const {
-    if (isPlain) return plainStyle(std::move(text), machine.making);
-    std::optional<styleContainer> style = parseUserCSS(text, machine.making);
-    if (!style) return std::nullopt;
-    setSourceByUpdateAddress(*style);
-    if (style->styleData.name == defaultStyleName) style->styleData.name = unnamedStyle;
-    return style;
+PasteImport::outcome PasteImport::read(std::string text) const {
+    if (!contains(text, mozDocumentKeyword) && !contains(text, metadataOpening))
+        return {.style = plainStyle(std::move(text), machine.making), .isPlain = true};
+    outcome result;
+    styleMaking making = machine.making;
+    making.compileStyle = [&](styleContainer& style) { result.tellErrors = compile(style); };
+    result.style = parseUserCSS(text, making);
+    if (!result.style) return result;
+    setSourceByUpdateAddress(*result.style);
+    std::string& name = result.style->styleData.name;
+    if (name == defaultStyleName) name = unnamedStyle;
+    return result;
 }
 
 void PasteImport::finish(outcome result, const std::function<void(bool imported)>& done) {
@@ -81,6 +84,7 @@ void PasteImport::finish(outcome result, const std::function<void(bool imported)
     }
     appendImportedStyle(machine, std::move(*result.style));
     done(true);
+    result.tellErrors();
     if (result.isPlain) machine.alerts.showAlert(noRulesTitle, noRulesText);
 }
 

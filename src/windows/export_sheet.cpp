@@ -2,13 +2,12 @@
 
 #include "editor/editor_configuration.h"
 #include "formats/user_css_writer.h"
-#include "model/text.h"
 #include "windows/code_dialog.h"
 #include "windows/code_editor.h"
+#include "windows/file_panel.h"
 #include "windows/shown_text.h"
 
 #include <QDialogButtonBox>
-#include <QDir>
 #include <QFileDialog>
 #include <QPushButton>
 #include <QShortcut>
@@ -17,12 +16,6 @@
 namespace tessaril {
 
 namespace {
-
-/// The editor's mode for the code of such a style.
-std::string modeFor(const styleContainer& style) {
-    std::string mode = lowercasedASCII(style.preprocessor);
-    return mode == "less" || mode == "stylus" ? mode : "css";
-}
 
 QString fileFilter() {
     QStringList patterns;
@@ -61,16 +54,13 @@ ExportSheet::ExportSheet(const styleContainer& style, exportSheetParts parts, QW
 
     configured = std::make_unique<ConfiguredEditor>(
         editor->aceView(), parts.editor.preferences, parts.editor.center,
-        [this, mode = modeFor(style)] {
-            return editorContent{.text = text, .mode = mode, .isReadOnly = true};
-        });
+        [this] { return editorContent{.text = text, .isReadOnly = true}; });
 }
 
 ExportSheet::~ExportSheet() = default;
 
 void ExportSheet::save() {
-    auto* panel = new QFileDialog(this, qtText(exportStyleTitle), QDir::homePath(), fileFilter());
-    panel->setAttribute(Qt::WA_DeleteOnClose);
+    QFileDialog* panel = makeFilePanel(this, exportStyleTitle, fileFilter());
     panel->setAcceptMode(QFileDialog::AcceptSave);
     panel->setDefaultSuffix(qtText(exportStyleTypes[0]));
     panel->selectFile(qtText(proposedName));

@@ -1,11 +1,11 @@
 #include "windows/general_pane.h"
 
 #include "preferences/preference_keys.h"
+#include "windows/file_panel.h"
 #include "windows/pane_form.h"
 #include "windows/shown_text.h"
 
 #include <QCheckBox>
-#include <QDir>
 #include <QFileDialog>
 #include <QGridLayout>
 #include <QLabel>
@@ -25,10 +25,7 @@ constexpr const char* recoverText = "Bring back styles that the last sync remove
 
 QFileDialog* databasePanel(QWidget* parent, std::string_view title) {
     const QString type = qtText(databaseFileType);
-    auto* panel = new QFileDialog(parent, qtText(title), QDir::homePath(),
-                                  "Tessaril style databases (*." + type + ")");
-    panel->setAttribute(Qt::WA_DeleteOnClose);
-    return panel;
+    return makeFilePanel(parent, title, "Tessaril style databases (*." + type + ")");
 }
 
 } // namespace

@@ -110,6 +110,7 @@ void ImportMozDocView::whenTextIsKnown(std::function<void()> then) {
 void ImportMozDocView::importClicked() {
     if (isImporting) return;
     setImporting(true);
+    afterClosing = {}; // it is not closing any more
     whenTextIsKnown([this] { startImport(); });
 }
 
@@ -135,16 +136,27 @@ void ImportMozDocView::cancelClicked() {
 
 void ImportMozDocView::reject() {
     if (isImporting) return stopImport();
+    closeThen({});
+}
+
+void ImportMozDocView::closeThen(std::function<void()> closed) {
+    stopImport();
+    if (closed) afterClosing = std::move(closed);
     whenTextIsKnown([this] {
-        if (importer.mayDiscard(cssEditor->aceView().string())) done(Rejected);
+        const auto afterwards = std::exchange(afterClosing, {});
+        const std::string text = cssEditor->aceView().string();
+        // The user sees what the question is about.
+        if (!trimmed(text).empty()) bringForward();
+        if (!importer.mayDiscard(text)) return;
+        done(Rejected);
+        if (afterwards) afterwards();
     });
 }
 
 void ImportMozDocView::closeEvent(QCloseEvent* event) {
-    stopImport();
-    // Now or never: the application may be waiting to quit.
-    if (isVisible() && !importer.mayDiscard(cssEditor->aceView().string())) return event->ignore();
-    done(Rejected);
+    if (!isVisible()) return;
+    event->ignore();
+    closeThen({});
 }
 
 } // namespace tessaril

@@ -2,6 +2,7 @@
 
 #include "import/file_import.h"
 #include "windows/empty_list_page.h"
+#include "windows/file_panel.h"
 #include "windows/filter_field.h"
 #include "windows/line_icons.h"
 #include "windows/list_toolbar.h"
@@ -11,7 +12,7 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QDir>
+#include <QCloseEvent>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFile>
@@ -109,7 +110,7 @@ void MainWindow::makeMenus() {
     QAction* quit = file->addAction("&Quit");
     quit->setShortcut(QKeySequence("Ctrl+Q"));
     quit->setShortcutContext(Qt::ApplicationShortcut);
-    connect(quit, &QAction::triggered, this, [] { QApplication::quit(); });
+    connect(quit, &QAction::triggered, this, [this] { this->quit(); });
 
     QMenu* edit = menuBar()->addMenu("&Edit");
     listActions->addEditActions(*edit);
@@ -171,6 +172,15 @@ void MainWindow::showAll() {
     toolbar->filterField().clear();
 }
 
+void MainWindow::quit() {
+    if (!commands.mayClose || commands.mayClose([this] { quit(); })) QApplication::quit();
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    // The application ends with this window.
+    if (commands.mayClose && !commands.mayClose([this] { close(); })) event->ignore();
+}
+
 void MainWindow::newDocument() {
     if (!commands.newStyle.mayBegin()) return;
     auto* sheet = new NewStyleSheet(commands.newStyle, this);
@@ -179,9 +189,7 @@ void MainWindow::newDocument() {
 
 void MainWindow::importFromFile() {
     if (!commands.canImport()) return;
-    auto* dialog =
-        new QFileDialog(this, qtText(importDialogTitle), QDir::homePath(), importFilter());
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    QFileDialog* dialog = makeFilePanel(this, importDialogTitle, importFilter());
     dialog->setFileMode(QFileDialog::ExistingFiles);
     connect(dialog, &QFileDialog::filesSelected, this, [this](const QStringList& chosen) {
         std::vector<std::filesystem::path> files;

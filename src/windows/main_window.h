@@ -36,6 +36,10 @@ struct mainWindowCommands {
     std::function<void()> openWebsite;
     /// Opens the window that takes a style as text; one that is not set is not offered.
     std::function<void()> pasteStyle = {};
+    /// Whether nothing in other windows would be lost if this one closed now, which ends the
+    /// application. Otherwise those windows ask the user, and `retry` is called once they have
+    /// closed; not when one of them stays.
+    std::function<bool(std::function<void()> retry)> mayClose = {};
 };
 
 /// The application's window: the style list, or how to begin while there is no style.
@@ -49,6 +53,7 @@ public:
     void bringForward(const std::string& activationToken);
 
 protected:
+    void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
@@ -57,6 +62,7 @@ private:
     void makeMenus();
     void makePages();
     void showPage();
+    void quit();
     void newDocument();
     void importFromFile();
     void showAll();

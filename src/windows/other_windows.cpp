@@ -52,6 +52,12 @@ void OtherWindows::openPasteWindow(QWidget& mainWindow) {
     });
 }
 
+bool OtherWindows::mayClose(std::function<void()> retry) {
+    if (!pasteWindow || !pasteWindow->isVisible()) return true;
+    pasteWindow->closeThen(std::move(retry));
+    return false;
+}
+
 void OtherWindows::openExportSheet(const styleContainer& style, QWidget& mainWindow) {
     auto* sheet = new ExportSheet(style, {.editor = editor, .exporter = application.styleExport()},
                                   &mainWindow);

@@ -7,6 +7,7 @@
 #include <QPointer>
 
 #include <filesystem>
+#include <functional>
 
 class QWidget;
 
@@ -29,6 +30,10 @@ public:
 
     void openPreferences(QWidget& mainWindow);
     void openPasteWindow(QWidget& mainWindow);
+    /// Whether no window holds what would be lost if the application ended now. Otherwise those
+    /// that do ask the user, and `retry` is called once they have closed; not when one stays.
+    bool mayClose(std::function<void()> retry);
+
     void openExportSheet(const styleContainer& style, QWidget& mainWindow);
 
 private:

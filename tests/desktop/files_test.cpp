@@ -140,8 +140,11 @@ TEST_F(PosixFileSystemTest, OverwritesAFileInPlace) {
         EXPECT_FALSE(files.overwrite(none, "content")) << none;
 
     const DiskFullBeyond limit(100'000);
-    EXPECT_FALSE(files.overwrite(folder / "new", std::string(1 << 20, 'x')));
-    EXPECT_THAT(folder.names(), UnorderedElementsAre("file", "second name", "link", "pipe"))
+    fs::create_symlink("new", folder / "dangling");
+    for (const char* name : {"new", "dangling"})
+        EXPECT_FALSE(files.overwrite(folder / name, std::string(1 << 20, 'x')));
+    EXPECT_THAT(folder.names(),
+                UnorderedElementsAre("file", "second name", "link", "pipe", "dangling"))
         << "nothing in part";
 }
 

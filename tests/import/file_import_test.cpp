@@ -92,21 +92,21 @@ TEST_F(FileImportTest, eachFileIsOneStyleOneSaveAndOneNotification) {
     EXPECT_FALSE(importer.canImport());
 }
 
-TEST_F(FileImportTest, saysWhichFileHasNoSection) {
-    imported({{"broken.user.css", "@-moz-document domain(\"a\") {"}});
+TEST_F(FileImportTest, saysWhichFileGivesNoStyle) {
+    const auto invalid = [](const std::string& name) {
+        return RecordingAlerts::shown{"Invalid Style",
+                                      "There was an error importing the file \"" + name +
+                                          ".\" Please make sure there are no formatting or syntax "
+                                          "errors in the file."};
+    };
+    imported({{"typed.txt", block}, {"broken.user.css", "@-moz-document domain(\"a\") {"}});
     EXPECT_THAT(names(), IsEmpty());
-    EXPECT_THAT(alerts.alerts,
-                ElementsAre(RecordingAlerts::shown{
-                    "Invalid Style",
-                    "There was an error importing the file \"broken.user.css.\" Please make sure "
-                    "there are no formatting or syntax errors in the file."}));
+    EXPECT_THAT(alerts.alerts, ElementsAre(invalid("typed.txt"), invalid("broken.user.css")));
 }
 
 TEST_F(FileImportTest, passesOverWhatIsNoUTF8Text) {
     files.unreadable.insert("/in/folder.css");
     importer.importFiles({"/in/folder.css", "/in/gone.css"});
-    files.contents["/in/typed.txt"] = block;
-    importer.importFiles({"/in/typed.txt"});
     imported({{"latin.css", "/* caf\xE9 */ " + block}});
     EXPECT_THAT(names(), IsEmpty());
     EXPECT_THAT(alerts.alerts, IsEmpty());

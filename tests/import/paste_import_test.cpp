@@ -41,8 +41,12 @@ protected:
                           center,
                           store,
                           list,
-                          {[this] { return store.generateUniqueID(); }, compile}}};
+                          {[this] { return store.generateUniqueID(); }, compile}},
+                         [this](styleContainer&) { return [this] { ++toldOfErrors; }; }};
+    int toldOfErrors = 0;
 };
+
+const std::string lessStyle = "/* ==UserStyle==\n@preprocessor less\n==/UserStyle== */\n" + block;
 
 TEST_F(PasteImportTest, TellsMarkedTextsFromPlainCSS) {
     const std::string metadata = "/* ==UserStyle==\n@name A\n==/UserStyle== */\nb {}";
@@ -79,7 +83,7 @@ TEST_F(PasteImportTest, TellsMarkedTextsFromPlainCSS) {
 TEST_F(PasteImportTest, AddsNothingOnceItsTicketIsGone) {
     for (const bool isRead : {false, true}) {
         bool called = false;
-        auto ticket = importer.importText("b {}", [&](bool) { called = true; });
+        auto ticket = importer.importText(lessStyle, [&](bool) { called = true; });
         if (isRead) SteppedDispatcher::step(dispatcher.backgroundTasks);
         ticket.reset();
         dispatcher.runAll();
@@ -87,6 +91,9 @@ TEST_F(PasteImportTest, AddsNothingOnceItsTicketIsGone) {
     }
     EXPECT_THAT(names(), IsEmpty());
     EXPECT_THAT(alerts.alerts, IsEmpty());
+    EXPECT_EQ(toldOfErrors, 0) << "though it was compiled";
+    EXPECT_EQ(import(lessStyle), true);
+    EXPECT_EQ(toldOfErrors, 1);
 }
 
 TEST_F(PasteImportTest, OnlyBeepsWhileTheListIsLocked) {

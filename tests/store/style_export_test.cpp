@@ -46,15 +46,16 @@ protected:
 
 TEST_F(StyleExportTest, WritesInPlaceUnderAnAllowedType) {
     files.contents["/b.css"] = "old"; // the panel has asked about this one
-    for (const char* name : {"/a.user.css", "/b.css", "/C.CSS", "/d", "/e.txt", "/f.user", "/.css"})
+    for (const char* name :
+         {"/a.user.css", "/b.css", "/C.CSS", "/d", "/e.txt", "/f.User", "/.css", "/.user"})
         write(name);
     std::vector<std::string> names;
     for (const auto& [path, content] : files.contents) {
         names.push_back(path.string());
         EXPECT_EQ(content, "é {}");
     }
-    EXPECT_THAT(names, ElementsAre("/.css.user.css", "/C.CSS", "/a.user.css", "/b.css",
-                                   "/d.user.css", "/e.txt.user.css", "/f.user.user.css"));
+    EXPECT_THAT(names, ElementsAre("/.css.user.css", "/.user.user.css", "/C.CSS", "/a.user.css",
+                                   "/b.css", "/d.user.css", "/e.txt.user.css", "/f.User.css"));
     EXPECT_EQ(files.filesWritten, 0) << "by way of a temporary file";
     EXPECT_THAT(alerts.questions, IsEmpty());
 }

@@ -82,7 +82,8 @@ protected:
                           center,
                           store,
                           list,
-                          {[this] { return store.generateUniqueID(); }, compile}}};
+                          {[this] { return store.generateUniqueID(); }, compile}},
+                         [](styleContainer&) { return [] {}; }};
     ImportMozDocView window{{parts(), importer}, nullptr};
 };
 
@@ -133,14 +134,28 @@ TEST_F(PasteWindowTest, LosesNoTextByEscapeAndAddsNothingOnceStopped) {
     ASSERT_TRUE(eventually([&] { return isInPage("!editor.completer.popup.isOpen"); }));
     EXPECT_THAT(alerts.questions, IsEmpty());
 
-    alerts.answers = {{0}, {0}, {1}};
+    alerts.answers = {{0}, {1}};
     press(Qt::Key_Escape);
     ASSERT_TRUE(eventually([&] { return alerts.questions.size() == 1; }));
-    EXPECT_FALSE(window.close());
     EXPECT_TRUE(window.isVisible());
     press(Qt::Key_Escape);
     EXPECT_TRUE(eventually([&] { return !window.isVisible(); }));
-    EXPECT_EQ(alerts.questions.size(), 3U);
+    EXPECT_EQ(alerts.questions.size(), 2U);
+}
+
+TEST_F(PasteWindowTest, AsksAboutWhatWasTypedInTheLastInstantHoweverItIsClosed) {
+    alerts.answers = {{0}, {0}, {1}};
+    type("x");
+    press(Qt::Key_W, Qt::ControlModifier);
+    ASSERT_TRUE(eventually([&] { return alerts.questions.size() == 1; }));
+    evaluated(web, "editor.setValue(''); 1");
+    ASSERT_TRUE(eventually([&] { return !button().isEnabled(); }));
+    type("x");
+    window.close(); // as the title bar's button does
+    ASSERT_TRUE(eventually([&] { return alerts.questions.size() == 2; }));
+    EXPECT_TRUE(window.isVisible());
+    window.close();
+    EXPECT_TRUE(eventually([&] { return !window.isVisible(); }));
 }
 
 TEST_F(PasteWindowTest, CancelAsksNothingAndEndsTheImport) {
@@ -185,7 +200,7 @@ TEST_F(ExportSheetTest, ShowsAndSavesTheText) {
     show(sheet);
     EXPECT_EQ(sheet.windowModality(), Qt::WindowModal);
     EXPECT_EQ(textInPage(), writeUserCSS(style));
-    EXPECT_TRUE(isInPage("editor.session.getMode().$id === 'ace/mode/less'"));
+    EXPECT_TRUE(isInPage("editor.session.getMode().$id === 'ace/mode/css'"));
 
     press(Qt::Key_F6); // from the Save button into the code
     EXPECT_TRUE(eventually([&] { return isInPage("editor.isFocused()"); }));

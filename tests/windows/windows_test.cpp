@@ -8,6 +8,7 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QClipboard>
+#include <QDir>
 #include <QDragEnterEvent>
 #include <QFileDialog>
 #include <QLabel>
@@ -118,8 +119,13 @@ TEST_F(MainWindowTest, TakesFilesFromTheDialogAndByDropping) {
     auto* dialog = window.findChild<QFileDialog*>();
     ASSERT_TRUE(dialog);
     EXPECT_TRUE(dialog->nameFilters().join("").endsWith("(*.user.css *.css *.styl *.less)"));
-    emit dialog->filesSelected({"/styles/ä b.user.css", "/styles/c.less"});
-    EXPECT_THAT(imported, ElementsAre("/styles/ä b.user.css", "/styles/c.less"));
+    emit dialog->filesSelected({"/etc/ä b.user.css", "/etc/c.less"});
+    EXPECT_THAT(imported, ElementsAre("/etc/ä b.user.css", "/etc/c.less"));
+    dialog->close();
+    ASSERT_TRUE(eventually([&] { return !window.findChild<QFileDialog*>(); }));
+    QTest::mouseClick(&beginButton, Qt::LeftButton);
+    dialog = window.findChild<QFileDialog*>();
+    EXPECT_EQ(dialog->directory(), QDir("/etc")) << "where the last one was";
     dialog->close();
 
     QMimeData data;

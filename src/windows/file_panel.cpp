@@ -1,0 +1,36 @@
+#include "windows/file_panel.h"
+
+#include "windows/shown_text.h"
+
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+
+namespace tessaril {
+
+namespace {
+
+/// For all panels alike, as long as the process runs. Qt's own memory of it outlives the process
+/// and is shared with other programs.
+QString& lastFolder() {
+    static QString folder;
+    return folder;
+}
+
+QString startFolder() {
+    const QString& last = lastFolder();
+    return !last.isEmpty() && QDir(last).exists() ? last : QDir::homePath();
+}
+
+} // namespace
+
+QFileDialog* makeFilePanel(QWidget* parent, std::string_view title, const QString& filter) {
+    auto* panel = new QFileDialog(parent, qtText(title), startFolder(), filter);
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    QObject::connect(panel, &QFileDialog::filesSelected, panel, [](const QStringList& files) {
+        if (!files.isEmpty()) lastFolder() = QFileInfo(files.front()).absolutePath();
+    });
+    return panel;
+}
+
+} // namespace tessaril
