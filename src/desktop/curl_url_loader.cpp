@@ -81,6 +81,8 @@ public:
             if (redirects == request.mostRedirects) return failed("too many redirects");
             if (std::string_view(target).size() > longestWebAddress)
                 return failed("a redirect to an overlong address");
+            if (!startsWith(target, insecure) && !startsWith(target, secure))
+                return failed("a redirect that leads off the web");
             if (startsWith(address, secure) && !startsWith(target, secure))
                 return failed("a redirect to an insecure address");
             address = target;

@@ -31,7 +31,10 @@ struct urlRequest {
 };
 
 struct urlResponse {
-    std::string body;         ///< whole and decompressed
+    /// Whole and decompressed, as far as the server says how long it is: where it tells the end by
+    /// closing the connection, as HTTP/1 allows, a body that was cut cannot be told from a whole
+    /// one.
+    std::string body;
     std::string finalAddress; ///< after redirects
     std::string contentType;  ///< as the server named it; may be empty
     /// Whether a server answered, but not with what was asked for: by another status, a body that
@@ -46,9 +49,10 @@ public:
     virtual ~UrlLoader() = default;
 
     /// Loads the address and waits for it. Redirects are followed, never from https to http nor to
-    /// one longer than `longestWebAddress`; certificates are checked; nothing is kept between loads.
-    /// Nothing, or what `givesFailedAnswers` says, and one log line that says why, unless the last
-    /// answer's status is 2xx and its body arrived whole. Nothing at all once it is cancelled.
+    /// one longer than `longestWebAddress`; certificates are checked; nothing is kept between
+    /// loads. Nothing, or what `givesFailedAnswers` says, and one log line that says why, unless
+    /// the last answer's status is 2xx and its body arrived whole. Nothing at all once it is
+    /// cancelled.
     virtual std::optional<urlResponse> load(const urlRequest& request) = 0;
 
     /// Makes all loads, running and later ones, give nothing soon; for quitting.

@@ -73,6 +73,7 @@ TEST_F(CurlUrlLoaderTest, RefusesWhatIsNotAWholeAnswerOfTheKindAskedFor) {
          {"/broken", LoopbackServer::withLength("text", "", "500 Oh")},
          {"/endless", LoopbackServer::redirect("/endless")},
          {"/file", LoopbackServer::redirect("file:///etc/passwd")},
+         {"/script", LoopbackServer::redirect("javascript:1")},
          {"/far", LoopbackServer::redirect("/" + std::string(3000, 'a'))},
          {"/closed", "HTTP/1.1 200 OK\r\nContent-Le"},
          {"/short", "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nfive."},
@@ -84,13 +85,14 @@ TEST_F(CurlUrlLoaderTest, RefusesWhatIsNotAWholeAnswerOfTheKindAskedFor) {
                                             {"/broken", "status 500"},
                                             {"/endless", "too many redirects"},
                                             {"/file", ""},
+                                            {"/script", "a redirect that leads off the web"},
                                             {"/far", "a redirect to an overlong address"},
                                             {"/closed", "the answer is cut short"},
                                             {"/short", ""},
                                             {"/huge", "a body of more than 1000 bytes"},
                                             {"/bomb", "a body of more than 1000 bytes"}})
         expectFailure({.address = server.address(path), .largestBody = 1000}, reason);
-    EXPECT_EQ(server.requests().size(), 9U + 10) << "ten redirects are followed";
+    EXPECT_EQ(server.requests().size(), 10U + 10) << "ten redirects are followed";
     for (const char* address : {"file:///etc/passwd", "ftp://127.0.0.1/", "", "127.0.0.1"})
         expectFailure({.address = address}, "no address of the web");
 
