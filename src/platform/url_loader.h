@@ -9,7 +9,7 @@ namespace tessaril {
 
 /// Of the addresses that a site may name, in bytes. No honest one needs more, and a stranger's page
 /// may make many of a long one.
-inline constexpr std::size_t longestWebAddress = 2048;
+inline constexpr std::size_t longestWebAddress = 8192;
 
 /// What to load, and how much of it at most. The limits are the widest; callers narrow them.
 struct urlRequest {

@@ -74,7 +74,7 @@ TEST_F(CurlUrlLoaderTest, RefusesWhatIsNotAWholeAnswerOfTheKindAskedFor) {
          {"/endless", LoopbackServer::redirect("/endless")},
          {"/file", LoopbackServer::redirect("file:///etc/passwd")},
          {"/script", LoopbackServer::redirect("javascript:1")},
-         {"/far", LoopbackServer::redirect("/" + std::string(3000, 'a'))},
+         {"/far", LoopbackServer::redirect("/" + std::string(9000, 'a'))},
          {"/closed", "HTTP/1.1 200 OK\r\nContent-Le"},
          {"/short", "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nfive."},
          {"/huge", LoopbackServer::withLength(std::string(5'000'000, 'x'))},
