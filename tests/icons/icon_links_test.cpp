@@ -59,7 +59,8 @@ TEST(IconLinks, RefusesOverlongAddressesAlsoThoseThatGrowWhenResolved) {
     const std::string most(longestWebAddress - 100, 'a');
     std::string html = "<base href=/" + std::string(1'000'000, 'a') +
                        "/><link rel=manifest href=/" + most + most + "><link rel=icon href=/" +
-                       most + "><link rel=icon href='" + std::string(1000, '"') + "'>";
+                       most + "><link rel=icon href='" + std::string(longestWebAddress / 2, '"') +
+                       "'>";
     for (int i = 0; i < 200; ++i)
         html += "<link rel=icon href=i>";
     const pageIcons found = iconsOfPage(html, page);
