@@ -42,7 +42,7 @@ std::string forLog(std::string_view text) {
         if (byte < 0x20 || byte == 0x7F) shown[at] = '?';
         // U+0080 to U+009F
         if (byte == 0xC2 && static_cast<unsigned char>(shown[at + 1]) < 0xA0)
-            shown.replace(at, 2, "?");
+            shown[at] = shown[at + 1] = '?';
     }
     return end < text.size() ? shown.append(more) : shown;
 }

@@ -117,7 +117,7 @@ TEST_F(CurlUrlLoaderTest, KeepsALinesLengthAndCharactersInTheLogInBounds) {
     CapturedLog log;
     EXPECT_FALSE(load({.address = address}));
     const std::string line = log.take();
-    EXPECT_THAT(line, StartsWith("Error loading ftp://?[2J??\xEF\xBF\xBD\xE2\x82\xAC"));
+    EXPECT_THAT(line, StartsWith("Error loading ftp://?[2J???\xEF\xBF\xBD\xE2\x82\xAC"));
     EXPECT_THAT(line, EndsWith("\xE2\x82\xAC...: no address of the web\n"));
     EXPECT_LT(line.size(), 400U);
 }
