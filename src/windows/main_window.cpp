@@ -66,6 +66,7 @@ MainWindow::MainWindow(mainWindowCommands windowCommands)
     setCentralWidget(pages);
     resize(820, 640);
     showPage();
+    pages->currentWidget()->setFocus(); // not the toolbar, which comes first
 }
 
 /// The list goes before what it looks at.
@@ -177,7 +178,7 @@ void MainWindow::quit() {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
-    // The application ends with this window.
+    // The windows over this one go with it.
     if (commands.mayClose && !commands.mayClose([this] { close(); })) event->ignore();
 }
 

@@ -75,6 +75,8 @@ StyleListView::StyleListView(StyleList& styleList, StyleListCommands& listComman
     connect(&rows, &QAbstractItemModel::modelAboutToBeReset, this, [this] { keep(); });
     connect(&rows, &QAbstractItemModel::modelReset, this, [this] { restore(); });
     connect(&rows, &StyleListModel::positionsWanted, this, [this](const QList<int>& positions) {
+        // Who is typing a name goes on doing so, whatever comes in meanwhile.
+        if (currentIndex().isValid() && indexWidget(currentIndex())) return;
         selectOnly(positions.front());
         QItemSelection selection;
         for (const int position : positions)
@@ -424,7 +426,8 @@ void StyleListView::paintEvent(QPaintEvent* event) {
     if (!dropPosition || rows.rowCount() == 0) return;
     const bool isBehind = *dropPosition >= rows.rowCount();
     const QRect row = visualRect(rows.index(isBehind ? rows.rowCount() - 1 : *dropPosition));
-    const int y = std::clamp(isBehind ? row.bottom() + 1 : row.top(), 3, viewport()->height() - 4);
+    const int lowest = std::max(3, viewport()->height() - 4);
+    const int y = std::clamp(isBehind ? row.bottom() + 1 : row.top(), 3, lowest);
     constexpr int inset = 8;
     constexpr int ring = 6;
     QPainter painter(viewport());

@@ -141,12 +141,15 @@ TEST_F(StyleListWindowTest, WhatIsBeingTypedOutlivesNewRows) {
     type("half");
     application.styleList().showAgain(1); // as for an icon
     application.styleList().refreshTable();
+    application.store().appendStyle(namedStyle("D", 4)); // as an import does
+    application.notificationCenter().post(notifications::addLatestStyle);
+    EXPECT_THAT(stored(), ElementsAre("A", "B", "C", "D"));
     QTest::keyClicks(nameEditor(), " done");
     QTest::keyClick(nameEditor(), Qt::Key_A, Qt::ControlModifier);
     EXPECT_THAT(selected(), ElementsAre("B")) << "the key was the text's";
     QTest::keyClick(nameEditor(), Qt::Key_Return);
     QCoreApplication::processEvents();
-    EXPECT_THAT(stored(), ElementsAre("A", "half done", "C"));
+    EXPECT_THAT(stored(), ElementsAre("A", "half done", "C", "D"));
 }
 
 TEST_F(StyleListWindowTest, DeletesDuplicatesAndTakesBackByKeys) {

@@ -106,6 +106,23 @@ TEST_F(MainWindowTest, SaysHowToBeginUntilThereIsAStyleToShow) {
     EXPECT_FALSE(row->state().checked);
 }
 
+TEST_F(MainWindowTest, BeginsWithTheFocusOnTheList) {
+    add(2);
+    MainWindow second({.list = application.styleList(),
+                       .listCommands = application.listCommands(),
+                       .newStyle = application.newStyle(),
+                       .listUndo = application.listUndo(),
+                       .canImport = [] { return false; },
+                       .importFiles = [](const Paths&) {},
+                       .openFiles = [](const Paths&) {},
+                       .openPreferences = [] {},
+                       .emailSupport = [] {},
+                       .openWebsite = [] {}});
+    second.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&second));
+    EXPECT_EQ(QApplication::focusWidget()->objectName(), "styleList");
+}
+
 TEST_F(MainWindowTest, OpensThePreferencesByTheirKeys) {
     QTest::keyClick(&window, Qt::Key_Comma, Qt::ControlModifier);
     EXPECT_EQ(preferencesOpened, 1);
