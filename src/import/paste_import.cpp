@@ -19,7 +19,7 @@ constexpr std::string_view noRulesText =
     "The style you have imported does not have any defined rules for where it should be applied. "
     "If you do not define these rules, the style will be applied to all sites.";
 
-constexpr const char* discardTitle = "Do you want to discard this text?";
+constexpr const char* discardTitle = "Do you want to discard the text in the paste window?";
 constexpr const char* discardText = "It has not been imported.";
 
 bool isBlank(std::string_view text) {
