@@ -1,7 +1,7 @@
 #include "desktop/appearance.h"
 #include "support/sample_styles.h"
 #include "support/stand_in_machine.h"
-#include "windows/main_window.h"
+#include "support/window_commands.h"
 
 #include <QApplication>
 
@@ -17,17 +17,9 @@ int main(int argc, char* argv[]) {
     for (const char* name : {"Calm Reading", "Header Colours", "Night Forum", "Tidy Board"})
         application.store().appendStyle(tessaril::testing::namedStyle(name, ++id));
     application.styleList().setLockedForSync(true);
-    MainWindow window({.list = application.styleList(),
-                       .listCommands = application.listCommands(),
-                       .newStyle = application.newStyle(),
-                       .listUndo = application.listUndo(),
-                       .canImport = [] { return false; },
-                       .importFiles = [](const auto&) {},
-                       .openFiles = [](const auto&) {},
-                       .openPreferences = [] {},
-                       .emailSupport = [] {},
-                       .openWebsite = [] {},
-                       .pasteStyle = [] {}});
+    mainWindowCommands commands = tessaril::testing::windowCommands(application);
+    commands.pasteStyle = [] {}; // or it would not be offered
+    MainWindow window(commands);
     window.show();
     return QApplication::exec();
 }

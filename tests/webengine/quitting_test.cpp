@@ -1,6 +1,7 @@
 #include "support/event_loop.h"
 #include "support/running_web_engine.h"
 #include "support/stand_in_machine.h"
+#include "support/window_commands.h"
 #include "windows/import_moz_doc_view.h"
 #include "windows/main_window.h"
 #include "windows/other_windows.h"
@@ -47,19 +48,13 @@ protected:
     OtherWindows others{
         application, [this](QWidget* parent) { return web = runningWebEngine().makeView(parent); },
         TESSARIL_RESOURCES "/Ace/index.html"};
-    MainWindow window{
-        {.list = application.styleList(),
-         .listCommands = application.listCommands(),
-         .newStyle = application.newStyle(),
-         .listUndo = application.listUndo(),
-         .canImport = [] { return false; },
-         .importFiles = [](const auto&) {},
-         .openFiles = [](const auto&) {},
-         .openPreferences = [] {},
-         .emailSupport = [] {},
-         .openWebsite = [] {},
-         .pasteStyle = [this] { others.openPasteWindow(window); },
-         .mayClose = [this](auto retry) { return others.mayClose(std::move(retry)); }}};
+    mainWindowCommands commands() {
+        mainWindowCommands all = windowCommands(application);
+        all.pasteStyle = [this] { others.openPasteWindow(window); };
+        all.mayClose = [this](auto retry) { return others.mayClose(std::move(retry)); };
+        return all;
+    }
+    MainWindow window{commands()};
 };
 
 TEST_F(QuittingTest, AsksBeforeAPastedTextIsLostAndEndsOnlyIfItMayBe) {

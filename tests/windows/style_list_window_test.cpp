@@ -2,6 +2,7 @@
 #include "support/event_loop.h"
 #include "support/sample_styles.h"
 #include "support/stand_in_machine.h"
+#include "support/window_commands.h"
 #include "windows/main_window.h"
 #include "windows/style_list_view.h"
 
@@ -92,16 +93,7 @@ protected:
 
     StandInMachine machine;
     Application application{machine.surroundings()};
-    MainWindow window{{.list = application.styleList(),
-                       .listCommands = application.listCommands(),
-                       .newStyle = application.newStyle(),
-                       .listUndo = application.listUndo(),
-                       .canImport = [] { return false; },
-                       .importFiles = [](const auto&) {},
-                       .openFiles = [](const auto&) {},
-                       .openPreferences = [] {},
-                       .emailSupport = [] {},
-                       .openWebsite = [] {}}};
+    MainWindow window{windowCommands(application)};
     StyleListView& view = *window.findChild<StyleListView*>("styleList");
     QLineEdit& filter = *window.findChild<QLineEdit*>("filterField");
 };

@@ -2,6 +2,7 @@
 #include "support/event_loop.h"
 #include "support/sample_styles.h"
 #include "support/stand_in_machine.h"
+#include "support/window_commands.h"
 #include "windows/compiler_error_windows.h"
 #include "windows/main_window.h"
 
@@ -108,16 +109,7 @@ TEST_F(MainWindowTest, SaysHowToBeginUntilThereIsAStyleToShow) {
 
 TEST_F(MainWindowTest, BeginsWithTheFocusOnTheList) {
     add(2);
-    MainWindow second({.list = application.styleList(),
-                       .listCommands = application.listCommands(),
-                       .newStyle = application.newStyle(),
-                       .listUndo = application.listUndo(),
-                       .canImport = [] { return false; },
-                       .importFiles = [](const Paths&) {},
-                       .openFiles = [](const Paths&) {},
-                       .openPreferences = [] {},
-                       .emailSupport = [] {},
-                       .openWebsite = [] {}});
+    MainWindow second(windowCommands(application));
     second.show();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&second));
     EXPECT_EQ(QApplication::focusWidget()->objectName(), "styleList");

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "app/application.h"
+#include "windows/main_window.h"
+
+namespace tessaril::testing {
+
+/// What a main window over the application needs; whatever leads out of it does nothing.
+inline mainWindowCommands windowCommands(Application& application) {
+    return {.list = application.styleList(),
+            .listCommands = application.listCommands(),
+            .newStyle = application.newStyle(),
+            .listUndo = application.listUndo(),
+            .canImport = [] { return false; },
+            .importFiles = [](const auto&) {},
+            .openFiles = [](const auto&) {},
+            .openPreferences = [] {},
+            .emailSupport = [] {},
+            .openWebsite = [] {}};
+}
+
+} // namespace tessaril::testing
