@@ -15,17 +15,6 @@
 
 namespace tessaril {
 
-namespace {
-
-QString fileFilter() {
-    QStringList patterns;
-    for (const std::string_view type : exportStyleTypes)
-        patterns.append("*." + qtText(type));
-    return "User CSS files (" + patterns.join(' ') + ")";
-}
-
-} // namespace
-
 ExportSheet::ExportSheet(const styleContainer& style, exportSheetParts parts, QWidget* parent)
     : QDialog(parent)
     , exporter(parts.exporter)
@@ -60,7 +49,7 @@ ExportSheet::ExportSheet(const styleContainer& style, exportSheetParts parts, QW
 ExportSheet::~ExportSheet() = default;
 
 void ExportSheet::save() {
-    QFileDialog* panel = makeFilePanel(this, exportStyleTitle, fileFilter());
+    QFileDialog* panel = makeFilePanel(this, exportStyleTitle, "User CSS files", exportStyleTypes);
     panel->setAcceptMode(QFileDialog::AcceptSave);
     panel->setDefaultSuffix(qtText(exportStyleTypes[0]));
     panel->selectFile(qtText(proposedName));

@@ -24,8 +24,13 @@ QString startFolder() {
 
 } // namespace
 
-QFileDialog* makeFilePanel(QWidget* parent, std::string_view title, const QString& filter) {
-    auto* panel = new QFileDialog(parent, qtText(title), startFolder(), filter);
+QFileDialog* makeFilePanel(QWidget* parent, std::string_view title, const QString& kind,
+                           std::span<const std::string_view> types) {
+    QStringList patterns;
+    for (const std::string_view type : types)
+        patterns.append("*." + qtText(type));
+    auto* panel = new QFileDialog(parent, qtText(title), startFolder(),
+                                  kind + " (" + patterns.join(' ') + ")");
     panel->setAttribute(Qt::WA_DeleteOnClose);
     QObject::connect(panel, &QFileDialog::filesSelected, panel, [](const QStringList& files) {
         if (!files.isEmpty()) lastFolder() = QFileInfo(files.front()).absolutePath();

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <span>
 #include <string_view>
 
 class QFileDialog;
@@ -11,8 +12,9 @@ namespace tessaril {
 
 /// A panel that picks files, over `parent`, which goes by itself when it is closed. It starts in
 /// the folder that the last panel of this run picked from; the first one in the home folder.
-/// - title: UTF-8
-/// - filter: as QFileDialog takes it
-QFileDialog* makeFilePanel(QWidget* parent, std::string_view title, const QString& filter);
+/// - kind: what the files are called, for the panel's filter
+/// - types: their name's endings, without the dot; UTF-8, as is the title
+QFileDialog* makeFilePanel(QWidget* parent, std::string_view title, const QString& kind,
+                           std::span<const std::string_view> types);
 
 } // namespace tessaril

@@ -24,8 +24,8 @@ constexpr const char* nothingRemovedText = "There are no removed styles to recov
 constexpr const char* recoverText = "Bring back styles that the last sync removed.";
 
 QFileDialog* databasePanel(QWidget* parent, std::string_view title) {
-    const QString type = qtText(databaseFileType);
-    return makeFilePanel(parent, title, "Tessaril style databases (*." + type + ")");
+    return makeFilePanel(parent, title, "Tessaril style databases",
+                         std::span(&databaseFileType, 1));
 }
 
 } // namespace

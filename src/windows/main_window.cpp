@@ -35,13 +35,6 @@ std::vector<std::filesystem::path> localFiles(const QMimeData& data) {
     return files;
 }
 
-QString importFilter() {
-    QStringList patterns;
-    for (const std::string_view type : importFileTypes)
-        patterns.append("*." + qtText(type));
-    return "Style files (" + patterns.join(' ') + ")";
-}
-
 } // namespace
 
 MainWindow::MainWindow(mainWindowCommands windowCommands)
@@ -190,7 +183,7 @@ void MainWindow::newDocument() {
 
 void MainWindow::importFromFile() {
     if (!commands.canImport()) return;
-    QFileDialog* dialog = makeFilePanel(this, importDialogTitle, importFilter());
+    QFileDialog* dialog = makeFilePanel(this, importDialogTitle, "Style files", importFileTypes);
     dialog->setFileMode(QFileDialog::ExistingFiles);
     connect(dialog, &QFileDialog::filesSelected, this, [this](const QStringList& chosen) {
         std::vector<std::filesystem::path> files;

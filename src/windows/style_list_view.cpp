@@ -78,10 +78,7 @@ StyleListView::StyleListView(StyleList& styleList, StyleListCommands& listComman
         // Who is typing a name goes on doing so, whatever comes in meanwhile.
         if (currentIndex().isValid() && indexWidget(currentIndex())) return;
         selectOnly(positions.front());
-        QItemSelection selection;
-        for (const int position : positions)
-            selection.append({rows.index(position), rows.index(position)});
-        selectionModel()->select(selection, QItemSelectionModel::Select);
+        selectionModel()->select(selectionOf(positions), QItemSelectionModel::Select);
         scrollTo(rows.index(positions.front()));
     });
     connect(&rows, &StyleListModel::filterTurned, this, [this] {
@@ -135,23 +132,27 @@ void StyleListView::keep() {
     }
 }
 
-void StyleListView::restore() {
+/// Ascending positions, with one range for those that stand together.
+QItemSelection StyleListView::selectionOf(const QList<int>& positions) const {
     QItemSelection selection;
-    int runStart = -1;
+    for (qsizetype first = 0, next = 0; first < positions.size(); first = next) {
+        for (next = first + 1; next < positions.size(); ++next)
+            if (positions[next] != positions[next - 1] + 1) break;
+        selection.append({rows.index(positions[first]), rows.index(positions[next - 1])});
+    }
+    return selection;
+}
+
+void StyleListView::restore() {
+    QList<int> selected;
     QModelIndex current;
-    const int count = rows.rowCount();
-    for (int position = 0; position <= count; ++position) {
-        const bool isSelected = position < count && kept.selected.contains(idAt(position));
-        if (isSelected && runStart < 0) runStart = position;
-        if (!isSelected && runStart >= 0) {
-            selection.append({rows.index(runStart), rows.index(position - 1)});
-            runStart = -1;
-        }
-        if (position < count && kept.current == idAt(position)) current = rows.index(position);
+    for (int position = 0; position < rows.rowCount(); ++position) {
+        if (kept.selected.contains(idAt(position))) selected.append(position);
+        if (kept.current == idAt(position)) current = rows.index(position);
     }
     if (current.isValid())
         selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
-    selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+    selectionModel()->select(selectionOf(selected), QItemSelectionModel::ClearAndSelect);
     emit selectionTurned();
     if (!kept.typedName || !current.isValid()) return;
     edit(current);

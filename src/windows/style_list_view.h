@@ -86,6 +86,7 @@ private:
 
     std::int64_t idAt(int position) const;
     void keep();
+    QItemSelection selectionOf(const QList<int>& positions) const;
     void restore();
     void selectOnly(int position);
     void moveTo(const std::vector<std::size_t>& moved, std::size_t row);

@@ -1,7 +1,6 @@
 #include "events/notification_names.h"
 #include "import/file_import.h"
-#include "support/recording_icons.h"
-#include "support/store_machine.h"
+#include "support/import_machine.h"
 
 #include <gmock/gmock.h>
 
@@ -11,7 +10,7 @@ namespace {
 using namespace testing;
 using ::testing::ElementsAre, ::testing::IsEmpty;
 
-class FileImportTest : public ::testing::Test, public StoreMachine<> {
+class FileImportTest : public ::testing::Test, public ImportMachine {
 protected:
     /// Imports files of these names and contents together and gives the last style.
     styleContainer imported(const std::vector<std::pair<std::string, std::string>>& named) {
@@ -26,15 +25,7 @@ protected:
         return live.styles.empty() ? styleContainer() : *live.styles.back();
     }
 
-    RecordingIcons icons;
-    StyleList list{store, center, dispatcher, icons};
-    FileImport importer{files,
-                        {alerts,
-                         dispatcher,
-                         center,
-                         store,
-                         list,
-                         {[this] { return store.generateUniqueID(); }, compile}}};
+    FileImport importer{files, importing()};
 };
 
 const std::string block = "@-moz-document domain(\"a.example\") { b { color: red } }";

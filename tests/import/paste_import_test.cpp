@@ -1,7 +1,6 @@
 #include "events/notification_names.h"
 #include "import/paste_import.h"
-#include "support/recording_icons.h"
-#include "support/store_machine.h"
+#include "support/import_machine.h"
 
 #include <gmock/gmock.h>
 
@@ -20,7 +19,7 @@ const RecordingAlerts::shown noRules{
     "The style you have imported does not have any defined rules for where it should be applied. "
     "If you do not define these rules, the style will be applied to all sites."};
 
-class PasteImportTest : public ::testing::Test, public StoreMachine<> {
+class PasteImportTest : public ::testing::Test, public ImportMachine {
 protected:
     std::optional<bool> import(const std::string& text) {
         std::optional<bool> outcome;
@@ -34,14 +33,7 @@ protected:
         return live.styles.empty() ? styleContainer() : *live.styles.back();
     }
 
-    RecordingIcons icons;
-    StyleList list{store, center, dispatcher, icons};
-    PasteImport importer{{alerts,
-                          dispatcher,
-                          center,
-                          store,
-                          list,
-                          {[this] { return store.generateUniqueID(); }, compile}},
+    PasteImport importer{importing(),
                          [this](styleContainer&) { return [this] { ++toldOfErrors; }; }};
     int toldOfErrors = 0;
 };

@@ -1,9 +1,8 @@
 #include "formats/user_css_writer.h"
 #include "preferences/preferences.h"
 #include "support/event_loop.h"
-#include "support/recording_icons.h"
+#include "support/import_machine.h"
 #include "support/running_web_engine.h"
-#include "support/store_machine.h"
 #include "windows/code_editor.h"
 #include "windows/export_sheet.h"
 #include "windows/import_moz_doc_view.h"
@@ -23,7 +22,7 @@ using namespace testing;
 using ::testing::ElementsAre, ::testing::HasSubstr, ::testing::IsEmpty;
 
 /// A dialog with code, used by its keys as a person does.
-class CodeWindowTest : public ::testing::Test, protected StoreMachine<> {
+class CodeWindowTest : public ::testing::Test, protected ImportMachine {
 protected:
     CodeWindowTest() { registerPreferenceDefaults(settings, shared, 1, false); }
 
@@ -75,15 +74,7 @@ protected:
         return eventually([&] { return !dispatcher.backgroundTasks.empty(); });
     }
 
-    RecordingIcons icons;
-    StyleList list{store, center, dispatcher, icons};
-    PasteImport importer{{alerts,
-                          dispatcher,
-                          center,
-                          store,
-                          list,
-                          {[this] { return store.generateUniqueID(); }, compile}},
-                         [](styleContainer&) { return [] {}; }};
+    PasteImport importer{importing(), [](styleContainer&) { return [] {}; }};
     ImportMozDocView window{{parts(), importer}, nullptr};
 };
 
