@@ -154,7 +154,8 @@ void WKAceView::readChange() {
 }
 
 void WKAceView::settle() {
-    readText(true);
+    if (!pageIsReady) return readText(true);
+    whenSettled([] {}); // the finder is told with whoever else waits
 }
 
 void WKAceView::whenSettled(std::function<void()> settled) {
@@ -167,7 +168,7 @@ void WKAceView::inputWasHandled() {
     if (awaitingInput.empty()) return;
     settling.push_back(std::move(awaitingInput.front()));
     awaitingInput.pop_front();
-    settle();
+    readText(true);
 }
 
 void WKAceView::readText(bool mayBeKnown) {
@@ -179,7 +180,7 @@ void WKAceView::readText(bool mayBeKnown) {
         if (!textIn(result) || newest == setting::failed) textFinder.forgetPutOff();
         textRead(textIn(result), began, mayBeKnown);
         if (readsUnderWay > 0) return;
-        textFinder.textDidSettle();
+        if (awaitingInput.empty()) textFinder.textDidSettle();
         for (const auto& settled : std::exchange(settling, {}))
             settled();
     });
