@@ -39,7 +39,7 @@ Application::Application(applicationSurroundings surroundings)
              .cacheFolder = machine.iconCache})
     , list(styleStore, center, machine.dispatcher, icons)
     , importer(machine.files, importing())
-    , pasteImporter(importing(), [this](styleContainer& s) { return compiler.compileQuietly(s); })
+    , pasteImporter(importing())
     , exporter(machine.files, machine.alerts, machine.dispatcher)
     , openedFiles(styleStore, importer, center, machine.dispatcher, machine.alerts)
     , links(center)
@@ -74,7 +74,8 @@ importSurroundings Application::importing() {
             .store = styleStore,
             .list = list,
             .making = {.generateUniqueID = [this] { return styleStore.generateUniqueID(); },
-                       .compileStyle = [this](styleContainer& s) { compiler.compileStyle(s); }}};
+                       .compileStyle = [this](styleContainer& s) { compiler.compileStyle(s); }},
+            .compileQuietly = [this](styleContainer& s) { return compiler.compileQuietly(s); }};
 }
 
 void Application::styleListShown() {

@@ -3,7 +3,6 @@
 #include "model/text.h"
 
 #include <algorithm>
-#include <charconv>
 
 namespace tessaril {
 
@@ -22,25 +21,6 @@ bool isScheme(std::string_view text) {
 
 bool isForbidden(char c) {
     return static_cast<unsigned char>(c) <= ' ' || c == 0x7F;
-}
-
-std::optional<std::string> percentDecoded(std::string_view text) {
-    std::string result;
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        if (text[at] != '%') {
-            result += text[at];
-            continue;
-        }
-        unsigned value = 0;
-        const std::string_view digits = text.substr(at + 1, 2);
-        const auto [end, error] =
-            std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
-        if (digits.size() < 2 || error != std::errc() || end != digits.data() + 2)
-            return std::nullopt;
-        result += static_cast<char>(value);
-        at += 2;
-    }
-    return result;
 }
 
 } // namespace

@@ -211,7 +211,7 @@ private:
 
     /// Asked at least once a second.
     bool mayGoOn(curl_off_t transferred) {
-        if (cancelled) {
+        if (cancelled || request.stop.stop_requested()) {
             why = "cancelled";
             // Not to wait for a name that is being looked up.
             curl_easy_setopt(handle.get(), CURLOPT_QUICK_EXIT, 1L);
@@ -271,14 +271,15 @@ std::optional<urlResponse> CurlUrlLoader::load(const urlRequest& request) {
     assert(std::this_thread::get_id() != mainThread);
     std::string reason = "cancelled";
     bool wasAnswered = false;
-    if (!cancelled) {
+    if (!cancelled && !request.stop.stop_requested()) {
         Transfer transfer(request, cancelled);
         if (auto response = transfer.run()) return response;
         reason = transfer.reason();
         wasAnswered = transfer.wasAnswered();
     }
     logLine("Error loading " + forLog(request.address) + ": " + forLog(reason));
-    if (!wasAnswered || !request.givesFailedAnswers || cancelled) return std::nullopt;
+    if (!wasAnswered || !request.givesFailedAnswers || cancelled || request.stop.stop_requested())
+        return std::nullopt;
     urlResponse failed;
     failed.hasFailed = true;
     return failed;

@@ -39,7 +39,7 @@ QtDispatcher::QtDispatcher() {
         each->setMaxThreadCount(threads);
     // What runs at this priority mostly waits for the network, on which one must not hold up the
     // next.
-    background.setMaxThreadCount(std::max(8, threads));
+    background.setMaxThreadCount(std::max(16, threads));
 }
 
 QtDispatcher::~QtDispatcher() {

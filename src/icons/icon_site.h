@@ -1,6 +1,6 @@
 #pragma once
 
-#include "icons/web_address.h"
+#include "web/web_address.h"
 #include "model/style_container.h"
 
 #include <optional>

@@ -1,6 +1,7 @@
 #include "import/imported_style.h"
 
 #include "events/notification_names.h"
+#include "formats/user_css_reader.h"
 
 #include <utility>
 
@@ -15,6 +16,16 @@ constexpr std::string_view plainStyleName = "New Style from CSS";
 styleContainer plainStyle(std::string css, const styleMaking& making) {
     return makeStyleContainer(makeStyleJSON(std::string(plainStyleName), std::move(css)),
                               sourceCustom, noUserstyleID, making.generateUniqueID());
+}
+
+quietlyRead parseQuietly(std::string_view text, const importSurroundings& machine) {
+    quietlyRead result;
+    styleMaking making = machine.making;
+    making.compileStyle = [&](styleContainer& style) {
+        result.tellErrors = machine.compileQuietly(style);
+    };
+    result.style = parseUserCSS(text, making);
+    return result;
 }
 
 void setSourceByUpdateAddress(styleContainer& style) {

@@ -7,6 +7,8 @@
 #include "store/style_list.h"
 #include "store/style_store.h"
 
+#include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -21,6 +23,7 @@ struct importSurroundings {
     StyleStore& store;
     StyleList& list;
     styleMaking making;
+    QuietCompile compileQuietly;
 };
 
 /// The alert about a text that yields no section.
@@ -28,6 +31,14 @@ inline constexpr std::string_view invalidStyleTitle = "Invalid Style";
 
 /// The new style of plain CSS: one section without rules, which is `css` as it stands.
 styleContainer plainStyle(std::string css, const styleMaking& making);
+
+/// What `parseUserCSS` makes of a text, and what tells the user of its compiler's errors.
+struct quietlyRead {
+    std::optional<styleContainer> style;
+    std::function<void()> tellErrors = [] {};
+};
+
+quietlyRead parseQuietly(std::string_view text, const importSurroundings& machine);
 
 /// A style with an update address came from somewhere, any other is the user's own.
 void setSourceByUpdateAddress(styleContainer& style);

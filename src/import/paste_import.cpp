@@ -29,14 +29,11 @@ bool isBlank(std::string_view text) {
 } // namespace
 
 /// What has become of a text.
-struct PasteImport::outcome {
-    std::optional<styleContainer> style;
-    bool isPlain = false;                     ///< plain CSS
-    std::function<void()> tellErrors = [] {}; ///< of the compilation
+struct PasteImport::outcome : quietlyRead {
+    bool isPlain = false; ///< plain CSS
 };
 
-PasteImport::PasteImport(importSurroundings surroundings, QuietCompile quietCompile)
-    : machine(std::move(surroundings)), compile(std::move(quietCompile)) {}
+PasteImport::PasteImport(importSurroundings surroundings) : machine(std::move(surroundings)) {}
 
 bool PasteImport::canImport(std::string_view text) {
     if (!machine.list.isLockedForSync()) return !isBlank(text);
@@ -61,11 +58,8 @@ PasteImport::Ticket PasteImport::importText(std::string text,
 
 PasteImport::outcome PasteImport::read(std::string text) const {
     if (!contains(text, mozDocumentKeyword) && !contains(text, metadataOpening))
-        return {.style = plainStyle(std::move(text), machine.making), .isPlain = true};
-    outcome result;
-    styleMaking making = machine.making;
-    making.compileStyle = [&](styleContainer& style) { result.tellErrors = compile(style); };
-    result.style = parseUserCSS(text, making);
+        return {{plainStyle(std::move(text), machine.making)}, true};
+    outcome result{parseQuietly(text, machine)};
     if (!result.style) return result;
     setSourceByUpdateAddress(*result.style);
     std::string& name = result.style->styleData.name;

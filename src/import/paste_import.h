@@ -13,11 +13,7 @@ namespace tessaril {
 /// Makes a style of a text that the user pasted or typed. Main thread only.
 class PasteImport {
 public:
-    /// Recomputes a style's compiled output in place and gives what tells the user of its errors.
-    /// The former is called on any thread, the latter on the main thread or not at all.
-    using QuietCompile = std::function<std::function<void()>(styleContainer&)>;
-
-    PasteImport(importSurroundings surroundings, QuietCompile compile);
+    explicit PasteImport(importSurroundings surroundings);
 
     /// Whether an import may begin: not while the list is locked for sync, which beeps, and not of
     /// a blank text, which would make a style that does nothing.
@@ -43,7 +39,6 @@ private:
     void finish(outcome result, const std::function<void(bool imported)>& done);
 
     importSurroundings machine;
-    QuietCompile compile;
 };
 
 } // namespace tessaril

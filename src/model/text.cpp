@@ -116,12 +116,41 @@ bool contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
 }
 
+std::optional<std::string> percentDecoded(std::string_view text) {
+    std::string result;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (text[at] != '%') {
+            result += text[at];
+            continue;
+        }
+        if (text.size() - at < 3) return std::nullopt;
+        const auto high = hexDigit(text[at + 1]);
+        const auto low = hexDigit(text[at + 2]);
+        if (!high || !low) return std::nullopt;
+        result += static_cast<char>(*high << 4 | *low);
+        at += 2;
+    }
+    return result;
+}
+
 std::optional<std::int64_t> parseInteger(std::string_view text) {
     if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
     std::int64_t value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
     return value;
+}
+
+std::vector<std::int64_t> numbersIn(std::string_view text) {
+    constexpr std::string_view digits = "0123456789";
+    std::vector<std::int64_t> numbers;
+    for (std::size_t at = text.find_first_of(digits); at != std::string_view::npos;
+         at = text.find_first_of(digits, at)) {
+        const std::size_t end = std::min(text.find_first_not_of(digits, at), text.size());
+        if (const auto number = parseInteger(text.substr(at, end - at))) numbers.push_back(*number);
+        at = end;
+    }
+    return numbers;
 }
 
 std::optional<double> parseDouble(std::string_view text) {

@@ -40,9 +40,16 @@ std::optional<std::uint32_t> hexDigit(char c);
 
 bool contains(std::string_view text, std::string_view part);
 
+/// The bytes that `text` stands for, with every "%" and its two hexadecimal digits replaced (RFC
+/// 3986); nothing when a "%" has no such digits.
+std::optional<std::string> percentDecoded(std::string_view text);
+
 /// A whole text of decimal digits with an optional sign; nothing for any other text or a number
 /// outside 64 bits.
 std::optional<std::int64_t> parseInteger(std::string_view text);
+
+/// The runs of decimal digits in `text` as numbers, in order; those outside 64 bits are left out.
+std::vector<std::int64_t> numbersIn(std::string_view text);
 
 /// A whole text that is a finite decimal floating-point number of the C locale, with an optional
 /// sign and exponent; nothing for any other text.

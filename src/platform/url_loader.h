@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <optional>
+#include <stop_token>
 #include <string>
 
 namespace tessaril {
@@ -28,6 +29,7 @@ struct urlRequest {
     /// Whether a load that fails although a server has answered gives a response that says so: for
     /// who wants to know no more than that.
     bool givesFailedAnswers = false;
+    std::stop_token stop = {}; ///< ends the load, which then gives nothing
 };
 
 struct urlResponse {
@@ -52,7 +54,7 @@ public:
     /// one longer than `longestWebAddress`; certificates are checked; nothing is kept between
     /// loads. Nothing, or what `givesFailedAnswers` says, and one log line that says why, unless
     /// the last answer's status is 2xx and its body arrived whole. Nothing at all once it is
-    /// cancelled.
+    /// cancelled or stopped.
     virtual std::optional<urlResponse> load(const urlRequest& request) = 0;
 
     /// Makes all loads, running and later ones, give nothing soon; for quitting.

@@ -280,15 +280,15 @@ void StyleStore::applyEditorChanges(std::int64_t id, const styleContainer& from)
     machine.center.post(notifications::updateFavicons, id);
 }
 
-void StyleStore::setStyleData(std::int64_t id, styleJSON data) {
-    changeStyle(id, [&](styleContainer& style) {
+bool StyleStore::setStyleData(std::int64_t id, styleJSON data) {
+    return changeStyle(id, [&](styleContainer& style) {
         style.styleData = data;
         style.dateModified = now();
     });
 }
 
-void StyleStore::replaceStyleKeepingSettings(std::int64_t id, styleContainer newStyle) {
-    changeStyle(id, [&](styleContainer& style) {
+bool StyleStore::replaceStyleKeepingSettings(std::int64_t id, styleContainer newStyle) {
+    return changeStyle(id, [&](styleContainer& style) {
         styleContainer replacement = newStyle;
         replacement.isEnabled = style.isEnabled;
         replacement.allowIframe = style.allowIframe;

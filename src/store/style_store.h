@@ -121,12 +121,14 @@ public:
     /// Takes over the code and metadata of `from`, compiles, saves, posts `updateFavicons`.
     void applyEditorChanges(std::int64_t id, const styleContainer& from);
 
-    /// Replaces the style's data. No save; the caller saves.
-    void setStyleData(std::int64_t id, styleJSON data);
+    /// Replaces the style's data and gives whether there was such a style. No save; the caller
+    /// saves.
+    bool setStyleData(std::int64_t id, styleJSON data);
 
     /// Replaces the style by `newStyle`, which keeps what the user set on the stored one: enabled
-    /// flag, frames, exclusions, appearance. No save; the caller saves.
-    void replaceStyleKeepingSettings(std::int64_t id, styleContainer newStyle);
+    /// flag, frames, exclusions, appearance. Gives whether there was such a style. No save; the
+    /// caller saves.
+    bool replaceStyleKeepingSettings(std::int64_t id, styleContainer newStyle);
 
     // Changes of the collection, each of which saves. Indexes are list positions; one outside the
     // list changes nothing.

@@ -33,9 +33,7 @@ protected:
         return live.styles.empty() ? styleContainer() : *live.styles.back();
     }
 
-    PasteImport importer{importing(),
-                         [this](styleContainer&) { return [this] { ++toldOfErrors; }; }};
-    int toldOfErrors = 0;
+    PasteImport importer{importing()};
 };
 
 const std::string lessStyle = "/* ==UserStyle==\n@preprocessor less\n==/UserStyle== */\n" + block;

@@ -9,10 +9,16 @@ namespace tessaril::testing {
 /// A store in memory with the list that imports look at.
 struct ImportMachine : StoreMachine<> {
     importSurroundings importing() {
-        return {alerts, dispatcher, center,
-                store,  list,       {[this] { return store.generateUniqueID(); }, compile}};
+        return {alerts,
+                dispatcher,
+                center,
+                store,
+                list,
+                {[this] { return store.generateUniqueID(); }, compile},
+                [this](styleContainer&) { return [this] { ++toldOfErrors; }; }};
     }
 
+    int toldOfErrors = 0;
     RecordingIcons icons;
     StyleList list{store, center, dispatcher, icons};
 };

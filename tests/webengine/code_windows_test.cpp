@@ -74,7 +74,7 @@ protected:
         return eventually([&] { return !dispatcher.backgroundTasks.empty(); });
     }
 
-    PasteImport importer{importing(), [](styleContainer&) { return [] {}; }};
+    PasteImport importer{importing()};
     ImportMozDocView window{{parts(), importer}, nullptr};
 };
 

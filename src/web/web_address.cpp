@@ -1,4 +1,4 @@
-#include "icons/web_address.h"
+#include "web/web_address.h"
 
 #include "model/text.h"
 
@@ -199,13 +199,25 @@ std::optional<webAddress> resolvedAddress(const webAddress& base, std::string_vi
     return target;
 }
 
-bool isPublicSite(const webAddress& address) {
+std::optional<webAddress> webAddressFrom(std::string_view typed) {
+    typed = trimmed(typed);
+    return schemeLength(typed) == 0 ? std::nullopt : resolvedAddress({}, typed);
+}
+
+std::string fileNameOf(const webAddress& address) {
+    std::string_view path = address.path;
+    while (path.ends_with('/'))
+        path.remove_suffix(1);
+    const auto name = percentDecoded(path.substr(path.rfind('/') + 1));
+    if (!name || !isValidUTF8(*name)) return {};
+    const std::size_t dot = name->rfind('.');
+    return dot == 0 ? *name : name->substr(0, dot);
+}
+
+bool hasPublicName(const webAddress& address) {
     constexpr std::array<std::string_view, 8> localEndings{
         "localhost", "local", "localdomain", "internal", "lan", "home", "corp", "arpa"};
-    const hostAndPort parts = partsOf(address.authority);
-    if (address.scheme != "https" || !parts.user.empty()) return false;
-    if (!parts.port.empty() && parts.port != "443") return false;
-    std::string host = lowercasedASCII(parts.host);
+    std::string host = lowercasedASCII(partsOf(address.authority).host);
     if (host.ends_with('.')) host.pop_back();
     const std::size_t dot = host.rfind('.');
     if (dot == std::string::npos || host.starts_with('[')) return false;
@@ -213,6 +225,13 @@ bool isPublicSite(const webAddress& address) {
     const std::string_view last = std::string_view(host).substr(dot + 1);
     return !last.empty() && !isNumber(last) &&
            std::ranges::find(localEndings, last) == localEndings.end();
+}
+
+bool isPublicSite(const webAddress& address) {
+    const hostAndPort parts = partsOf(address.authority);
+    if (address.scheme != "https" || !parts.user.empty()) return false;
+    if (!parts.port.empty() && parts.port != "443") return false;
+    return hasPublicName(address);
 }
 
 } // namespace tessaril

@@ -31,9 +31,21 @@ std::optional<webAddress> parseWebAddress(std::string_view text);
 /// nor where the reference or what it means is longer than `longestWebAddress`.
 std::optional<webAddress> resolvedAddress(const webAddress& base, std::string_view reference);
 
+/// What a person means who typed or pasted an address: as `parseWebAddress`, but white space around
+/// it does not count, and what an address cannot hold is percent-encoded.
+std::optional<webAddress> webAddressFrom(std::string_view typed);
+
+/// The last component of the address's path, decoded and without its extension, which is what
+/// follows its last dot; "dark.user" for "https://a/b/dark.user.css?c". Empty where there is none
+/// or it is not text.
+std::string fileNameOf(const webAddress& address);
+
+/// Whether the address's host has a public name. Not the numbers of hosts, nor names of one label
+/// or with an ending for local networks.
+bool hasPublicName(const webAddress& address);
+
 /// Whether an icon may be asked for there, though a stranger chose the address: by https at the
-/// usual port, without a user name, at a host that has a public name. Not the numbers of hosts, nor
-/// names of one label or with an ending for local networks.
+/// usual port, without a user name, at a host that has a public name.
 bool isPublicSite(const webAddress& address);
 
 } // namespace tessaril

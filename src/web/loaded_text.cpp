@@ -1,0 +1,21 @@
+#include "web/loaded_text.h"
+
+#include "model/log.h"
+#include "model/text.h"
+#include "web/web_address.h"
+
+#include <utility>
+
+namespace tessaril {
+
+std::optional<std::string> loadText(UrlLoader& loader, urlRequest request) {
+    // What is no address goes to the loader as it is, which says so.
+    if (const auto address = webAddressFrom(request.address)) request.address = address->text();
+    auto response = loader.load(request);
+    if (!response || response->hasFailed) return std::nullopt;
+    auto text = textFromUTF8(std::move(response->body));
+    if (!text) logLine("Error loading " + request.address + ": not UTF-8");
+    return text;
+}
+
+} // namespace tessaril
