@@ -10,7 +10,7 @@ build_packages=(
     libcurl4-openssl-dev libgmock-dev libgtest-dev libicu-dev libsimdjson-dev
     libgl-dev libjavascriptcoregtk-4.1-dev qt6-base-dev qt6-svg-dev qt6-webengine-dev
 )
-display_packages=(fonts-dejavu-core imagemagick python3 xauth xvfb)
+display_packages=(fonts-dejavu-core imagemagick openssl python3 xauth xvfb)
 desktop_packages=(desktop-file-utils shared-mime-info xdg-utils)
 picture_packages=(dbus python3-dbus python3-gi xdotool)
 bench_packages=(libbenchmark-dev libxcb1-dev rapidjson-dev)

@@ -63,9 +63,10 @@ struct handleCloser {
 /// One load with its redirects, and why it failed.
 class Transfer {
 public:
-    Transfer(const urlRequest& asked, const std::atomic<bool>& cancelledFlag)
+    Transfer(const urlRequest& asked, const std::filesystem::path& authorities,
+             const std::atomic<bool>& cancelledFlag)
         : request(asked), cancelled(cancelledFlag), handle(curl_easy_init()) {
-        if (handle) configure();
+        if (handle) configure(authorities);
     }
 
     std::optional<urlResponse> run() {
@@ -126,7 +127,8 @@ private:
         return value;
     }
 
-    void configure() {
+    void configure(const std::filesystem::path& authorities) {
+        if (!authorities.empty()) set(CURLOPT_CAINFO, authorities.c_str());
         set(CURLOPT_NOSIGNAL, 1L);
         set(CURLOPT_PROTOCOLS_STR, protocols);
         set(CURLOPT_PROXY, "");
@@ -263,7 +265,8 @@ private:
 
 } // namespace
 
-CurlUrlLoader::CurlUrlLoader() : mainThread(std::this_thread::get_id()) {
+CurlUrlLoader::CurlUrlLoader(std::filesystem::path authorities)
+    : certificateAuthorities(std::move(authorities)), mainThread(std::this_thread::get_id()) {
     curl_global_init(CURL_GLOBAL_DEFAULT);
 }
 
@@ -272,7 +275,7 @@ std::optional<urlResponse> CurlUrlLoader::load(const urlRequest& request) {
     std::string reason = "cancelled";
     bool wasAnswered = false;
     if (!cancelled && !request.stop.stop_requested()) {
-        Transfer transfer(request, cancelled);
+        Transfer transfer(request, certificateAuthorities, cancelled);
         if (auto response = transfer.run()) return response;
         reason = transfer.reason();
         wasAnswered = transfer.wasAnswered();

@@ -3,6 +3,7 @@
 #include "platform/url_loader.h"
 
 #include <atomic>
+#include <filesystem>
 #include <thread>
 
 namespace tessaril {
@@ -12,12 +13,14 @@ namespace tessaril {
 /// No proxy is used: it would look names up itself, where nobody sees what they lead to.
 class CurlUrlLoader : public UrlLoader {
 public:
-    CurlUrlLoader();
+    /// - certificateAuthorities: a file of those to trust (PEM); empty for the system's
+    explicit CurlUrlLoader(std::filesystem::path certificateAuthorities = {});
 
     std::optional<urlResponse> load(const urlRequest& request) override;
     void cancelAll() override { cancelled = true; }
 
 private:
+    const std::filesystem::path certificateAuthorities;
     std::thread::id mainThread;
     std::atomic<bool> cancelled = false;
 };

@@ -3,6 +3,8 @@
 #include "support/captured_log.h"
 #include "support/event_loop.h"
 #include "support/loopback_server.h"
+#include "support/style_site_server.h"
+#include "web/loaded_text.h"
 
 #include <QByteArray>
 
@@ -143,6 +145,76 @@ TEST_F(CurlUrlLoaderTest, ReachesNobodyOnTheUsersOwnNetworkForAStranger) {
                       "not a host of the public internet");
     EXPECT_THAT(server.requests(), IsEmpty());
     EXPECT_TRUE(load({.address = server.address("/")}));
+}
+
+TEST(CurlUrlLoaderOverTLS, TrustsWhoseNameAnAuthorityVouchesForAndNeverGoesBackToPlainText) {
+    StyleSiteServer server;
+    server.put("a.css", "\xEF\xBB\xBF content", "gzip");
+    server.put("chunks.css", "chunks", "chunked");
+    server.put("latin.css", "caf\xE9");
+    server.put("up.css", "", "redirect=" + server.https("/a.css"));
+    server.put("loop.css", "", "redirect=https:");
+    server.put("down.css", "", "redirect=http:");
+    server.put("there.css", "", "redirect=" + server.http("/down.css"));
+    for (const char* path : {"half.css", "longer.css", "closed.css", "huge.css"})
+        server.put(path, std::string(10'000, 'x'));
+    server.put("half.css.how", "truncated");
+    server.put("longer.css.how", "longer");
+    server.put("closed.css.how", "closed");
+    server.put("huge.css.how", "huge");
+
+    CurlUrlLoader trusting(server.certificateAuthorities());
+    CurlUrlLoader strange;
+    const auto load = [](CurlUrlLoader& loader, const std::string& address) {
+        return std::async(std::launch::async,
+                          [&] { return loadText(loader, {.address = address}); })
+            .get();
+    };
+    EXPECT_EQ(load(trusting, server.https("/a.css")), " content");
+    EXPECT_EQ(load(trusting, server.https("/chunks.css")), "chunks");
+    EXPECT_EQ(load(trusting, server.http("/up.css")), " content");
+    std::string name = server.https("/a.css");
+    name.replace(name.find("127.0.0.1"), 9, "localhost");
+    const auto expectFailure = [&](CurlUrlLoader& loader, const std::string& address,
+                                   const std::string& reason) {
+        CapturedLog log;
+        EXPECT_EQ(load(loader, address), std::nullopt);
+        const std::string line = log.take();
+        EXPECT_THAT(line, HasSubstr("Error loading " + address + ": " + reason));
+        EXPECT_EQ(std::ranges::count(line, '\n'), 1);
+    };
+    expectFailure(strange, server.https("/a.css"), "SSL");
+    expectFailure(trusting, name, "SSL");
+    expectFailure(trusting, server.https("/down.css"), "a redirect to an insecure address");
+    expectFailure(trusting, server.https("/there.css"), "a redirect to an insecure address");
+    expectFailure(trusting, server.https("/loop.css"), "too many redirects");
+    expectFailure(trusting, server.https("/latin.css"), "not UTF-8");
+    expectFailure(trusting, server.https("/half.css"), "");
+    expectFailure(trusting, server.https("/longer.css"), "");
+    expectFailure(trusting, server.https("/closed.css"), "");
+    expectFailure(trusting, server.https("/huge.css"), "a body of more than 33554432 bytes");
+    expectFailure(trusting, server.https("/none.css"), "status 404");
+    expectFailure(trusting, "no address", "no address of the web");
+}
+
+TEST(CurlUrlLoaderOverTLS, EndsOneRequestAlone) {
+    StyleSiteServer server;
+    server.put("held.css", "content", "hold");
+    CurlUrlLoader loader(server.certificateAuthorities());
+    std::stop_source stop;
+    const auto begin = [&](std::stop_token token) {
+        return std::async(std::launch::async, [&, token] {
+            return loadText(loader, {.address = server.https("/held.css"), .stop = token});
+        });
+    };
+    CapturedLog log;
+    auto stopped = begin(stop.get_token());
+    auto waiting = begin({});
+    ASSERT_TRUE(eventually([&] { return server.requests().size() == 2; }));
+    stop.request_stop();
+    EXPECT_EQ(stopped.get(), std::nullopt);
+    server.release();
+    EXPECT_EQ(waiting.get(), "content");
 }
 
 TEST(PublicAddress, KnowsPrivateAndReservedOnesAlsoWithinOthers) {
