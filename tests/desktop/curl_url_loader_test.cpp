@@ -2,114 +2,137 @@
 #include "desktop/public_address.h"
 #include "support/captured_log.h"
 #include "support/event_loop.h"
-#include "support/loopback_server.h"
 #include "support/style_site_server.h"
 #include "web/loaded_text.h"
-
-#include <QByteArray>
 
 #include <arpa/inet.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <future>
+#include <memory>
 
 namespace tessaril {
 namespace {
 
 using namespace testing;
 using namespace std::chrono_literals;
-using ::testing::EndsWith, ::testing::HasSubstr, ::testing::IsEmpty, ::testing::Not,
-    ::testing::StartsWith;
+using ::testing::EndsWith, ::testing::HasSubstr, ::testing::StartsWith;
 
-std::string compressed(const std::string& text) {
-    return qCompress(QByteArray::fromStdString(text)).mid(4).toStdString(); // a length comes first
-}
-
+/// One server for all tests, as it takes a while to start; each test puts files of its own there.
 class CurlUrlLoaderTest : public ::testing::Test {
 protected:
+    static void SetUpTestSuite() { server = std::make_unique<StyleSiteServer>(); }
+    static void TearDownTestSuite() { server.reset(); }
+
     std::future<std::optional<urlResponse>> begin(urlRequest request) {
         return std::async(std::launch::async, [this, request] { return loader.load(request); });
     }
     std::optional<urlResponse> load(const urlRequest& request) { return begin(request).get(); }
 
-    void expectFailure(const urlRequest& request, const std::string& reason) {
+    template <typename Load>
+    void expectOneLine(const std::string& address, const std::string& reason, Load loading) {
         CapturedLog log;
-        EXPECT_FALSE(load(request)) << request.address;
-        EXPECT_THAT(log.take(), HasSubstr("Error loading " + request.address + ": " + reason));
+        EXPECT_FALSE(std::async(std::launch::async, loading).get()) << address;
+        const std::string line = log.take();
+        EXPECT_THAT(line, HasSubstr("Error loading " + address + ": " + reason));
+        EXPECT_EQ(std::ranges::count(line, '\n'), 1);
+    }
+    void expectFailure(const urlRequest& request, const std::string& reason) {
+        expectOneLine(request.address, reason, [&] { return loader.load(request); });
+    }
+    void expectNoText(CurlUrlLoader& asked, const std::string& address, const std::string& reason) {
+        expectOneLine(address, reason, [&] { return loadText(asked, {.address = address}); });
     }
 
-    CurlUrlLoader loader;
+    static inline std::unique_ptr<StyleSiteServer> server;
+    CurlUrlLoader loader{server->certificateAuthorities()};
 };
 
 TEST_F(CurlUrlLoaderTest, GivesWholeBodiesAndWhereTheyCameFrom) {
-    const std::string zip = "Content-Encoding: deflate\r\nContent-Type: text/css\r\n";
-    const LoopbackServer server({{"/zip", LoopbackServer::withLength(compressed("content"), zip)},
-                                 {"/first", LoopbackServer::redirect("second?x=1")},
-                                 {"/second?x=1", LoopbackServer::redirect("/zip")}});
-    const auto response = load({.address = server.address("/first"), .mostRedirects = 2});
+    server->put("zip.css", "content", "gzip type=text/css");
+    server->put("first", "", "redirect=second?x=1");
+    server->put("second", std::string(5'000'000, 'x'), "redirect=" + server->https("/zip.css"));
+    server->put("trailers",
+                "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\nTrailer: X-Sum\r\n"
+                "Connection: close\r\n\r\n7\r\ncontent\r\n0\r\nX-Sum: 1\r\n\r\n",
+                "raw");
+    server->put("mark.css",
+                "\xEF\xBB\xBF"
+                "content",
+                "chunked");
+    const auto response =
+        load({.address = server->http("/first"), .largestBody = 7, .mostRedirects = 2});
     ASSERT_TRUE(response);
     EXPECT_EQ(response->body, "content");
     EXPECT_EQ(response->contentType, "text/css");
-    EXPECT_EQ(response->finalAddress, server.address("/zip"));
-    EXPECT_THAT(server.requests().at(2), HasSubstr("User-Agent: Tessaril/"));
-    EXPECT_THAT(server.requests().at(2), Not(HasSubstr("Cookie")));
-}
-
-TEST_F(CurlUrlLoaderTest, TakesTrailersAndTheBodiesOfRedirectsForNothing) {
-    const LoopbackServer server(
-        {{"/chunks", "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\nTrailer: X-Sum\r\n"
-                     "Connection: close\r\n\r\n4\r\nbody\r\n0\r\nX-Sum: 1\r\n\r\n"},
-         {"/moved", LoopbackServer::withLength(std::string(5'000'000, 'x'), "Location: /chunks\r\n",
-                                               "302 Found")}});
-    for (const char* path : {"/chunks", "/moved"}) {
-        const auto response = load({.address = server.address(path), .largestBody = 4});
-        ASSERT_TRUE(response) << path;
-        EXPECT_EQ(response->body, "body");
-    }
+    EXPECT_EQ(response->finalAddress, server->https("/zip.css"));
+    EXPECT_THAT(server->requests().back(), StartsWith("/zip.css\tTessaril/"));
+    for (const std::string& address : {server->http("/trailers"), server->https("/mark.css")})
+        EXPECT_EQ(
+            std::async(std::launch::async, [&] { return loadText(loader, {.address = address}); })
+                .get(),
+            "content");
 }
 
 TEST_F(CurlUrlLoaderTest, RefusesWhatIsNotAWholeAnswerOfTheKindAskedFor) {
-    const LoopbackServer server(
-        {{"/missing", LoopbackServer::withLength("text", "", "404 Not Found")},
-         {"/broken", LoopbackServer::withLength("text", "", "500 Oh")},
-         {"/endless", LoopbackServer::redirect("/endless")},
-         {"/file", LoopbackServer::redirect("file:///etc/passwd")},
-         {"/script", LoopbackServer::redirect("javascript:1")},
-         {"/far", LoopbackServer::redirect("/" + std::string(9000, 'a'))},
-         {"/closed", "HTTP/1.1 200 OK\r\nContent-Le"},
-         {"/short", "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nfive."},
-         {"/huge", LoopbackServer::withLength(std::string(5'000'000, 'x'))},
-         {"/bomb", LoopbackServer::withLength(compressed(std::string(5'000'000, 'x')),
-                                              "Content-Encoding: deflate\r\n")}});
-    for (const auto& [path, reason] :
-         std::map<std::string, std::string>{{"/missing", "status 404"},
-                                            {"/broken", "status 500"},
-                                            {"/endless", "too many redirects"},
-                                            {"/file", ""},
-                                            {"/script", "a redirect that leads off the web"},
-                                            {"/far", "a redirect to an overlong address"},
-                                            {"/closed", "the answer is cut short"},
-                                            {"/short", ""},
-                                            {"/huge", "a body of more than 1000 bytes"},
-                                            {"/bomb", "a body of more than 1000 bytes"}})
-        expectFailure({.address = server.address(path), .largestBody = 1000}, reason);
-    EXPECT_EQ(server.requests().size(), 10U + 10) << "ten redirects are followed";
+    const std::string lengthy(5'000'000, 'x');
+    for (const auto& [path, content, how, reason] : std::vector<std::array<std::string, 4>>{
+             {"missing", "text", "status=404", "status 404"},
+             {"broken", "text", "status=500", "status 500"},
+             {"endless", "", "redirect=/endless", "too many redirects"},
+             {"file", "", "redirect=file:///etc/passwd", ""},
+             {"script", "", "redirect=javascript:1", "a redirect that leads off the web"},
+             {"far", "", "redirect=/" + std::string(9000, 'a'),
+              "a redirect to an overlong address"},
+             {"cut", "HTTP/1.1 200 OK\r\nContent-Le", "raw", "the answer is cut short"},
+             {"half", "content", "truncated", ""},
+             {"halfzip", lengthy, "truncated gzip", ""},
+             {"longer", "content", "longer", ""},
+             {"closed", "content", "closed", ""},
+             {"large", lengthy, "", "a body of more than 1000 bytes"},
+             {"huge", lengthy, "huge", "a body of more than 1000 bytes"},
+             {"bomb", lengthy, "gzip", "a body of more than 1000 bytes"}}) {
+        server->put(path, content, how);
+        for (const std::string& address : {server->http("/" + path), server->https("/" + path)})
+            expectFailure({.address = address, .largestBody = 1000}, reason);
+    }
+    const auto requests = server->requests();
+    EXPECT_EQ(std::ranges::count_if(requests, [](auto& r) { return r.starts_with("/endless"); }),
+              2 * 11)
+        << "ten redirects are followed";
     for (const char* address : {"file:///etc/passwd", "ftp://127.0.0.1/", "", "127.0.0.1"})
         expectFailure({.address = address}, "no address of the web");
+    server->put("latin.css", "caf\xE9", "type=text/css;charset=iso-8859-1");
+    expectNoText(loader, server->https("/latin.css"), "not UTF-8");
 
     // Who asks for it learns whether there was an answer at all.
-    for (const char* path : {"/missing", "/broken", "/far", "/huge"}) {
-        const auto refusal = load(
-            {.address = server.address(path), .largestBody = 1000, .givesFailedAnswers = true});
+    for (const char* path : {"/missing", "/broken", "/far", "/large"}) {
+        const auto refusal =
+            load({.address = server->http(path), .largestBody = 1000, .givesFailedAnswers = true});
         EXPECT_TRUE(refusal && refusal->hasFailed && refusal->body.empty()) << path;
     }
-    EXPECT_FALSE(load({.address = server.address("/closed"), .givesFailedAnswers = true}));
+    EXPECT_FALSE(load({.address = server->http("/cut"), .givesFailedAnswers = true}));
 
     const auto start =
-        load({.address = server.address("/huge"), .largestBody = 1000, .cutsLongerBody = true});
+        load({.address = server->http("/large"), .largestBody = 1000, .cutsLongerBody = true});
     ASSERT_TRUE(start);
     EXPECT_EQ(start->body, std::string(1000, 'x'));
+}
+
+TEST_F(CurlUrlLoaderTest, TrustsWhoseNameAnAuthorityVouchesForAndNeverGoesBackToPlainText) {
+    server->put("a.css", "content");
+    server->put("down.css", "", "redirect=http:");
+    server->put("there.css", "", "redirect=" + server->http("/down.css"));
+    CurlUrlLoader strange;
+    std::string otherName = server->https("/a.css");
+    otherName.replace(otherName.find("127.0.0.1"), 9, "localhost");
+    EXPECT_TRUE(load({.address = server->https("/a.css")}));
+    expectNoText(strange, server->https("/a.css"), "SSL");
+    expectNoText(loader, otherName, "SSL");
+    expectNoText(loader, server->https("/down.css"), "a redirect to an insecure address");
+    expectNoText(loader, server->https("/there.css"), "a redirect to an insecure address");
 }
 
 TEST_F(CurlUrlLoaderTest, KeepsALinesLengthAndCharactersInTheLogInBounds) {
@@ -125,96 +148,37 @@ TEST_F(CurlUrlLoaderTest, KeepsALinesLengthAndCharactersInTheLogInBounds) {
 }
 
 TEST_F(CurlUrlLoaderTest, WaitsForASilentServerNoLongerThanAskedAndNotAtAllOnceCancelled) {
-    const LoopbackServer server({});
-    expectFailure({.address = server.address("/silent"), .totalTime = 50ms}, "");
-    expectFailure({.address = server.address("/silent"), .stallTime = 1ms}, "no progress");
+    server->put("silent", "content", "hold");
+    const std::string address = server->https("/silent");
+    expectFailure({.address = address, .totalTime = 50ms}, "");
+    expectFailure({.address = address, .stallTime = 1ms}, "no progress");
 
+    const auto asked = [] { return server->requests().size(); };
+    const std::size_t before = asked();
     CapturedLog log;
-    auto waiting = begin({.address = server.address("/silent")});
-    ASSERT_TRUE(eventually([&] { return server.requests().size() == 3; }));
+    std::stop_source stop;
+    auto stopped = begin({.address = address, .stop = stop.get_token()});
+    auto waiting = begin({.address = address});
+    ASSERT_TRUE(eventually([&] { return asked() == before + 2; }));
+    stop.request_stop();
+    EXPECT_FALSE(stopped.get());
+    EXPECT_EQ(waiting.wait_for(0s), std::future_status::timeout) << "only the one";
     loader.cancelAll();
     EXPECT_FALSE(waiting.get());
-    EXPECT_FALSE(load({.address = server.address("/silent")}));
-    EXPECT_EQ(server.requests().size(), 3U);
+    EXPECT_FALSE(load({.address = address}));
+    EXPECT_EQ(asked(), before + 2);
 }
 
 TEST_F(CurlUrlLoaderTest, ReachesNobodyOnTheUsersOwnNetworkForAStranger) {
-    const LoopbackServer server({{"/", LoopbackServer::withLength("secret")}});
+    server->put("secret", "content");
+    const std::string port = server->http("/secret").substr(std::string("http://127.0.0.1").size());
+    const std::size_t before = server->requests().size();
     for (const char* host : {"127.0.0.1", "localhost", "2130706433", "0x7f.1", "[::ffff:7f00:1]"})
-        expectFailure({.address = server.address("/", host), .publicHostsOnly = true},
-                      "not a host of the public internet");
-    EXPECT_THAT(server.requests(), IsEmpty());
-    EXPECT_TRUE(load({.address = server.address("/")}));
-}
-
-TEST(CurlUrlLoaderOverTLS, TrustsWhoseNameAnAuthorityVouchesForAndNeverGoesBackToPlainText) {
-    StyleSiteServer server;
-    server.put("a.css", "\xEF\xBB\xBF content", "gzip");
-    server.put("chunks.css", "chunks", "chunked");
-    server.put("latin.css", "caf\xE9");
-    server.put("up.css", "", "redirect=" + server.https("/a.css"));
-    server.put("loop.css", "", "redirect=https:");
-    server.put("down.css", "", "redirect=http:");
-    server.put("there.css", "", "redirect=" + server.http("/down.css"));
-    for (const char* path : {"half.css", "longer.css", "closed.css", "huge.css"})
-        server.put(path, std::string(10'000, 'x'));
-    server.put("half.css.how", "truncated");
-    server.put("longer.css.how", "longer");
-    server.put("closed.css.how", "closed");
-    server.put("huge.css.how", "huge");
-
-    CurlUrlLoader trusting(server.certificateAuthorities());
-    CurlUrlLoader strange;
-    const auto load = [](CurlUrlLoader& loader, const std::string& address) {
-        return std::async(std::launch::async,
-                          [&] { return loadText(loader, {.address = address}); })
-            .get();
-    };
-    EXPECT_EQ(load(trusting, server.https("/a.css")), " content");
-    EXPECT_EQ(load(trusting, server.https("/chunks.css")), "chunks");
-    EXPECT_EQ(load(trusting, server.http("/up.css")), " content");
-    std::string name = server.https("/a.css");
-    name.replace(name.find("127.0.0.1"), 9, "localhost");
-    const auto expectFailure = [&](CurlUrlLoader& loader, const std::string& address,
-                                   const std::string& reason) {
-        CapturedLog log;
-        EXPECT_EQ(load(loader, address), std::nullopt);
-        const std::string line = log.take();
-        EXPECT_THAT(line, HasSubstr("Error loading " + address + ": " + reason));
-        EXPECT_EQ(std::ranges::count(line, '\n'), 1);
-    };
-    expectFailure(strange, server.https("/a.css"), "SSL");
-    expectFailure(trusting, name, "SSL");
-    expectFailure(trusting, server.https("/down.css"), "a redirect to an insecure address");
-    expectFailure(trusting, server.https("/there.css"), "a redirect to an insecure address");
-    expectFailure(trusting, server.https("/loop.css"), "too many redirects");
-    expectFailure(trusting, server.https("/latin.css"), "not UTF-8");
-    expectFailure(trusting, server.https("/half.css"), "");
-    expectFailure(trusting, server.https("/longer.css"), "");
-    expectFailure(trusting, server.https("/closed.css"), "");
-    expectFailure(trusting, server.https("/huge.css"), "a body of more than 33554432 bytes");
-    expectFailure(trusting, server.https("/none.css"), "status 404");
-    expectFailure(trusting, "no address", "no address of the web");
-}
-
-TEST(CurlUrlLoaderOverTLS, EndsOneRequestAlone) {
-    StyleSiteServer server;
-    server.put("held.css", "content", "hold");
-    CurlUrlLoader loader(server.certificateAuthorities());
-    std::stop_source stop;
-    const auto begin = [&](std::stop_token token) {
-        return std::async(std::launch::async, [&, token] {
-            return loadText(loader, {.address = server.https("/held.css"), .stop = token});
-        });
-    };
-    CapturedLog log;
-    auto stopped = begin(stop.get_token());
-    auto waiting = begin({});
-    ASSERT_TRUE(eventually([&] { return server.requests().size() == 2; }));
-    stop.request_stop();
-    EXPECT_EQ(stopped.get(), std::nullopt);
-    server.release();
-    EXPECT_EQ(waiting.get(), "content");
+        expectFailure(
+            {.address = std::string("http://").append(host).append(port), .publicHostsOnly = true},
+            "not a host of the public internet");
+    EXPECT_EQ(server->requests().size(), before);
+    EXPECT_TRUE(load({.address = server->http("/secret")}));
 }
 
 TEST(PublicAddress, KnowsPrivateAndReservedOnesAlsoWithinOthers) {

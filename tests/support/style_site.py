@@ -5,7 +5,7 @@
 
 Writes one line: the port of http, the port of https, and the file with the certificate authority
 that signed for 127.0.0.1 and for no other name. Ends when its standard input does. Every request's
-path is a line of FOLDER/requests.log.
+path and user agent are a line of FOLDER/requests.log, with a tab between them.
 
 How a file is answered, words in FILE.how say:
 
@@ -20,6 +20,7 @@ How a file is answered, words in FILE.how say:
     truncated           by its first half
     longer              by all of it, with a length that is one too large
     huge                by itself again and again, without an end
+    raw                 by nothing but its bytes, head and all
 """
 
 import gzip
@@ -61,7 +62,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
         self.close_connection = True
         path = urllib.parse.urlsplit(self.path).path
         with self.log_lock, open(self.root / "requests.log", "a") as log:
-            log.write(self.path + "\n")
+            log.write(f"{self.path}\t{self.headers['User-Agent']}\n")
         file = self.root / urllib.parse.unquote(path).lstrip("/")
         how_file = pathlib.Path(f"{file}.how")
         words = how_file.read_text().split() if how_file.is_file() else []
@@ -71,6 +72,9 @@ class Handler(http.server.BaseHTTPRequestHandler):
         while "hold" in how and not (self.root / "release").exists():
             time.sleep(0.005)
         if "closed" in how:
+            return
+        if "raw" in how:
+            self.wfile.write(file.read_bytes())
             return
         if "redirect" in how:
             target = how["redirect"]

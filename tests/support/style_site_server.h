@@ -50,13 +50,13 @@ public:
     std::string http(const std::string& path = "") const { return insecure + path; }
     std::string https(const std::string& path = "") const { return secure + path; }
 
-    /// The paths that were asked for so far.
+    /// What was asked for so far: path, tab and user agent.
     std::vector<std::string> requests() const {
         std::ifstream log(root() / "requests.log");
-        std::vector<std::string> paths;
+        std::vector<std::string> lines;
         for (std::string line; std::getline(log, line);)
-            paths.push_back(line);
-        return paths;
+            lines.push_back(line);
+        return lines;
     }
 
     const std::filesystem::path& certificateAuthorities() const { return authorities; }
