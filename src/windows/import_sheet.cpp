@@ -73,7 +73,6 @@ ImportSheet::ImportSheet(UrlImport& urlImport, QWidget* parent)
     importButton = buttons->addButton("&Import", QDialogButtonBox::AcceptRole);
     QPushButton* cancel = buttons->addButton("&Cancel", QDialogButtonBox::RejectRole);
     importButton->setObjectName("importButton");
-    importButton->setDefault(true);
     cancel->setAutoDefault(false);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
@@ -95,6 +94,8 @@ ImportSheet::ImportSheet(UrlImport& urlImport, QWidget* parent)
     parts->addWidget(importSheetBox);
     parts->addStretch();
     parts->addWidget(buttons);
+    // Once it is within the dialog, which else forgets about it when the focus leaves it.
+    importButton->setDefault(true);
     resize(sheetWidth, sizeHint().height());
     enter(importSheetState::idle);
     offerClipboard();
