@@ -21,7 +21,7 @@ namespace tessaril {
 namespace {
 
 constexpr int sheetWidth = 520;
-constexpr int spinnerHeight = 6;
+constexpr int spinnerHeight = 12; // in a lower one nothing is seen to move
 
 constexpr const char* example = "https://example.com/dark.user.css";
 constexpr const char* advice =
