@@ -119,6 +119,7 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
          .emailSupport = [&] { application.emailSupport(); },
          .openWebsite = [&] { application.openWebsite(); },
          .pasteStyle = [&] { others.openPasteWindow(window); },
+         .importFromURL = [&] { others.openImportSheet(window); },
          .mayClose = [&](auto retry) { return others.mayClose(std::move(retry)); }});
     shown = &window;
     // Queued: an opened file may ask a question, and nobody is to wait for its answer. What is

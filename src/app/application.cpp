@@ -40,9 +40,12 @@ Application::Application(applicationSurroundings surroundings)
     , list(styleStore, center, machine.dispatcher, icons)
     , importer(machine.files, importing())
     , pasteImporter(importing())
+    , site(machine.urls, standard)
+    , urlImporter(importing(), machine.urls, site)
     , exporter(machine.files, machine.alerts, machine.dispatcher)
     , openedFiles(styleStore, importer, center, machine.dispatcher, machine.alerts)
-    , links(center)
+    , installLinks(importing(), urlImporter, site)
+    , links(center, installLinks)
     , extensionWarning(machine.extension, standard, synced, machine.alerts)
     , stylesOpenInEditors(center)
     , commands({.store = styleStore,
@@ -111,6 +114,8 @@ void Application::openWebsite() {
 
 void Application::stopLoading() {
     icons.stop();
+    urlImporter.stop();
+    installLinks.stop();
     machine.urls.cancelAll();
     machine.iconDecoder.cancelAll();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/extension_warning.h"
+#include "app/install_links.h"
 #include "app/link_router.h"
 #include "app/opened_files.h"
 #include "compile/style_compiler.h"
@@ -8,6 +9,8 @@
 #include "icons/style_icons.h"
 #include "import/file_import.h"
 #include "import/paste_import.h"
+#include "import/style_site.h"
+#include "import/url_import.h"
 #include "platform/browser_extension.h"
 #include "platform/external_applications.h"
 #include "preferences/change_announcement.h"
@@ -66,6 +69,7 @@ public:
     NotificationCenter& notificationCenter() { return center; }
     FileImport& fileImport() { return importer; }
     PasteImport& pasteImport() { return pasteImporter; }
+    UrlImport& urlImport() { return urlImporter; }
     StyleExport& styleExport() { return exporter; }
     const OpenStyles& openStyles() const { return stylesOpenInEditors; }
 
@@ -113,8 +117,11 @@ private:
     StyleList list;
     FileImport importer;
     PasteImport pasteImporter;
+    StyleSite site;
+    UrlImport urlImporter;
     StyleExport exporter;
     OpenedFiles openedFiles;
+    InstallLinks installLinks;
     LinkRouter links;
     ExtensionWarning extensionWarning;
     OpenStyles stylesOpenInEditors;

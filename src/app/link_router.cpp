@@ -9,7 +9,8 @@
 
 namespace tessaril {
 
-LinkRouter::LinkRouter(NotificationCenter& bus) : center(bus) {}
+LinkRouter::LinkRouter(NotificationCenter& bus, InstallLinks& links)
+    : center(bus), installLinks(links) {}
 
 void LinkRouter::route(std::string_view address) {
     const auto target = parseLink(address);
@@ -19,6 +20,8 @@ void LinkRouter::route(std::string_view address) {
             center.post(notifications::openStyleNotif, id);
         return;
     }
+    if (target->host == "usercss") return installLinks.openUserCSS(address);
+    if (target->host == "install") return installLinks.openInstall(target->path);
     logLine("Unsupported link: " + std::string(address));
 }
 

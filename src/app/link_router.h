@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/install_links.h"
 #include "events/notification_center.h"
 
 #include <string_view>
@@ -9,14 +10,17 @@ namespace tessaril {
 /// Sends links of the application's own scheme where their host says. Main thread only.
 class LinkRouter {
 public:
-    explicit LinkRouter(NotificationCenter& center);
+    /// Both outlive it.
+    LinkRouter(NotificationCenter& center, InstallLinks& installLinks);
 
     /// - `openstyle`: posts `openStyleNotif` for every number in the path.
+    /// - `usercss`, `install`: see `InstallLinks`.
     /// A text that is not an address is ignored; an unknown host is logged.
     void route(std::string_view address);
 
 private:
     NotificationCenter& center;
+    InstallLinks& installLinks;
 };
 
 } // namespace tessaril

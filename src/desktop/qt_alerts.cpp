@@ -127,34 +127,44 @@ QtAlerts::QtAlerts(Dispatcher& mainQueue) : dispatcher(mainQueue) {
 void QtAlerts::showAlert(std::string_view title, std::string_view text) {
     dispatcher.onMain([this, next = message{std::string(title), std::string(text)}] {
         waiting.push_back(next);
-        if (!isShowing) showNext();
+        showNext();
     });
 }
 
 void QtAlerts::showNext() {
-    isShowing = !waiting.empty();
-    if (!isShowing) return;
+    if (openQuestions > 0 || shown || waiting.empty()) return;
     const message next = std::move(waiting.front());
     waiting.pop_front();
 
-    QMessageBox* box =
-        makeBox(windowBelow(lastWindow), QMessageBox::Warning, next.title, next.text).release();
-    box->setAttribute(Qt::WA_DeleteOnClose);
-    box->addButton(QMessageBox::Ok);
+    shown = makeBox(windowBelow(lastWindow), QMessageBox::Warning, next.title, next.text).release();
+    shown->setAttribute(Qt::WA_DeleteOnClose);
+    shown->addButton(QMessageBox::Ok);
     // Destroyed rather than finished: the box also goes when the window below it is closed. Queued,
     // or the next one might take the dying box for the window that it belongs over.
     QObject::connect(
-        box, &QObject::destroyed, &boxes, [this] { showNext(); }, Qt::QueuedConnection);
-    box->show();
+        shown, &QObject::destroyed, &boxes, [this] { showNext(); }, Qt::QueuedConnection);
+    shown->show();
 }
 
 alertAnswer QtAlerts::ask(const alertQuestion& question) {
+    waitForShown();
     // An alert that arrives meanwhile waits for its turn.
-    const bool wasShowing = std::exchange(isShowing, true);
+    ++openQuestions;
     const alertAnswer answer = answerTo(question, windowBelow(lastWindow));
-    isShowing = wasShowing;
-    if (!isShowing) showNext();
+    --openQuestions;
+    showNext();
     return answer;
+}
+
+/// What was told before a question may be what it is about. While the application quits nobody
+/// waits.
+void QtAlerts::waitForShown() {
+    while (shown) {
+        QEventLoop loop;
+        QObject::connect(shown, &QObject::destroyed, &loop, &QEventLoop::quit);
+        if (loop.exec() != 0) return;
+        showNext();
+    }
 }
 
 void QtAlerts::beep() {
@@ -162,7 +172,7 @@ void QtAlerts::beep() {
 }
 
 void QtAlerts::finish() {
-    while (isShowing)
+    while (shown || !waiting.empty())
         QApplication::processEvents(QEventLoop::WaitForMoreEvents);
 }
 

@@ -3,6 +3,7 @@
 #include "platform/alerts.h"
 #include "platform/dispatcher.h"
 
+#include <QMessageBox>
 #include <QObject>
 #include <QPointer>
 #include <QWidget>
@@ -23,7 +24,8 @@ public:
 
     void showAlert(std::string_view title, std::string_view text) override;
 
-    /// Escape, like closing, picks the last button; where that one is destructive, the first.
+    /// Escape, like closing, picks the last button; where that one is destructive, the first. An
+    /// alert that is on the screen is to be closed first.
     alertAnswer ask(const alertQuestion& question) override;
 
     void beep() override;
@@ -38,11 +40,13 @@ private:
     };
 
     void showNext();
+    void waitForShown();
 
     Dispatcher& dispatcher;
     QObject boxes;               ///< hears of their ends, until the alerts are gone themselves
     std::deque<message> waiting; ///< main thread only, like all below
-    bool isShowing = false;
+    QPointer<QMessageBox> shown; ///< the alert on the screen
+    int openQuestions = 0;
     QPointer<QWidget> lastWindow; ///< the one that was active last, no dialog
 };
 

@@ -197,8 +197,11 @@ bool StyleStore::mostStylesEnabled() {
 }
 
 bool StyleStore::isDuplicateStyle(const styleContainer& style) {
+    // For one style a look at each is faster than an index of all: names and sizes differ early.
     const liveDatabase live = snapshot();
-    return InstalledStyles(live.styles).isDuplicate(style);
+    return std::ranges::any_of(live.styles, [&](const auto& each) {
+        return equalWithoutCompiled(each->styleData, style.styleData);
+    });
 }
 
 bool StyleStore::isUserCSSInstalled(const styleContainer& style) {

@@ -73,9 +73,11 @@ QPushButton* buttonOf(QAction& action, const char* name) {
 
 } // namespace
 
-EmptyListPage::EmptyListPage(QAction& create, QAction& import) {
-    layOut(*this, emptyHeading, emptyAdvice,
-           {buttonOf(import, "beginButton"), buttonOf(create, "newStyleButton")});
+EmptyListPage::EmptyListPage(QAction& create, QAction& import, QAction* fromURL) {
+    QList<QPushButton*> buttons = {buttonOf(import, "beginButton")};
+    if (fromURL) buttons.push_back(buttonOf(*fromURL, "fromURLButton"));
+    buttons.push_back(buttonOf(create, "newStyleButton"));
+    layOut(*this, emptyHeading, emptyAdvice, buttons);
 }
 
 NoMatchPage::NoMatchPage() {

@@ -9,8 +9,8 @@ namespace tessaril {
 /// What the main window shows in place of an empty list: how to begin, and the buttons to do it.
 class EmptyListPage : public QWidget {
 public:
-    /// The buttons do what the actions do, under the actions' own texts.
-    EmptyListPage(QAction& create, QAction& import);
+    /// The buttons do what the actions do, under the actions' own texts. `fromURL` may be null.
+    EmptyListPage(QAction& create, QAction& import, QAction* fromURL);
 };
 
 /// What it shows where the filter finds no style.

@@ -45,6 +45,15 @@ QPainterPath clipboard() {
     return path;
 }
 
+QPainterPath globe() {
+    QPainterPath path;
+    path.addEllipse(QPointF(12, 12), 8, 8);
+    path.addEllipse(QPointF(12, 12), 3.4, 8);
+    addLine(path, {{4.6, 9.2}, {19.4, 9.2}});
+    addLine(path, {{4.6, 14.8}, {19.4, 14.8}});
+    return path;
+}
+
 QPainterPath circlingArrow() {
     QPainterPath path;
     const QRectF circle(5, 5, 14, 14);
@@ -73,6 +82,8 @@ QPainterPath outlineOf(lineIcon which) {
         return arrowIntoTray();
     case lineIcon::paste:
         return clipboard();
+    case lineIcon::web:
+        return globe();
     case lineIcon::update:
         return circlingArrow();
     case lineIcon::properties:

@@ -10,7 +10,7 @@ class QRectF;
 namespace tessaril {
 
 /// The pictures of commands, drawn in lines.
-enum class lineIcon { create, import, paste, update, properties };
+enum class lineIcon { create, import, paste, web, update, properties };
 
 /// Draws the picture into `place`, which is square.
 void paintLineIcon(QPainter& painter, const QRectF& place, lineIcon which, const QColor& color);

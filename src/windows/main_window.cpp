@@ -46,6 +46,7 @@ MainWindow::MainWindow(mainWindowCommands windowCommands)
     , newAction(new QAction("&New Style…", this))
     , importAction(new QAction("&Import User CSS File…", this))
     , pasteAction(new QAction("&Paste Style…", this))
+    , urlAction(new QAction("Import from &URL…", this))
     , pages(new QStackedWidget) {
     setWindowTitle("Tessaril");
     setAcceptDrops(true);
@@ -53,6 +54,7 @@ MainWindow::MainWindow(mainWindowCommands windowCommands)
     makeMenus();
     std::vector<QAction*> buttons = {newAction, importAction};
     if (commands.pasteStyle) buttons.push_back(pasteAction);
+    if (commands.importFromURL) buttons.push_back(urlAction);
     toolbar = new ListToolbar(buttons, commands.listCommands, this);
     addToolBar(toolbar);
     makePages();
@@ -93,12 +95,18 @@ void MainWindow::makeCommands() {
     pasteAction->setIcon(lineIconFor(lineIcon::paste, palette()));
     pasteAction->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_V);
     connect(pasteAction, &QAction::triggered, this, [this] { commands.pasteStyle(); });
+    urlAction->setIconText("URL");
+    urlAction->setToolTip("Import a style from its address");
+    urlAction->setIcon(lineIconFor(lineIcon::web, palette()));
+    urlAction->setShortcut(Qt::CTRL | Qt::Key_L);
+    connect(urlAction, &QAction::triggered, this, [this] { commands.importFromURL(); });
 }
 
 void MainWindow::makeMenus() {
     QMenu* file = menuBar()->addMenu("&File");
     file->addActions({newAction, importAction});
     if (commands.pasteStyle) file->addAction(pasteAction);
+    if (commands.importFromURL) file->addAction(urlAction);
     file->addAction(listActions->exportAction());
     file->addSeparator();
     QAction* quit = file->addAction("&Quit");
@@ -132,7 +140,8 @@ void MainWindow::makeMenus() {
 void MainWindow::makePages() {
     auto* noMatch = new NoMatchPage;
     pages->addWidget(styleList);
-    pages->addWidget(new EmptyListPage(*newAction, *importAction));
+    pages->addWidget(
+        new EmptyListPage(*newAction, *importAction, commands.importFromURL ? urlAction : nullptr));
     pages->addWidget(noMatch);
     connect(noMatch, &NoMatchPage::showAllWanted, this, [this] {
         showAll();

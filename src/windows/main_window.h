@@ -36,6 +36,8 @@ struct mainWindowCommands {
     std::function<void()> openWebsite;
     /// Opens the window that takes a style as text; one that is not set is not offered.
     std::function<void()> pasteStyle = {};
+    /// Opens the sheet that takes the address of a style; one that is not set is not offered.
+    std::function<void()> importFromURL = {};
     /// Whether nothing in other windows would be lost if this one closed now, which ends the
     /// application. Otherwise those windows ask the user, and `retry` is called once they have
     /// closed; not when one of them stays.
@@ -74,6 +76,7 @@ private:
     QAction* newAction;
     QAction* importAction;
     QAction* pasteAction;
+    QAction* urlAction;
     ListToolbar* toolbar;
     QStackedWidget* pages;
 };

@@ -3,6 +3,7 @@
 #include "windows/editor_preview.h"
 #include "windows/export_sheet.h"
 #include "windows/import_moz_doc_view.h"
+#include "windows/import_sheet.h"
 #include "windows/preferences_window.h"
 
 namespace tessaril {
@@ -50,6 +51,12 @@ void OtherWindows::openPasteWindow(QWidget& mainWindow) {
         return new ImportMozDocView({.editor = editor, .importer = application.pasteImport()},
                                     &mainWindow);
     });
+}
+
+void OtherWindows::openImportSheet(QWidget& mainWindow) {
+    if (!application.urlImport().mayBegin()) return;
+    auto* sheet = new ImportSheet(application.urlImport(), &mainWindow);
+    sheet->open();
 }
 
 bool OtherWindows::mayClose(std::function<void()> retry) {

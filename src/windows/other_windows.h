@@ -30,6 +30,8 @@ public:
 
     void openPreferences(QWidget& mainWindow);
     void openPasteWindow(QWidget& mainWindow);
+    /// Beeps instead while the list is locked for sync.
+    void openImportSheet(QWidget& mainWindow);
     /// Whether no window holds what would be lost if the application ended now. Otherwise those
     /// that do ask the user, and `retry` is called once they have closed; not when one stays.
     bool mayClose(std::function<void()> retry);

@@ -109,6 +109,19 @@ TEST_F(QtAlertsTest, ComeOneAfterAnotherBehindAQuestionAndQuittingWaitsForThem) 
     EXPECT_THAT(shown, ::testing::ElementsAre("Title", "first", "second", "third"));
 }
 
+TEST_F(QtAlertsTest, AreReadBeforeAQuestionThatFollows) {
+    std::vector<std::string> shown;
+    onBox([&](QMessageBox& box) {
+        shown.push_back(box.text().toStdString());
+        QTest::keyClick(&box, Qt::Key_Escape);
+    });
+    alerts.showAlert("first", "");
+    alerts.showAlert("second", "");
+    dispatcher.finish();
+    alerts.ask(question);
+    EXPECT_THAT(shown, ::testing::ElementsAre("first", "second", "Title"));
+}
+
 TEST(QtDispatcherThreads, RunTasksOnTheirSideInOrder) {
     QtDispatcher dispatcher;
     std::atomic<int> misplaced = 0;

@@ -1,3 +1,4 @@
+#include "app/link.h"
 #include "desktop/single_instance.h"
 #include "desktop/start_arguments.h"
 #include "support/event_loop.h"
@@ -111,7 +112,10 @@ TEST_F(SingleInstanceTest, AContainerTooDeepForASocketAndStrangersDoNoHarm) {
 }
 
 TEST(StartArguments, MeanTheSameInAnotherProcess) {
+    const std::string link = "tessaril://usercss/https://a.example//x.user.css?a=b&c=%20#d";
+    EXPECT_TRUE(parseLink(link));
     const std::string given[] = {"tessaril://openstyle/12?a=%20#b",
+                                 link,
                                  "./not utf-8 \xff.css",
                                  "../up",
                                  "/absolute/a b.less",
@@ -122,7 +126,7 @@ TEST(StartArguments, MeanTheSameInAnotherProcess) {
                                  "file:",
                                  "odd name: // here.css"};
     EXPECT_THAT(absoluteArguments(given, "/work"),
-                ElementsAre(given[0], "/work/not utf-8 \xff.css", "/work/../up", given[3],
+                ElementsAre(given[0], link, "/work/not utf-8 \xff.css", "/work/../up", given[4],
                             "/a b/\xE6\xBC\xA2.styl", "/x%23.css",
                             "/work/file:", "/work/odd name: // here.css"));
 }

@@ -3,6 +3,7 @@
 #include "platform/alerts.h"
 
 #include <deque>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -24,6 +25,7 @@ struct RecordingAlerts : Alerts {
     /// A question that no answer was laid out for is closed, which picks its last button.
     alertAnswer ask(const alertQuestion& question) override {
         questions.push_back(question);
+        if (whileAsking) whileAsking();
         if (answers.empty()) return {static_cast<int>(question.buttons.size()) - 1, false};
         const alertAnswer answer = answers.front();
         answers.pop_front();
@@ -35,6 +37,7 @@ struct RecordingAlerts : Alerts {
     std::vector<alertQuestion> questions;
     std::deque<alertAnswer> answers;
     int beeps = 0;
+    std::function<void()> whileAsking; ///< what happens while a question is open
     std::mutex mutex;
 };
 

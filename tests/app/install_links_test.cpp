@@ -1,0 +1,142 @@
+#include "app/link_router.h"
+#include "support/captured_log.h"
+#include "support/url_machine.h"
+
+#include <gmock/gmock.h>
+
+namespace tessaril {
+namespace {
+
+using namespace testing;
+using ::testing::ElementsAre, ::testing::IsEmpty;
+using shown = RecordingAlerts::shown;
+
+const std::string block = "@-moz-document domain(\"a.example\") { b { color: red } }";
+const std::string lessStyle = "/* ==UserStyle==\n@preprocessor less\n==/UserStyle== */\n" + block;
+const shown notInstalled{"Error Installing Style",
+                         "There was an error installing the style from the URL provided."};
+
+alertQuestion questionFor(const std::string& name) {
+    return {.title = "Do you want to install the style \"" + name + "\"?",
+            .text = "A URL is trying to install a style. Would you like to allow this?",
+            .buttons = {"Yes", "No"}};
+}
+
+class InstallLinksTest : public ::testing::Test, public UrlMachine {
+protected:
+    void open(const std::string& rest) {
+        links.route("tessaril://" + rest);
+        dispatcher.runAll();
+    }
+    /// The addresses that the link has had loaded.
+    std::vector<std::string> asked(const std::string& rest) {
+        open(rest);
+        return urls.taken();
+    }
+
+    InstallLinks installLinks{importing(), urlImport, site};
+    LinkRouter links{center, installLinks};
+};
+
+TEST_F(InstallLinksTest, InstallAFileOnceTheUserSaysYes) {
+    const std::string address = "https://a.example//d/night.less?a=b&c=usercss/%20";
+    serve(address, lessStyle);
+    links.route("tessaril://usercss/" + address);
+    EXPECT_THAT(dispatcher.priorities, ElementsAre(taskPriority::background));
+    dispatcher.runAll();
+    EXPECT_THAT(alerts.questions, ElementsAre(questionFor("night")));
+    EXPECT_THAT(names(), IsEmpty());
+    EXPECT_EQ(toldOfErrors, 0);
+
+    alerts.answers = {{0}};
+    list.setLockedForSync(true); // which loses nothing
+    open("usercss/" + address);
+    EXPECT_THAT(written().styles.size(), 1U);
+    EXPECT_EQ(last().downloadedFrom, address);
+    EXPECT_EQ(last().source, "usercss");
+    EXPECT_EQ(toldOfErrors, 1);
+    EXPECT_THAT(alerts.alerts, IsEmpty());
+}
+
+TEST_F(InstallLinksTest, SayWhatIsWrongWithAFile) {
+    serve("https://a.example/x.css", "/* ==UserStyle==\n@name A\n==/UserStyle== */\nb {}");
+    serve("https://a.example/broken.css", "@-moz-document domain(\"a\") {");
+    for (const auto& [address, title, asks] :
+         std::vector<std::tuple<std::string, std::string, bool>>{
+             {"https://a.example/x.css", "CSS File Imported With No Rules", true},
+             {"https://a.example/gone.css", "Error Getting Style", false},
+             {"https://a.example/dark", "Unsupported URL", false},
+             {"https://site.example/styles/12", "Unsupported URL", false},
+             {"https://a.example/broken.css", "", false}}) {
+        CapturedLog log;
+        open("usercss/" + address);
+        EXPECT_EQ(alerts.alerts.size(), title.empty() ? 0U : 1U) << address;
+        if (!title.empty()) {
+            EXPECT_EQ(alerts.alerts.back().title, title);
+        }
+        EXPECT_EQ(alerts.questions.size(), asks ? 1U : 0U) << address;
+        if (asks) {
+            EXPECT_EQ(alerts.questions.back(), questionFor("New Style from CSS"));
+        }
+        EXPECT_EQ(log.take().empty(), asks) << "a link that does nothing leaves a trace";
+        alerts.alerts.clear();
+        alerts.questions.clear();
+    }
+    urls.taken();
+    EXPECT_THAT(asked("usercss"), IsEmpty());
+    EXPECT_THAT(asked("UserCSS/https://a.example/x.css"), IsEmpty());
+    EXPECT_THAT(alerts.alerts, IsEmpty());
+}
+
+TEST_F(InstallLinksTest, FindTheStyleOfTheSiteInThePath) {
+    const auto documentAt = [](const std::string& rest) {
+        return ElementsAre("https://site.example/styles/chrome/" + rest);
+    };
+    EXPECT_THAT(asked("install/1234"), documentAt("1234.json"));
+    EXPECT_THAT(asked("install/1234/"), documentAt("1234.json"));
+    EXPECT_THAT(asked("Install/styles/77"), documentAt("77.json"));
+    EXPECT_THAT(asked("install/1234/abc=1"), documentAt("1234.json?abc=1"));
+    EXPECT_THAT(asked("install/1234/a=%22%25&b:c/d/"), documentAt("1234.json?a=%22%25&b:c%2Fd%2F"));
+    EXPECT_THAT(asked("install/1234/5"), documentAt("1234.json?5"));
+    EXPECT_THAT(asked("install/v2-style-77"), documentAt("77.json"));
+    EXPECT_THAT(asked("install/v2/style-77"), documentAt("77.json?style-77"));
+    EXPECT_THAT(asked("install/99999999999999999999/8"), documentAt("8.json"));
+    EXPECT_THAT(alerts.alerts, ::testing::Each(notInstalled));
+    alerts.alerts.clear();
+    for (const char* none : {"install", "install/night?12", "install/0", "install/0/12"})
+        EXPECT_THAT(asked(none), IsEmpty()) << none;
+    EXPECT_THAT(alerts.alerts, IsEmpty());
+}
+
+TEST_F(InstallLinksTest, InstallAStyleOfTheSiteOnce) {
+    serveSiteStyle("12", "Night");
+    alerts.answers = {{0}, {0}};
+    alerts.whileAsking = [&] { dispatcher.runAll(); };
+    links.route("tessaril://install/12");
+    links.route("tessaril://install/12"); // its answer comes while the question is open
+    dispatcher.runAll();
+    EXPECT_THAT(alerts.questions, ElementsAre(questionFor("Night")));
+    EXPECT_EQ(last().source, "usorg");
+    EXPECT_EQ(last().userstyleID, 12);
+    store.renameStyle(0, "Mine");
+    urls.taken();
+    EXPECT_THAT(asked("install/12"), IsEmpty());
+    const std::string end = "\" is already installed.";
+    EXPECT_THAT(alerts.alerts, ElementsAre(shown{"Duplicate Style", "The style \"Night" + end},
+                                           shown{"Duplicate Style", "The style \"Mine" + end}));
+    EXPECT_THAT(names(), ElementsAre("Mine"));
+}
+
+TEST_F(InstallLinksTest, AskAndTellNothingOnceTheApplicationQuits) {
+    serve("https://a.example/x.less", lessStyle);
+    links.route("tessaril://usercss/https://a.example/x.less");
+    SteppedDispatcher::step(dispatcher.backgroundTasks);
+    installLinks.stop();
+    open("usercss/https://a.example/gone.css");
+    open("install/1");
+    EXPECT_THAT(alerts.questions, IsEmpty());
+    EXPECT_THAT(alerts.alerts, IsEmpty());
+}
+
+} // namespace
+} // namespace tessaril
