@@ -55,6 +55,19 @@ Application::Application(applicationSurroundings surroundings)
                 .updatingStyles = updatingStyles,
                 .openProperties = openProperties})
     , styleMaker(styleStore, list, standard, center, machine.alerts)
+    , styleSite(machine.urls, standard)
+    , rowUpdates({.store = styleStore,
+                  .list = list,
+                  .center = center,
+                  .dispatcher = machine.dispatcher,
+                  .alerts = machine.alerts,
+                  .updatingStyles = updatingStyles,
+                  .checks = updateChecks()})
+    , sheetUpdates({.store = styleStore,
+                    .center = center,
+                    .dispatcher = machine.dispatcher,
+                    .checks = updateChecks()})
+    , updateOnLaunch(rowUpdates, standard, center, machine.dispatcher)
     , wholeDatabase({.files = machine.files,
                      .alerts = machine.alerts,
                      .dispatcher = machine.dispatcher,
@@ -78,7 +91,16 @@ importSurroundings Application::importing() {
             .compileQuietly = [this](styleContainer& s) { return compiler.compileQuietly(s); }};
 }
 
+checkSurroundings Application::updateChecks() {
+    const auto compile = [this](styleContainer& s) { return compiler.compileQuietly(s); };
+    return {.site = styleSite,
+            .loader = machine.urls,
+            .compileRefreshing = compile,
+            .compile = compile};
+}
+
 void Application::styleListShown() {
+    updateOnLaunch.listShown();
     machine.dispatcher.onMainAfter(launchCheckDelay, [this] { runLaunchChecks(); });
 }
 
@@ -111,6 +133,8 @@ void Application::openWebsite() {
 
 void Application::stopLoading() {
     icons.stop();
+    rowUpdates.stop();
+    sheetUpdates.stop();
     machine.urls.cancelAll();
     machine.iconDecoder.cancelAll();
 }
