@@ -100,6 +100,7 @@ void MainWindow::makeCommands() {
     checkAllAction->setIconText("Update");
     checkAllAction->setToolTip("Check all styles for updates");
     checkAllAction->setIcon(lineIconFor(lineIcon::update, palette()));
+    checkAllAction->setIconVisibleInMenu(false); // alone in its menu
     checkAllAction->setShortcut(Qt::CTRL | Qt::Key_U);
     connect(checkAllAction, &QAction::triggered, this,
             [this] { commands.updates.updateAllClicked(); });

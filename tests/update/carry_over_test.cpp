@@ -59,8 +59,9 @@ TEST(CarryOver, knowsAVariableAgainByLabelOrNameAndItsType) {
         carried({variable("range", "a", "A", "3")}, {variable("number", "a", "A", "5")});
     EXPECT_EQ(range[0].currentValue, "5");
 
-    EXPECT_FALSE(carryOverVariableValues(with(range), with({})).userVariables->size());
-    EXPECT_EQ(carryOverVariableValues(with({}), with(range)).userVariables, range);
+    const std::vector<userVariable> no;
+    EXPECT_EQ(carryOverVariableValues(with(range), with(no)).userVariables, no);
+    EXPECT_EQ(carryOverVariableValues(with(no), with(range)).userVariables, range);
     EXPECT_EQ(carryOverVariableValues(with(std::nullopt), with(range)).userVariables, range);
     EXPECT_FALSE(carryOverVariableValues(with(range), with(std::nullopt)).userVariables);
 }
