@@ -17,6 +17,7 @@
 #include "desktop/start_arguments.h"
 #include "desktop/termination_signals.h"
 #include "desktop/web_engine.h"
+#include "events/notification_names.h"
 #include "windows/compiler_error_windows.h"
 #include "windows/main_window.h"
 #include "windows/other_windows.h"
@@ -104,14 +105,17 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
         application, [&](QWidget* parent) { return webEngine.makeView(parent); },
         shippedFolder() / "tessaril/resources/Ace/index.html");
     QPointer<QWidget> shown;
-    application.listCommands().setRoutes({.exportFromStyleList = [&](const styleContainer& style) {
-        others.openExportSheet(style, *shown);
-    }});
+    application.listCommands().setRoutes(
+        {.exportFromStyleList =
+             [&](const styleContainer& style) { others.openExportSheet(style, *shown); },
+         .updateIndividual =
+             [&](std::int64_t id) { application.styleUpdates().checkStyleForUpdate(id); }});
     MainWindow window(
         {.list = application.styleList(),
          .listCommands = application.listCommands(),
          .newStyle = application.newStyle(),
          .listUndo = application.listUndo(),
+         .updates = application.styleUpdates(),
          .canImport = [&] { return application.fileImport().canImport(); },
          .importFiles = [&](auto chosen) { application.fileImport().importFiles(chosen); },
          .openFiles = [&](auto dropped) { application.openFiles(dropped); },
@@ -122,6 +126,9 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
          .importFromURL = [&] { others.openImportSheet(window); },
          .mayClose = [&](auto retry) { return others.mayClose(std::move(retry)); }});
     shown = &window;
+    const auto openUpdateSheet = application.notificationCenter().observe(
+        notifications::openUpdateSheet,
+        [&](const notification&) { others.openUpdateSheet(window); });
     // Queued: an opened file may ask a question, and nobody is to wait for its answer. What is
     // queued is done even when the application quits meanwhile.
     const auto openSoon = [&](std::vector<std::string> asked) {

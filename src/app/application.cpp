@@ -58,6 +58,18 @@ Application::Application(applicationSurroundings surroundings)
                 .updatingStyles = updatingStyles,
                 .openProperties = openProperties})
     , styleMaker(styleStore, list, standard, center, machine.alerts)
+    , rowUpdates({.store = styleStore,
+                  .list = list,
+                  .center = center,
+                  .dispatcher = machine.dispatcher,
+                  .alerts = machine.alerts,
+                  .updatingStyles = updatingStyles,
+                  .checks = updateChecks()})
+    , sheetUpdates({.store = styleStore,
+                    .center = center,
+                    .dispatcher = machine.dispatcher,
+                    .checks = updateChecks()})
+    , updateOnLaunch(rowUpdates, standard, center, machine.dispatcher)
     , wholeDatabase({.files = machine.files,
                      .alerts = machine.alerts,
                      .dispatcher = machine.dispatcher,
@@ -81,7 +93,16 @@ importSurroundings Application::importing() {
             .compileQuietly = [this](styleContainer& s) { return compiler.compileQuietly(s); }};
 }
 
+checkSurroundings Application::updateChecks() {
+    const auto compile = [this](styleContainer& s) { return compiler.compileQuietly(s); };
+    return {.site = site,
+            .loader = machine.urls,
+            .compileRefreshing = compile,
+            .compile = compile};
+}
+
 void Application::styleListShown() {
+    updateOnLaunch.listShown();
     machine.dispatcher.onMainAfter(launchCheckDelay, [this] { runLaunchChecks(); });
 }
 
@@ -116,6 +137,8 @@ void Application::stopLoading() {
     icons.stop();
     urlImporter.stop();
     installLinks.stop();
+    rowUpdates.stop();
+    sheetUpdates.stop();
     machine.urls.cancelAll();
     machine.iconDecoder.cancelAll();
 }

@@ -2,6 +2,7 @@
 
 #include "app/extension_warning.h"
 #include "app/install_links.h"
+#include "app/launch_update.h"
 #include "app/link_router.h"
 #include "app/opened_files.h"
 #include "compile/style_compiler.h"
@@ -27,6 +28,8 @@
 #include "store/style_list_commands.h"
 #include "store/style_store.h"
 #include "undo/undo_manager.h"
+#include "update/style_updates.h"
+#include "update/update_run.h"
 
 #include <filesystem>
 #include <string_view>
@@ -71,6 +74,10 @@ public:
     PasteImport& pasteImport() { return pasteImporter; }
     UrlImport& urlImport() { return urlImporter; }
     StyleExport& styleExport() { return exporter; }
+    /// The checks for newer versions, in the list's rows and in a sheet.
+    StyleUpdates& styleUpdates() { return rowUpdates; }
+    UpdateRuns& updateRuns() { return sheetUpdates; }
+    const LaunchUpdate& launchUpdate() const { return updateOnLaunch; }
     const OpenStyles& openStyles() const { return stylesOpenInEditors; }
 
     /// What the Preferences window works on. `preferenceSync` and `cloudSwitch` wait for the cloud:
@@ -81,8 +88,8 @@ public:
     CloudSwitch& cloudSwitch() { return cloud; }
     DatabaseCommands& databaseCommands() { return wholeDatabase; }
 
-    /// To be called once the style list is on the screen: runs the launch checks half a second
-    /// later.
+    /// To be called once the style list is on the screen: updates the styles where that is wanted
+    /// at launch, and runs the launch checks half a second later.
     void styleListShown();
 
     /// Opens files by their extension; others are ignored. Asks before a database is merged.
@@ -103,6 +110,7 @@ public:
 
 private:
     importSurroundings importing();
+    checkSurroundings updateChecks();
     void runLaunchChecks();
 
     applicationSurroundings machine;
@@ -130,6 +138,9 @@ private:
     UndoManager undoManager;
     StyleListCommands commands;
     NewStyle styleMaker;
+    StyleUpdates rowUpdates;
+    UpdateRuns sheetUpdates;
+    LaunchUpdate updateOnLaunch;
     DatabaseCommands wholeDatabase;
     PreferenceControls controls;
     CloudSwitch cloud;

@@ -30,6 +30,8 @@ inline constexpr std::string_view focusProperties = "focusProperties";
 inline constexpr std::string_view updateFavicons = "updateFavicons";
 /// "id": the row has a new icon; draw it.
 inline constexpr std::string_view refreshFavicons = "refreshFavicons";
+/// Open the sheet that checks all styles for updates.
+inline constexpr std::string_view openUpdateSheet = "openUpdateSheet";
 /// The first cloud fetch is in; run the launch update.
 inline constexpr std::string_view performFirstUpdate = "performFirstUpdate";
 /// Lock the style list while the cloud copy is fetched.

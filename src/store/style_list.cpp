@@ -47,10 +47,7 @@ StyleList::StyleList(StyleStore& styleStore, NotificationCenter& bus, Dispatcher
         if (const auto id = n.id()) showStyle(*id);
     }));
     subscriptions.push_back(center.observe(names::updateFavicons, [this](const notification& n) {
-        const auto id = n.id();
-        if (!id) return;
-        showStyle(*id);
-        icons.fetch(std::span(&*id, 1), iconRequest::rulesChanged);
+        if (const auto id = n.id()) showStyleWithNewRules(*id);
     }));
     subscriptions.push_back(center.observe(names::refreshFavicons, [this](const notification& n) {
         const auto row = n.id() ? rowOf(*n.id()) : std::nullopt;
@@ -92,7 +89,10 @@ void StyleList::setOnScreen(std::vector<std::int64_t> ids) {
 void StyleList::refreshTable() {
     if (observer) observer->rowsWillReset();
     std::vector<std::int64_t> withoutIcon;
+    std::unordered_set<std::int64_t> beingChecked = stylesBeingChecked();
     rows = store.styleRows([&](styleObject& row, const styleContainer& style) {
+        // Taken out, as of several rows with one identifier only the first shows a check.
+        if (beingChecked.erase(row.uniqueID) > 0) row.updateStatus = updateStatuses::checking;
         row.faviconImg = icons.known(style);
         if (!row.faviconImg) withoutIcon.push_back(row.uniqueID);
     });
@@ -117,14 +117,27 @@ void StyleList::addLatestStyle() {
     selectRows({rows.size() - 1});
 }
 
-/// What of the row may have become another by renaming or in the editor.
+std::unordered_set<std::int64_t> StyleList::stylesBeingChecked() const {
+    std::unordered_set<std::int64_t> ids;
+    for (const auto& row : rows)
+        if (row->updateStatus == updateStatuses::checking) ids.insert(row->uniqueID);
+    return ids;
+}
+
+/// What of the row may have become another by renaming, in the editor or by an update.
 void StyleList::showStyle(std::int64_t id) {
     const auto row = rowOf(id);
     const auto style = row ? store.findStyle(id) : nullptr;
     if (!style) return;
     rows[*row]->name = style->styleData.name;
+    rows[*row]->homepage = style->homepageURL;
     rows[*row]->searchText = searchTextOf(*style);
     showAgain(*row);
+}
+
+void StyleList::showStyleWithNewRules(std::int64_t id) {
+    showStyle(id);
+    icons.fetch(std::span(&id, 1), iconRequest::rulesChanged);
 }
 
 void StyleList::takeIcon(std::int64_t id, const std::shared_ptr<const siteIcon>& icon,
@@ -194,6 +207,16 @@ void StyleList::showEnabled(std::size_t row, bool isEnabled) {
     if (row >= rows.size()) return;
     rows[row]->isEnabled = isEnabled;
     showAgain(row);
+}
+
+void StyleList::showUpdateStatus(std::int64_t id, std::string_view status) {
+    const auto row = rowOf(id);
+    if (!row) return;
+    rows[*row]->updateStatus = status;
+    if (status == updateStatuses::updated)
+        showStyleWithNewRules(id);
+    else
+        showAgain(*row);
 }
 
 void StyleList::showAgain(std::size_t row) {

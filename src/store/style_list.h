@@ -14,6 +14,7 @@
 #include <optional>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace tessaril {
@@ -76,7 +77,8 @@ public:
 
     // What the commands on the list tell it of.
 
-    /// All rows anew from the live database.
+    /// All rows anew from the live database. A style that is being checked for an update still
+    /// shows so; how an earlier check ended does not stay.
     void refreshTable();
     /// Rows that the live database has no more, ascending.
     void removeRows(const std::vector<std::size_t>& removed);
@@ -85,6 +87,9 @@ public:
     void moveRow(std::size_t from, std::size_t to);
     /// What the row's check box shows.
     void showEnabled(std::size_t row, bool isEnabled);
+    /// How the style's update check goes, one of `updateStatuses`. A style that was updated shows
+    /// what it has become.
+    void showUpdateStatus(std::int64_t id, std::string_view status);
     /// Draws the row anew, as for a box that the user clicked in vain.
     void showAgain(std::size_t row);
     /// Scrolls to the first of the rows, which are ascending, and selects them and no others.
@@ -94,6 +99,8 @@ private:
     void refreshTableAndScroll();
     void addLatestStyle();
     void showStyle(std::int64_t id);
+    void showStyleWithNewRules(std::int64_t id);
+    std::unordered_set<std::int64_t> stylesBeingChecked() const;
     void takeIcon(std::int64_t id, const std::shared_ptr<const siteIcon>& icon,
                   iconRequest request);
     void change(const rowsChange& change, const std::function<void()>& apply);

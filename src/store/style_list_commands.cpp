@@ -35,6 +35,11 @@ bool StyleListCommands::beepsAsLocked() {
     return true;
 }
 
+bool StyleListCommands::isUpdating(std::size_t row) const {
+    const styleObject* shown = rowAt(row);
+    return shown && machine.updatingStyles.contains(shown->uniqueID);
+}
+
 const styleObject* StyleListCommands::rowAt(std::size_t row) const {
     const auto& rows = machine.list.styles();
     return row < rows.size() ? rows[row].get() : nullptr;
@@ -56,15 +61,27 @@ void StyleListCommands::onToggle(std::size_t row) {
     if (!index) return;
     if (beepsAsLocked()) return machine.list.showAgain(row); // what is, not what was clicked
     const auto style = machine.store.styleAt(*index);
-    if (style) setEnabled({row}, !style->isEnabled);
+    if (!style) return;
+    if (isUpdating(row)) machine.list.showAgain(row);
+    setEnabled({row}, !style->isEnabled);
 }
 
 void StyleListCommands::setEnabled(const std::vector<std::size_t>& rows, bool isEnabled) {
     if (beepsAsLocked()) return;
     std::set<std::int64_t> ids;
-    for (const std::size_t row : rows)
-        if (const styleObject* shown = rowAt(row)) ids.insert(shown->uniqueID);
-    if (ids.empty()) return;
+    bool someAreUpdating = false;
+    for (const std::size_t row : rows) {
+        const styleObject* shown = rowAt(row);
+        if (!shown) continue;
+        if (isUpdating(row))
+            someAreUpdating = true;
+        else
+            ids.insert(shown->uniqueID);
+    }
+    if (ids.empty()) {
+        if (someAreUpdating) machine.alerts.beep();
+        return;
+    }
     machine.store.setEnabled(ids, isEnabled);
     const auto& all = machine.list.styles();
     for (std::size_t row = 0; row < all.size(); ++row)
@@ -104,7 +121,7 @@ void StyleListCommands::duplicateSelected(const std::vector<std::size_t>& rows) 
     for (const std::size_t row : rows) {
         const auto index = indexOf(row);
         if (!index) continue;
-        if (machine.updatingStyles.contains(rowAt(row)->uniqueID)) {
+        if (isUpdating(row)) {
             machine.alerts.beep();
             continue;
         }
@@ -187,6 +204,7 @@ void StyleListCommands::openLinked(std::int64_t id) {
 void StyleListCommands::openProperties(std::size_t row) {
     const styleObject* shown = rowAt(row);
     if (!routes.openStyleProps || !shown || beepsAsLocked()) return;
+    if (isUpdating(row)) return machine.alerts.beep();
     const std::int64_t id = shown->uniqueID;
     if (machine.openProperties.contains(id))
         return machine.center.post(notifications::focusProperties, id);

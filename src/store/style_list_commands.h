@@ -54,8 +54,10 @@ public:
 
     /// The row's check box.
     void onToggle(std::size_t row);
+    /// Rows whose styles are being updated are passed over, as their check boxes are not available.
     void enableSelected(const std::vector<std::size_t>& rows) { setEnabled(rows, true); }
     void disableSelected(const std::vector<std::size_t>& rows) { setEnabled(rows, false); }
+    /// Also those that are being updated: an update keeps what is set meanwhile.
     void enableAll();
     void disableAll();
     /// The two-segment control: 0 enables all, 1 disables all.
@@ -90,6 +92,7 @@ public:
 
 private:
     bool beepsAsLocked();
+    bool isUpdating(std::size_t row) const;
     const styleObject* rowAt(std::size_t row) const;
     std::optional<std::size_t> indexOf(std::size_t row) const;
     void setEnabled(const std::vector<std::size_t>& rows, bool isEnabled);

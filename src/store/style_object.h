@@ -6,8 +6,18 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace tessaril {
+
+/// What an update check has a row show.
+namespace updateStatuses {
+inline constexpr std::string_view none = "none";
+inline constexpr std::string_view checking = "checking";
+inline constexpr std::string_view updated = "updated";
+inline constexpr std::string_view noUpdates = "noupdates";
+inline constexpr std::string_view error = "error";
+} // namespace updateStatuses
 
 /// What one row of the style list shows.
 struct styleObject {
@@ -15,8 +25,7 @@ struct styleObject {
     std::string name;
     bool isEnabled = true;
     std::int64_t uniqueID = 0; ///< links the row to its style
-    /// "none", "checking", "updated", "noupdates" or "error"
-    std::string updateStatus = "none";
+    std::string updateStatus{updateStatuses::none};
     /// Nothing: the placeholder "droplet24" is shown.
     std::shared_ptr<const siteIcon> faviconImg;
     std::string homepage;

@@ -47,6 +47,8 @@ MainWindow::MainWindow(mainWindowCommands windowCommands)
     , importAction(new QAction("&Import User CSS File…", this))
     , pasteAction(new QAction("&Paste Style…", this))
     , urlAction(new QAction("Import from &URL…", this))
+    , checkAllAction(new QAction("Chec&k All for Updates", this))
+    , updateSheetAction(new QAction("Update All &Styles…", this))
     , pages(new QStackedWidget) {
     setWindowTitle("Tessaril");
     setAcceptDrops(true);
@@ -55,6 +57,7 @@ MainWindow::MainWindow(mainWindowCommands windowCommands)
     std::vector<QAction*> buttons = {newAction, importAction};
     if (commands.pasteStyle) buttons.push_back(pasteAction);
     if (commands.importFromURL) buttons.push_back(urlAction);
+    buttons.push_back(checkAllAction);
     toolbar = new ListToolbar(buttons, commands.listCommands, this);
     addToolBar(toolbar);
     makePages();
@@ -66,6 +69,7 @@ MainWindow::MainWindow(mainWindowCommands windowCommands)
 
 /// The list goes before what it looks at.
 MainWindow::~MainWindow() {
+    commands.updates.setObserver({});
     delete takeCentralWidget();
 }
 
@@ -100,6 +104,16 @@ void MainWindow::makeCommands() {
     urlAction->setIcon(lineIconFor(lineIcon::web, palette()));
     urlAction->setShortcut(Qt::CTRL | Qt::Key_L);
     connect(urlAction, &QAction::triggered, this, [this] { commands.importFromURL(); });
+    checkAllAction->setIconText("Update");
+    checkAllAction->setToolTip("Check all styles for updates");
+    checkAllAction->setIcon(lineIconFor(lineIcon::update, palette()));
+    checkAllAction->setIconVisibleInMenu(false); // alone in its menu
+    checkAllAction->setShortcut(Qt::CTRL | Qt::Key_U);
+    connect(checkAllAction, &QAction::triggered, this,
+            [this] { commands.updates.updateAllClicked(); });
+    connect(updateSheetAction, &QAction::triggered, this,
+            [this] { commands.updates.updateAllStyles(); });
+    commands.updates.setObserver([this] { showUpdates(); });
 }
 
 void MainWindow::makeMenus() {
@@ -128,7 +142,10 @@ void MainWindow::makeMenus() {
     preferences->setShortcut(QKeySequence("Ctrl+,"));
     connect(preferences, &QAction::triggered, this, [this] { commands.openPreferences(); });
 
-    listActions->addStyleActions(*menuBar()->addMenu("&Style"));
+    QMenu* style = menuBar()->addMenu("&Style");
+    listActions->addStyleActions(*style);
+    style->addSeparator();
+    style->addActions({checkAllAction, updateSheetAction});
 
     QMenu* help = menuBar()->addMenu("&Help");
     connect(help->addAction("Tessaril &Support…"), &QAction::triggered, this,
@@ -162,6 +179,7 @@ void MainWindow::makePages() {
 void MainWindow::showPage() {
     const bool hasStyles = !commands.list.styles().empty();
     toolbar->setHasStyles(hasStyles);
+    showUpdates();
     QWidget* wanted = pages->widget(!hasStyles ? 1 : model->rowCount() == 0 ? 2 : 0);
     if (wanted == pages->currentWidget()) return;
     // The filter keeps the focus, unless there is nothing left to filter.
@@ -169,6 +187,11 @@ void MainWindow::showPage() {
         !focusWidget() || !hasStyles || pages->currentWidget()->isAncestorOf(focusWidget());
     pages->setCurrentWidget(wanted);
     if (movesFocus) wanted->setFocus();
+}
+
+void MainWindow::showUpdates() {
+    checkAllAction->setEnabled(commands.updates.hasStylesToCheck() &&
+                               !commands.updates.isRunning());
 }
 
 void MainWindow::showAll() {

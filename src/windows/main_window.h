@@ -4,6 +4,7 @@
 #include "store/style_list.h"
 #include "store/style_list_commands.h"
 #include "undo/undo_manager.h"
+#include "update/style_updates.h"
 
 #include <QMainWindow>
 
@@ -28,6 +29,7 @@ struct mainWindowCommands {
     StyleListCommands& listCommands;
     NewStyle& newStyle;
     UndoManager& listUndo;
+    StyleUpdates& updates;
     std::function<bool()> canImport; ///< whether the import dialog may open now
     std::function<void(const std::vector<std::filesystem::path>&)> importFiles;
     std::function<void(const std::vector<std::filesystem::path>&)> openFiles; ///< dropped ones
@@ -64,6 +66,7 @@ private:
     void makeMenus();
     void makePages();
     void showPage();
+    void showUpdates();
     void quit();
     void newDocument();
     void importFromFile();
@@ -77,6 +80,8 @@ private:
     QAction* importAction;
     QAction* pasteAction;
     QAction* urlAction;
+    QAction* checkAllAction;
+    QAction* updateSheetAction;
     ListToolbar* toolbar;
     QStackedWidget* pages;
 };

@@ -5,6 +5,7 @@
 #include "windows/import_moz_doc_view.h"
 #include "windows/import_sheet.h"
 #include "windows/preferences_window.h"
+#include "windows/update_sheet.h"
 
 namespace tessaril {
 
@@ -63,6 +64,12 @@ bool OtherWindows::mayClose(std::function<void()> retry) {
     if (!pasteWindow || !pasteWindow->isVisible()) return true;
     pasteWindow->closeThen(std::move(retry));
     return false;
+}
+
+void OtherWindows::openUpdateSheet(QWidget& mainWindow) {
+    if (updateSheet && updateSheet->isVisible()) return;
+    updateSheet = new UpdateSheet(application.updateRuns().make(), &mainWindow);
+    updateSheet->open();
 }
 
 void OtherWindows::openExportSheet(const styleContainer& style, QWidget& mainWindow) {

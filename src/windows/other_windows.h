@@ -15,6 +15,7 @@ namespace tessaril {
 
 class ImportMozDocView;
 class PreferencesWindow;
+class UpdateSheet;
 
 /// The windows that the main window opens. Each is made when it is asked for, over the main window,
 /// and goes when it is closed; of those that there is one of, the open one comes forward instead.
@@ -36,6 +37,7 @@ public:
     /// that do ask the user, and `retry` is called once they have closed; not when one stays.
     bool mayClose(std::function<void()> retry);
 
+    void openUpdateSheet(QWidget& mainWindow);
     void openExportSheet(const styleContainer& style, QWidget& mainWindow);
 
 private:
@@ -43,6 +45,7 @@ private:
     editorParts editor;
     QPointer<PreferencesWindow> preferences;
     QPointer<ImportMozDocView> pasteWindow;
+    QPointer<UpdateSheet> updateSheet;
 };
 
 } // namespace tessaril

@@ -149,15 +149,23 @@ void StyleListActions::refresh() {
     const std::vector<std::size_t> rows = view.selectedRows();
     const auto& styles = list.styles();
     const auto isEnabled = [&](std::size_t row) { return styles[row]->isEnabled; };
+    const auto isChecking = [&](std::size_t row) {
+        return styles[row]->updateStatus == updateStatuses::checking;
+    };
+    const auto canTurn = [&](bool on) {
+        return std::ranges::any_of(
+            rows, [&](std::size_t row) { return isEnabled(row) != on && !isChecking(row); });
+    };
     const bool isOne = rows.size() == 1;
-    for (QAction* action : {rename, open, properties, exportStyle})
+    for (QAction* action : {rename, exportStyle})
         action->setEnabled(isOne);
-    update->setEnabled(isOne && !styles[rows.front()]->isCustom &&
-                       styles[rows.front()]->updateStatus != "checking");
+    for (QAction* action : {open, properties})
+        action->setEnabled(isOne && !isChecking(rows.front()));
+    update->setEnabled(isOne && !styles[rows.front()]->isCustom && !isChecking(rows.front()));
     for (QAction* action : {duplicate, deleteContext})
-        action->setEnabled(!rows.empty());
-    enable->setEnabled(!std::ranges::all_of(rows, isEnabled));
-    disable->setEnabled(std::ranges::any_of(rows, isEnabled));
+        action->setEnabled(!std::ranges::all_of(rows, isChecking));
+    enable->setEnabled(canTurn(true));
+    disable->setEnabled(canTurn(false));
     for (QAction* action : {enableAll, disableAll})
         action->setEnabled(!styles.empty());
     moveUp->setEnabled(view.canMove(rows, direction::up));

@@ -179,8 +179,12 @@ void StyleListView::rename(std::size_t row) {
 
 void StyleListView::toggleSelected() {
     const std::vector<std::size_t> selected = selectedRows();
-    const auto isEnabled = [this](std::size_t row) { return list.styles()[row]->isEnabled; };
-    if (std::ranges::all_of(selected, isEnabled))
+    // One that is being updated stays as it is, so what the others need decides.
+    const auto needsNothing = [this](std::size_t row) {
+        const styleObject& style = *list.styles()[row];
+        return style.isEnabled || style.updateStatus == updateStatuses::checking;
+    };
+    if (std::ranges::all_of(selected, needsNothing))
         commands.disableSelected(selected);
     else
         commands.enableSelected(selected);

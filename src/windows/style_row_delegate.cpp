@@ -250,8 +250,11 @@ void StyleRowDelegate::paintCheckBox(QPainter& painter, const QStyleOptionViewIt
     box.state.setFlag(QStyle::State_Enabled, !isChecking(index));
     box.state.setFlag(QStyle::State_MouseOver, isPointedAt);
     box.state.setFlag(QStyle::State_Sunken, isPointedAt && isPressed);
+    painter.save();
+    if (isChecking(index)) painter.setOpacity(painter.opacity() * unavailableOpacity);
     styleOf(option)->drawPrimitive(QStyle::PE_IndicatorItemViewItemCheck, &box, &painter,
                                    option.widget);
+    painter.restore();
 }
 
 void StyleRowDelegate::paintButton(QPainter& painter, const QStyleOptionViewItem& option,

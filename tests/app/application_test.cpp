@@ -157,6 +157,26 @@ TEST_F(ApplicationTest, looksForIconsUntilItQuits) {
     EXPECT_EQ(urls.asked.size(), 1U);
 }
 
+TEST_F(ApplicationTest, updatesAtLaunchAndStopsWhenItQuits) {
+    styleContainer style = namedStyle("style", 1);
+    style.source = sourceUserCSS;
+    style.downloadedFrom = "https://a.example/1.css";
+    application.store().appendStyle(style);
+    application.styleList().refreshTable();
+    standard.setValue(preferenceKeys::fetchSiteIcons, false);
+    launch(application);
+    EXPECT_THAT(urls.taken(), IsEmpty()) << "not wanted";
+    standard.setValue(preferenceKeys::updateOnLaunch, true);
+    launch(application);
+    EXPECT_THAT(urls.taken(), ElementsAre("https://a.example/1.css"));
+    application.styleUpdates().updateAllClicked();
+    const auto run = application.updateRuns().make();
+    run->begin();
+    application.stopLoading();
+    dispatcher.runAll();
+    EXPECT_THAT(urls.taken(), IsEmpty());
+}
+
 TEST(Preferences, giveDefaultsThatAreNeverWritten) {
     MemoryPreferences standardStore, sharedStore;
     Preferences standard(standardStore);

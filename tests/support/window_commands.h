@@ -11,6 +11,7 @@ inline mainWindowCommands windowCommands(Application& application) {
             .listCommands = application.listCommands(),
             .newStyle = application.newStyle(),
             .listUndo = application.listUndo(),
+            .updates = application.styleUpdates(),
             .canImport = [] { return false; },
             .importFiles = [](const auto&) {},
             .openFiles = [](const auto&) {},

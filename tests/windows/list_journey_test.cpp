@@ -99,6 +99,7 @@ protected:
          .listCommands = application.listCommands(),
          .newStyle = application.newStyle(),
          .listUndo = application.listUndo(),
+         .updates = application.styleUpdates(),
          .canImport = [this] { return application.fileImport().canImport(); },
          .importFiles =
              [this](const auto& chosen) { application.fileImport().importFiles(chosen); },

@@ -63,6 +63,7 @@ protected:
                        .listCommands = application.listCommands(),
                        .newStyle = application.newStyle(),
                        .listUndo = application.listUndo(),
+                       .updates = application.styleUpdates(),
                        .canImport = [this] { return canImport; },
                        .importFiles = [this](const Paths& paths) { imported = paths; },
                        .openFiles = [this](const Paths& paths) { opened = paths; },

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "events/notification_center.h"
+#include "platform/dispatcher.h"
+#include "preferences/preferences.h"
+#include "update/style_updates.h"
+
+namespace tessaril {
+
+/// Checks all styles for updates once per process, where the user wants it at launch. Main thread
+/// only.
+class LaunchUpdate {
+public:
+    /// All outlive it.
+    LaunchUpdate(StyleUpdates& updates, Preferences& preferences, NotificationCenter& center,
+                 Dispatcher& dispatcher);
+
+    /// To be called when the style list is shown. While `UseiCloud` is on the check waits for
+    /// `performFirstUpdate`.
+    void listShown();
+
+    /// Whether `performFirstUpdate` is waited for.
+    bool isPending() const { return pending; }
+
+private:
+    void run();
+
+    StyleUpdates& updates;
+    Preferences& preferences;
+    bool done = false;
+    bool pending = false;
+    NotificationCenter::Subscription performFirstUpdate;
+};
+
+} // namespace tessaril

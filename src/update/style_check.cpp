@@ -1,0 +1,113 @@
+#include "update/style_check.h"
+
+#include "formats/moz_document.h"
+#include "formats/user_css_reader.h"
+#include "model/text.h"
+#include "update/carry_over.h"
+#include "web/loaded_text.h"
+#include "web/web_address.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+namespace tessaril {
+
+namespace {
+
+checkResult checkSiteStyle(const styleContainer& stored, const checkSurroundings& machine,
+                           std::stop_token stop) {
+    auto fetched = machine.site.fetchSiteStyleJSON(stored.styleData.updateUrl, std::move(stop));
+    if (!fetched) return {checkOutcome::error};
+    if (fetched->originalMd5 == stored.styleData.originalMd5) return {checkOutcome::upToDate};
+    return {checkOutcome::updated, std::move(*fetched)};
+}
+
+std::string addressOf(const styleContainer& stored, const checkManner& manner) {
+    if (manner.asksUpdateAddress && stored.updateURL && !trimmed(*stored.updateURL).empty())
+        return *stored.updateURL;
+    return stored.downloadedFrom;
+}
+
+std::string nameFor(const std::string& address) {
+    const auto parsed = webAddressFrom(address);
+    std::string name = parsed ? fileNameOf(*parsed) : std::string();
+    return name.empty() ? std::string(defaultStyleName) : name; // a style needs a name
+}
+
+bool areSameAsWritten(const std::vector<styleSection>& a, const std::vector<styleSection>& b) {
+    const auto written = [](styleSection section) {
+        section.compiledcode.reset();
+        return section;
+    };
+    return std::ranges::equal(a, b, {}, written, written);
+}
+
+/// The sheet compares what was written: what the compiler made of the user's values is no news, and
+/// taking it for some would cost the user those values.
+bool isSameVersion(const styleContainer& a, const styleContainer& b, const checkManner& manner) {
+    if (a.version != b.version) return false;
+    return manner.comparesWholeData ? a.styleData == b.styleData
+                                    : areSameAsWritten(a.styleData.sections, b.styleData.sections);
+}
+
+checkResult checkUserCSS(const styleContainer& stored, const checkManner& manner,
+                         const checkSurroundings& machine, std::stop_token stop) {
+    const std::string address = addressOf(stored, manner);
+    if (address.empty()) return {checkOutcome::nothingToCheck};
+    const auto text = loadText(machine.loader, {.address = address, .stop = std::move(stop)});
+    if (!text || !contains(*text, mozDocumentKeyword)) return {checkOutcome::error};
+
+    std::function<void()> tellErrors; // empty while nothing was compiled
+    auto read = parseUserCSS(*text, {.generateUniqueID = [&] { return stored.uniqueID; },
+                                     .compileStyle =
+                                         [&](styleContainer& style) {
+                                             style.downloadedFrom = stored.downloadedFrom;
+                                             tellErrors = machine.compileRefreshing(style);
+                                         }});
+    if (!read) return {checkOutcome::error};
+    styleContainer newer = std::move(*read);
+    if (manner.namesByAddress && newer.styleData.name == defaultStyleName)
+        newer.styleData.name = nameFor(address);
+    newer.downloadedFrom = stored.downloadedFrom;
+    newer.isEnabled = stored.isEnabled;
+    if (isSameVersion(newer, stored, manner)) return {checkOutcome::upToDate};
+
+    if (manner.keepsVariableValues) {
+        const auto asRead = newer.userVariables;
+        newer = carryOverVariableValues(stored, std::move(newer));
+        if (!tellErrors || newer.userVariables != asRead) tellErrors = machine.compile(newer);
+    }
+    return {checkOutcome::updated, std::move(newer), std::move(tellErrors)};
+}
+
+bool land(StyleStore& store, std::int64_t id, checkResult& result) {
+    if (auto* data = std::get_if<styleJSON>(&result.newer))
+        return store.setStyleData(id, std::move(*data));
+    if (auto* style = std::get_if<styleContainer>(&result.newer))
+        return store.replaceStyleKeepingSettings(id, std::move(*style));
+    return false;
+}
+
+} // namespace
+
+checkResult checkStyle(const styleContainer& stored, const checkManner& manner,
+                       const checkSurroundings& machine, std::stop_token stop) {
+    if (stored.source == sourceSite) return checkSiteStyle(stored, machine, std::move(stop));
+    if (stored.source == sourceUserCSS)
+        return checkUserCSS(stored, manner, machine, std::move(stop));
+    return {checkOutcome::nothingToCheck};
+}
+
+checkOutcome landCheck(StyleStore& store, const styleContainer& stored, checkResult result,
+                       const checkManner& manner) {
+    const auto present = store.findStyle(stored.uniqueID);
+    if (!present || present->source != stored.source) return checkOutcome::nothingToCheck;
+    if (result.outcome != checkOutcome::updated) return result.outcome;
+    if (!land(store, stored.uniqueID, result)) return checkOutcome::nothingToCheck;
+    if (manner.savesAtOnce) store.saveDatabase();
+    if (result.tellErrors) result.tellErrors();
+    return checkOutcome::updated;
+}
+
+} // namespace tessaril

@@ -1,0 +1,322 @@
+#include "app/launch_update.h"
+#include "events/notification_names.h"
+#include "store/style_list.h"
+#include "store/style_list_commands.h"
+#include "support/captured_log.h"
+#include "support/recording_icons.h"
+#include "support/thread_dispatcher.h"
+#include "support/update_machine.h"
+#include "update/style_updates.h"
+
+#include <gmock/gmock.h>
+
+namespace tessaril {
+namespace {
+
+using namespace testing;
+using text = std::optional<std::string>;
+using ::testing::ElementsAre, ::testing::Each, ::testing::IsEmpty, ::testing::SizeIs,
+    ::testing::UnorderedElementsAre;
+
+template <typename Tasks>
+struct Updates : UpdateMachine<Tasks> {
+    std::string status(std::size_t row) { return list.styles().at(row)->updateStatus; }
+    std::vector<std::string> statuses() {
+        std::vector<std::string> result;
+        for (const auto& row : list.styles())
+            result.push_back(row->updateStatus);
+        return result;
+    }
+
+    RecordingIcons icons;
+    StyleList list{this->store, this->center, this->dispatcher, icons};
+    StyleIDs updating;
+    StyleUpdates updates{{this->store, list, this->center, this->dispatcher, this->alerts, updating,
+                          this->checks()}};
+};
+
+class StyleUpdatesTest : public ::testing::Test, protected Updates<SteppedDispatcher> {
+protected:
+    void begin(std::vector<styleContainer> styles) {
+        putDocument(std::move(styles));
+        list.refreshTable();
+    }
+    std::string check(std::int64_t id) {
+        updates.checkStyleForUpdate(id);
+        dispatcher.runAll();
+        return status(*list.rowOf(id));
+    }
+    const styleContainer& stored(std::int64_t id) { return *(kept = store.findStyle(id)); }
+
+private:
+    std::shared_ptr<const styleContainer> kept;
+};
+
+TEST_F(StyleUpdatesTest, aSiteStyleIsComparedByItsChecksum) {
+    styleContainer old = siteStyle(1, "Site", "m1", "m2");
+    old.isEnabled = false;
+    old.exclDomain = std::vector<std::string>{"x.example"};
+    old.userVariables = std::vector{userVariable{.type = "text", .name = "v"}};
+    begin({old, siteStyle(2, "Same", "m", "m")});
+    EXPECT_EQ(check(1), "updated");
+    old.styleData = stored(1).styleData;
+    old.dateModified = stored(1).dateModified;
+    EXPECT_EQ(stored(1), old) << "all but the data is the user's";
+    EXPECT_EQ(old.styleData.name, "New Site");
+    EXPECT_EQ(list.styles()[0]->name, "New Site");
+    EXPECT_EQ(written().styles.at(0).styleData.originalMd5, "m2");
+    EXPECT_EQ(check(1), "error") << "its new update address is no page of the site";
+    EXPECT_EQ(check(2), "noupdates");
+    EXPECT_THAT(compilations, IsEmpty());
+}
+
+TEST_F(StyleUpdatesTest, aUserCSSStyleIsReplacedButKeepsWhatTheUserSet) {
+    serve(1, userCSS("Style", "1", "a {}", "red"));
+    styleContainer old = userStyle(1);
+    old.userVariables->at(0).currentValue = "mine";
+    old.isEnabled = false;
+    old.allowIframe = false;
+    old.exclURL = std::vector<std::string>{"https://x.example/"};
+    old.systemTheme = "dark";
+    begin({old});
+    compilations.clear();
+    icons.asked.clear();
+    serve(1, userCSS("Renamed", "1", "b {}", "blue"));
+    EXPECT_EQ(check(1), "updated") << "the version is the same, the code is not";
+    const styleContainer& now = stored(1);
+    EXPECT_EQ(now.styleData.sections.at(0).compiledcode, "b {}mine");
+    EXPECT_TRUE(!now.isEnabled && now.allowIframe == false && now.exclURL && now.systemTheme);
+    EXPECT_EQ(now.downloadedFrom, addressOf(1));
+    EXPECT_EQ(list.styles()[0]->name, "Renamed");
+    EXPECT_THAT(icons.asked, ElementsAre(std::pair(1, iconRequest::rulesChanged)));
+    EXPECT_EQ(written().styles.at(0).styleData, now.styleData);
+    EXPECT_THAT(compilations, ElementsAre("refreshing Renamed", "compile Renamed"));
+    EXPECT_THAT(told, ElementsAre("compile ")) << "errors are told once";
+
+    told.clear();
+    EXPECT_EQ(check(1), "noupdates") << "that the user's value was compiled in is no news";
+    serve(1, userCSS("Renamed", "2", "b {}", "blue"));
+    EXPECT_EQ(check(1), "updated") << "the code is the same, the version is not";
+    EXPECT_THAT(told, SizeIs(1));
+}
+
+TEST_F(StyleUpdatesTest, choosesTheAddressAndNamesByIt) {
+    serve(1, userCSS("A", "1", "a {}"));
+    styleContainer style = userStyle(1);
+    begin({style});
+    loader.responses["https://u.example/styles/dark-mode.user.css"].body = userCSS("", "2", "b {}");
+    const auto checkWith = [&](text updateURL, std::string downloadedFrom) {
+        style.updateURL = std::move(updateURL);
+        style.downloadedFrom = std::move(downloadedFrom);
+        store.replaceStyleKeepingSettings(1, style);
+        loader.taken();
+        return check(1);
+    };
+    EXPECT_EQ(checkWith(" \n", addressOf(1)), "noupdates");
+    EXPECT_EQ(checkWith("https://u.example/none.css", addressOf(1)), "error") << "not the other";
+    EXPECT_THAT(loader.taken(), ElementsAre("https://u.example/none.css"));
+    EXPECT_EQ(checkWith(" ", ""), "none");
+    EXPECT_THAT(loader.taken(), IsEmpty());
+    EXPECT_EQ(checkWith("https://u.example/styles/dark-mode.user.css", ""), "updated");
+    EXPECT_EQ(stored(1).styleData.name, "dark-mode.user");
+    EXPECT_EQ(stored(1).downloadedFrom, "");
+}
+
+TEST_F(StyleUpdatesTest, nothingChangesOnFailure) {
+    CapturedLog quiet;
+    serve(1, userCSS("A", "1", "a {}"));
+    begin({userStyle(1), siteStyle(2, "B", "m", "n"), namedStyle("Custom", 3)});
+    const auto before = store.snapshot().styles;
+    loader.responses["https://site.example/styles/chrome/2.json"].body = "{}";
+    EXPECT_EQ(check(2), "error");
+    for (const char* body : {"a {}", "@-moz-document", "\xFF"}) {
+        serve(1, body);
+        EXPECT_EQ(check(1), "error") << body;
+    }
+    loader.responses.clear();
+    EXPECT_EQ(check(1), "error");
+    EXPECT_EQ(check(3), "none");
+    updates.checkStyleForUpdate(99);
+    EXPECT_EQ(store.snapshot().styles, before);
+    EXPECT_THAT(alerts.alerts, IsEmpty());
+    EXPECT_FALSE(updates.isRunning());
+}
+
+TEST_F(StyleUpdatesTest, allAreCheckedInOrderAFewAtATime) {
+    std::vector<styleContainer> styles;
+    std::vector<std::string> addresses;
+    for (std::int64_t id = 1; id <= 10; ++id) {
+        serve(id, userCSS("A", "1", "a {}"));
+        styles.push_back(userStyle(id));
+        addresses.push_back(addressOf(id));
+        styles.push_back(namedStyle("Custom", 100 + id));
+    }
+    begin(styles);
+    std::vector<std::int64_t> closed;
+    const auto subscription = center.observe(
+        notifications::closeProperties, [&](const notification& n) { closed.push_back(*n.id()); });
+    std::vector<bool> running;
+    updates.setObserver([&] { running.push_back(updates.isRunning()); });
+    updates.updateAllClicked();
+    EXPECT_THAT(running, ElementsAre(true));
+    EXPECT_THAT(closed, SizeIs(10));
+    EXPECT_EQ(status(18), "checking") << "also one that waits";
+    EXPECT_EQ(status(19), "none");
+    EXPECT_THAT(dispatcher.backgroundTasks, SizeIs(8));
+    EXPECT_THAT(dispatcher.priorities, Each(taskPriority::background));
+
+    updates.updateAllClicked();
+    EXPECT_EQ(alerts.beeps, 1) << "one runs";
+    updates.checkStyleForUpdate(1);
+    list.refreshTable();
+    EXPECT_EQ(status(18), "checking") << "the check goes on";
+    store.deleteStyle(*store.indexOfStyle(10));
+    list.refreshTable();
+    dispatcher.runAll();
+    addresses.pop_back();
+    EXPECT_EQ(loader.taken(), addresses);
+    EXPECT_THAT(running, ElementsAre(true, false));
+    EXPECT_EQ(status(0), "noupdates");
+    list.refreshTable();
+    EXPECT_THAT(statuses(), Each("none"));
+
+    list.setLockedForSync(true);
+    updates.updateAllClicked();
+    updates.updateAllStyles();
+    EXPECT_EQ(alerts.beeps, 3);
+    list.setLockedForSync(false);
+    store.resetDatabase();
+    list.refreshTable();
+    updates.updateAllClicked();
+    EXPECT_EQ(alerts.beeps, 4) << "the list is empty";
+    EXPECT_FALSE(updates.hasStylesToCheck());
+    updates.checkAll();
+    EXPECT_EQ(alerts.beeps, 4);
+}
+
+TEST_F(StyleUpdatesTest, theResultLandsOnlyOnTheStyleThatWasChecked) {
+    for (const std::int64_t id : {1, 2})
+        serve(id, userCSS("A", "1", "a {}"));
+    begin({userStyle(1), userStyle(2), siteStyle(3, "B", "m", "n")});
+    for (const std::int64_t id : {1, 2})
+        serve(id, userCSS("A", "2", "b {}"));
+    for (const std::int64_t id : {1, 2, 3})
+        updates.checkStyleForUpdate(id);
+    while (SteppedDispatcher::step(dispatcher.backgroundTasks)) {
+    }
+    store.deleteStyle(0);
+    for (const std::int64_t id : {2, 3}) { // as a cloud merge may
+        styleContainer other = namedStyle("Other", id);
+        store.replaceStyleKeepingSettings(id, other);
+    }
+    dispatcher.runAll();
+    EXPECT_THAT(names(), ElementsAre("Other", "Other"));
+    EXPECT_EQ(status(1), "none") << "as if nothing was checked";
+    EXPECT_THAT(told, IsEmpty());
+    EXPECT_FALSE(updates.isRunning());
+}
+
+TEST_F(StyleUpdatesTest, whatIsQueuedEndsSilentlyWhenTheApplicationQuits) {
+    std::vector<styleContainer> styles;
+    for (std::int64_t id = 1; id <= 9; ++id)
+        styles.push_back(siteStyle(id, "A", "m", "n"));
+    begin(styles);
+    const auto before = store.snapshot().styles;
+    updates.updateAllClicked();
+    SteppedDispatcher::step(dispatcher.backgroundTasks);
+    updates.stop();
+    dispatcher.runAll();
+    EXPECT_THAT(loader.taken(), SizeIs(1));
+    EXPECT_EQ(store.snapshot().styles, before);
+    EXPECT_THAT(statuses(), Each("checking"));
+}
+
+TEST_F(StyleUpdatesTest, aStyleThatIsBeingCheckedIsLeftAlone) {
+    begin({siteStyle(1, "A", "m", "n"), siteStyle(2, "B", "m", "n")});
+    UndoManager undoManager;
+    OpenStyles open(center);
+    StyleIDs properties;
+    StyleListCommands commands(
+        {store, list, center, dispatcher, alerts, undoManager, open, updating, properties});
+    int opened = 0;
+    commands.setRoutes({.openStyleProps = [&](auto) { return ++opened > 0; }});
+    updates.checkStyleForUpdate(1);
+    commands.onToggle(0);
+    commands.openProperties(0);
+    EXPECT_EQ(alerts.beeps, 2);
+    EXPECT_EQ(opened, 0);
+    commands.disableSelected({0, 1});
+    EXPECT_TRUE(stored(1).isEnabled && !stored(2).isEnabled);
+    commands.disableAll();
+    EXPECT_EQ(status(0), "checking");
+    dispatcher.runAll();
+    EXPECT_EQ(status(0), "updated");
+    EXPECT_FALSE(stored(1).isEnabled) << "an update keeps what was set meanwhile";
+    EXPECT_EQ(alerts.beeps, 2);
+}
+
+TEST_F(StyleUpdatesTest, allAreUpdatedOncePerLaunch) {
+    begin({siteStyle(1, "A", "m", "n")});
+    preferences.registerDefault(preferenceKeys::updateOnLaunch, false);
+    const auto loads = [&](LaunchUpdate& launch) {
+        launch.listShown();
+        dispatcher.runAll();
+        return loader.taken().size();
+    };
+    const auto firstFetch = [&] {
+        center.post(notifications::performFirstUpdate);
+        dispatcher.runAll();
+        return loader.taken().size();
+    };
+    LaunchUpdate first(updates, preferences, center, dispatcher);
+    EXPECT_EQ(loads(first), 0U);
+    EXPECT_EQ(firstFetch(), 0U) << "not wanted";
+    preferences.set(preferenceKeys::updateOnLaunch, true);
+    EXPECT_EQ(loads(first), 1U);
+    EXPECT_EQ(loads(first), 0U);
+    EXPECT_EQ(firstFetch(), 0U);
+
+    preferences.set(preferenceKeys::useiCloud, true);
+    LaunchUpdate second(updates, preferences, center, dispatcher);
+    EXPECT_EQ(loads(second), 0U);
+    EXPECT_TRUE(second.isPending());
+    store.setStyleData(1, siteStyle(1, "A", "m", "n").styleData);
+    EXPECT_EQ(firstFetch(), 1U);
+    EXPECT_EQ(firstFetch(), 0U);
+    EXPECT_EQ(alerts.beeps, 0);
+}
+
+/// Checks run at once while the user deletes, renames and switches styles.
+TEST(StyleUpdatesThreads, landWhileTheStylesChange) {
+    CapturedLog quiet;
+    Updates<ThreadDispatcher> machine;
+    constexpr std::int64_t count = 40;
+    std::vector<styleContainer> styles;
+    for (std::int64_t id = 1; id <= count; ++id) {
+        machine.serve(id, UpdateMachine<>::userCSS("A", "1", "a {}", "x"));
+        styles.push_back(machine.userStyle(id));
+        machine.serve(id, UpdateMachine<>::userCSS("B", "2", "b {}", "y"));
+    }
+    machine.putDocument(styles);
+    machine.list.refreshTable();
+    machine.updates.updateAllClicked();
+    for (std::int64_t step = 0; machine.updates.isRunning(); ++step) {
+        machine.store.renameStyle(static_cast<std::size_t>(step) % 7, "renamed");
+        machine.store.setEnabled({step % count + 1}, false);
+        if (step % 5 == 0 && machine.store.countStyles() > 30)
+            machine.store.deleteStyle(static_cast<std::size_t>(step) % 20);
+        machine.dispatcher.runMain();
+    }
+    machine.dispatcher.join();
+    machine.dispatcher.runMain();
+    machine.store.finishSaves();
+    const auto all = machine.store.snapshot().styles;
+    EXPECT_GE(all.size(), 30U);
+    EXPECT_LT(all.size(), static_cast<std::size_t>(count));
+    for (const auto& style : all)
+        EXPECT_EQ(style->version, "2");
+    EXPECT_EQ(machine.written().styles.size(), all.size());
+}
+
+} // namespace
+} // namespace tessaril

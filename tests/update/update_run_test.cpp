@@ -1,0 +1,159 @@
+#include "events/notification_names.h"
+#include "support/update_machine.h"
+#include "update/update_run.h"
+
+#include <gmock/gmock.h>
+
+namespace tessaril {
+namespace {
+
+using namespace testing;
+using ::testing::ElementsAre, ::testing::IsEmpty, ::testing::SizeIs;
+
+class UpdateRunTest : public ::testing::Test, protected UpdateMachine<> {
+protected:
+    void open(std::vector<styleContainer> styles) {
+        putDocument(std::move(styles));
+        run = runs.make();
+        run->setHandlers([this] { progresses.push_back(run->progress()); },
+                         [this] { ++closed, run.reset(); });
+        run->begin();
+    }
+    /// Lets the style that is at hand be checked.
+    void step() {
+        SteppedDispatcher::step(dispatcher.backgroundTasks);
+        SteppedDispatcher::step(dispatcher.mainTasks);
+    }
+    bool hasFile() { return files.contents.at(document).find("New ") != std::string::npos; }
+    std::string version(std::int64_t id) { return store.findStyle(id)->version; }
+
+    UpdateRuns runs{{store, center, dispatcher, checks()}};
+    std::unique_ptr<UpdateRun> run;
+    std::vector<double> progresses;
+    int closed = 0;
+    int refreshed = 0;
+    NotificationCenter::Subscription subscription =
+        center.observe(notifications::refreshTable, [this](const notification&) { ++refreshed; });
+};
+
+TEST_F(UpdateRunTest, hasNothingToDoForStylesThatWereWrittenHere) {
+    open({namedStyle("A", 1)});
+    EXPECT_EQ(run->log(), "Checking for updates...\nNo styles need updates.");
+    EXPECT_FALSE(run->isRunning());
+    run->cancelClicked();
+    run->doneClicked();
+    EXPECT_EQ(closed, 1);
+    EXPECT_EQ(refreshed, 1);
+    EXPECT_THAT(loader.taken(), IsEmpty());
+}
+
+TEST_F(UpdateRunTest, checksStyleByStyleAndSavesWhenItIsDone) {
+    serve(3, userCSS("Three", "1", "a {}", "red"));
+    serve(5, userCSS("Five", "1", "a {}", "red"));
+    styleContainer three = userStyle(3), five = userStyle(5), four = userStyle(3);
+    for (styleContainer* each : {&three, &five}) {
+        each->userVariables->at(0).currentValue = "mine";
+        compiled(each[0], "");
+        each->updateURL = "https://never.example/";
+        each->isEnabled = false;
+    }
+    four.uniqueID = 4;
+    four.downloadedFrom = "";
+    four.updateURL = addressOf(3);
+    serve(3, userCSS("", "2", "a {}", "red"));
+    std::vector<std::int64_t> closedProperties;
+    const auto properties = center.observe(notifications::closeProperties, [&](const auto& n) {
+        closedProperties.push_back(*n.id());
+        EXPECT_NE(store.findStyle(*n.id())->version, "2") << "before it is replaced";
+    });
+    open({siteStyle(1, "One", "m", "n"), namedStyle("Custom", 9), siteStyle(2, "Two", "m", "m"),
+          three, four, five, siteStyle(6, "Six", "m", "n")});
+    loader.responses.erase("https://site.example/styles/chrome/6.json");
+    EXPECT_EQ(run->log(), "Checking for updates...\n");
+    EXPECT_TRUE(run->isRunning());
+    run->doneClicked();
+    step();
+    EXPECT_EQ(run->log(), "Checking for updates...\n\"One\" was updated to the latest version.\n");
+    EXPECT_THAT(dispatcher.backgroundTasks, SizeIs(1)) << "one after another, nothing saved";
+    dispatcher.runAll();
+    EXPECT_EQ(run->log(), "Checking for updates...\n"
+                          "\"One\" was updated to the latest version.\n"
+                          "\"Two\" is already up-to-date.\n"
+                          "\"Three\" was updated to the latest version.\n"
+                          "\"Five\" is already up-to-date.\n"
+                          "An error occurred checking for updates for \"Six\".\n"
+                          "Updates completed. 2 styles were updated.");
+    EXPECT_NEAR(run->progress(), 500.0 / 6, 1e-9) << "the fourth has no address to be asked";
+    EXPECT_TRUE(std::ranges::is_sorted(progresses));
+    EXPECT_THAT(closedProperties, ElementsAre(1, 3));
+    const auto updated = store.findStyle(3);
+    EXPECT_EQ(updated->userVariables->at(0).currentValue, three.userVariables->at(0).defaultValue);
+    EXPECT_EQ(updated->styleData.name, "Style From User CSS");
+    EXPECT_FALSE(updated->isEnabled);
+    EXPECT_EQ(store.findStyle(5)->userVariables, five.userVariables) << "nothing new, nothing lost";
+    EXPECT_THAT(told, ElementsAre("refreshing "));
+
+    EXPECT_FALSE(hasFile());
+    run->cancelClicked();
+    EXPECT_EQ(closed, 0);
+    run->doneClicked();
+    EXPECT_EQ(closed, 1);
+    EXPECT_EQ(refreshed, 1);
+    dispatcher.runAll();
+    EXPECT_TRUE(hasFile());
+}
+
+TEST_F(UpdateRunTest, canceledItEndsBeforeTheNextStyle) {
+    open({siteStyle(1, "One", "m", "n"), siteStyle(2, "Two", "m", "n")});
+    run->cancelClicked();
+    EXPECT_TRUE(run->isRunning() && run->isCanceled());
+    dispatcher.runAll();
+    EXPECT_EQ(run->log(), "Checking for updates...\n"
+                          "\"One\" was updated to the latest version.\n"
+                          "Update process was interrupted. 1 style was updated.");
+    EXPECT_FALSE(run->isRunning());
+    EXPECT_THAT(loader.taken(), SizeIs(1));
+}
+
+TEST_F(UpdateRunTest, theFifthCancelClosesAtOnceAndNothingIsLost) {
+    open({siteStyle(1, "One", "m", "n"), siteStyle(2, "Two", "m", "n")});
+    for (int i = 0; i < 4; ++i)
+        run->cancelClicked();
+    EXPECT_EQ(closed, 0);
+    run->cancelClicked();
+    EXPECT_EQ(closed, 1);
+    EXPECT_EQ(refreshed, 1);
+    dispatcher.runAll();
+    EXPECT_THAT(names(), ElementsAre("New One", "Two"));
+    EXPECT_TRUE(hasFile()) << "what was changed after closing";
+    EXPECT_EQ(refreshed, 2);
+}
+
+TEST_F(UpdateRunTest, quittingSavesWhatWasChangedAndDropsTheRest) {
+    open({siteStyle(1, "One", "m", "n"), siteStyle(2, "Two", "m", "n")});
+    step();
+    EXPECT_FALSE(hasFile());
+    SteppedDispatcher::step(dispatcher.backgroundTasks);
+    runs.stop();
+    dispatcher.runAll();
+    EXPECT_TRUE(hasFile());
+    EXPECT_THAT(names(), ElementsAre("New One", "Two"));
+
+    run.reset();
+    EXPECT_THAT(dispatcher.backgroundTasks, IsEmpty()) << "nothing more to save";
+}
+
+TEST_F(UpdateRunTest, passesOverAStyleThatHasGone) {
+    open({siteStyle(1, "One", "m", "n"), siteStyle(2, "Two", "m", "n"),
+          siteStyle(3, "Three", "m", "n")});
+    store.deleteStyle(1);
+    SteppedDispatcher::step(dispatcher.backgroundTasks);
+    store.deleteStyle(0);
+    dispatcher.runAll();
+    EXPECT_EQ(run->log(), "Checking for updates...\n"
+                          "\"Three\" was updated to the latest version.\n"
+                          "Updates completed. 1 style was updated.");
+}
+
+} // namespace
+} // namespace tessaril
