@@ -42,8 +42,12 @@ struct StoreMachine {
     MemoryPreferences stored;
     Preferences preferences{stored};
     std::function<void(styleContainer&)> compile = [](styleContainer&) {};
+    int toldOfStored = 0; ///< compilations of which the store has had the user told
     StyleStore store{{files, channel, alerts, dispatcher, center, preferences,
-                      [this](styleContainer& style) { compile(style); }},
+                      [this](styleContainer& style) {
+                          compile(style);
+                          return [this] { ++toldOfStored; };
+                      }},
                      document.parent_path()};
 };
 
