@@ -21,13 +21,16 @@ Application::Application(applicationSurroundings surroundings)
     , shared(machine.sharedPreferences, [this] { preferenceChanges.announce(); })
     , synced(standard, &shared, center, machine.dispatcher)
     , compiler(machine.scripts, machine.resources, machine.alerts, machine.compilerErrors)
+    , importedFiles(machine.urls, machine.files, machine.importFolder)
+    , importingCompiler(compiler, importedFiles, machine.dispatcher)
+    , savingCompiler(importingCompiler, styleStore, machine.dispatcher)
     , styleStore({.files = machine.files,
                   .channel = machine.channel,
                   .alerts = machine.alerts,
                   .dispatcher = machine.dispatcher,
                   .center = center,
                   .preferences = standard,
-                  .compileStyle = [this](styleContainer& s) { compiler.compileStyle(s); }},
+                  .compileStyle = [this](styleContainer& s) { return savingCompiler.compile(s); }},
                  machine.container)
     , icons({.loader = machine.urls,
              .decoder = machine.iconDecoder,
@@ -74,8 +77,11 @@ importSurroundings Application::importing() {
             .store = styleStore,
             .list = list,
             .making = {.generateUniqueID = [this] { return styleStore.generateUniqueID(); },
-                       .compileStyle = [this](styleContainer& s) { compiler.compileStyle(s); }},
-            .compileQuietly = [this](styleContainer& s) { return compiler.compileQuietly(s); }};
+                       .compileStyle =
+                           [this](styleContainer& s) { importingCompiler.compileLoading(s)(); }},
+            .compileQuietly = [this](styleContainer& s) {
+                return importingCompiler.compileLoading(s);
+            }};
 }
 
 void Application::styleListShown() {
@@ -111,6 +117,7 @@ void Application::openWebsite() {
 
 void Application::stopLoading() {
     icons.stop();
+    importingCompiler.stop();
     machine.urls.cancelAll();
     machine.iconDecoder.cancelAll();
 }
