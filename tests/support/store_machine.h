@@ -42,11 +42,11 @@ struct StoreMachine {
     MemoryPreferences stored;
     Preferences preferences{stored};
     std::function<void(styleContainer&)> compile = [](styleContainer&) {};
-    int toldOfStored = 0; ///< compilations of which the store has had the user told
+    std::function<void()> afterStoring = [] {};
     StyleStore store{{files, channel, alerts, dispatcher, center, preferences,
                       [this](styleContainer& style) {
                           compile(style);
-                          return [this] { ++toldOfStored; };
+                          return [this] { afterStoring(); };
                       }},
                      document.parent_path()};
 };
