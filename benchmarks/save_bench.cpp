@@ -64,7 +64,7 @@ struct LargeStore {
                       .dispatcher = dispatcher,
                       .center = center,
                       .preferences = preferences,
-                      .compileStyle = [](styleContainer&) {}},
+                      .compileStyle = [](styleContainer&) { return [] {}; }},
                      folder.path};
     bool enabled = true;
 };

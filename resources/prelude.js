@@ -22,8 +22,12 @@
         getElementsByTagName: () => [],
     };
 
-    // Less loads imported files with this. There is no network here: every file is missing, and
-    // Less says so with the address and this reason. Whoever has files to give answers in send().
+    // Less asks for imported files with this, as it does on a web page. There is no network here: the
+    // requests wait until whoever runs Less has read their addresses, one a line, from
+    // `wantedImports`, has set `importedFiles` to the JSON text of an object with the {text} of
+    // each file, or the {problem} with it, and calls `answerImports`.
+    let waiting = [];
+
     class XMLHttpRequest {
         open(method, address) {
             this.address = address;
@@ -36,13 +40,28 @@
         }
 
         send() {
+            waiting.push(this);
+        }
+
+        answer({ text, problem }) {
             this.readyState = 4;
-            this.status = "styles compile without access to the network";
-            this.responseText = "";
-            // Less sets its handler only after this call.
-            Promise.resolve().then(() => this.onreadystatechange?.());
+            this.status = problem ?? 200; // Less shows it
+            this.responseText = text ?? "";
+            this.onreadystatechange();
         }
     }
+
+    Object.defineProperty(global, "wantedImports", {
+        get: () => waiting.map((request) => request.address).join("\n"),
+    });
+
+    global.answerImports = () => {
+        const files = JSON.parse(global.importedFiles);
+        const answered = waiting;
+        waiting = [];
+        for (const request of answered)
+            request.answer(files[request.address] ?? { problem: "it has no address" });
+    };
 
     // The engine gives an error its own position, that of the statement in the compiler's script, and
     // Stylus would take it for the place in the style. The compilers make their errors with this one,

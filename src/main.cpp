@@ -66,6 +66,8 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
     removeStaleStagedFiles(standardPreferencesFile().parent_path());
     const std::filesystem::path iconCache = makeIconCacheFolder();
     if (!iconCache.empty()) removeStaleStagedFiles(iconCache);
+    const std::filesystem::path importFolder = makeImportFolder(container);
+    if (!importFolder.empty()) removeStaleStagedFiles(importFolder);
 
     PosixFileSystem files;
     FolderMessageChannel channel(files, container);
@@ -99,6 +101,7 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
                              .iconDecoder = iconDecoder,
                              .container = container,
                              .iconCache = iconCache,
+                             .importFolder = importFolder,
                              .darkAppearance = darkAppearance});
 
     OtherWindows others(

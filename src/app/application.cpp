@@ -21,13 +21,16 @@ Application::Application(applicationSurroundings surroundings)
     , shared(machine.sharedPreferences, [this] { preferenceChanges.announce(); })
     , synced(standard, &shared, center, machine.dispatcher)
     , compiler(machine.scripts, machine.resources, machine.alerts, machine.compilerErrors)
+    , importedFiles(machine.urls, machine.files, machine.importFolder)
+    , importingCompiler(compiler, importedFiles, machine.dispatcher)
+    , savingCompiler(importingCompiler, styleStore, machine.dispatcher)
     , styleStore({.files = machine.files,
                   .channel = machine.channel,
                   .alerts = machine.alerts,
                   .dispatcher = machine.dispatcher,
                   .center = center,
                   .preferences = standard,
-                  .compileStyle = [this](styleContainer& s) { compiler.compileStyle(s); }},
+                  .compileStyle = [this](styleContainer& s) { return savingCompiler.compile(s); }},
                  machine.container)
     , icons({.loader = machine.urls,
              .decoder = machine.iconDecoder,
@@ -89,16 +92,19 @@ importSurroundings Application::importing() {
             .store = styleStore,
             .list = list,
             .making = {.generateUniqueID = [this] { return styleStore.generateUniqueID(); },
-                       .compileStyle = [this](styleContainer& s) { compiler.compileStyle(s); }},
-            .compileQuietly = [this](styleContainer& s) { return compiler.compileQuietly(s); }};
+                       .compileStyle =
+                           [this](styleContainer& s) { importingCompiler.compileLoading(s)(); }},
+            .compileQuietly = [this](styleContainer& s) {
+                return importingCompiler.compileLoading(s);
+            }};
 }
 
 checkSurroundings Application::updateChecks() {
-    const auto compile = [this](styleContainer& s) { return compiler.compileQuietly(s); };
     return {.site = site,
             .loader = machine.urls,
-            .compileRefreshing = compile,
-            .compile = compile};
+            .compileRefreshing =
+                [this](styleContainer& s) { return importingCompiler.compileRefreshing(s); },
+            .compile = [this](styleContainer& s) { return importingCompiler.compileLoading(s); }};
 }
 
 void Application::styleListShown() {
@@ -139,6 +145,7 @@ void Application::stopLoading() {
     installLinks.stop();
     rowUpdates.stop();
     sheetUpdates.stop();
+    importingCompiler.stop();
     machine.urls.cancelAll();
     machine.iconDecoder.cancelAll();
 }

@@ -12,6 +12,9 @@
 #include "import/paste_import.h"
 #include "import/style_site.h"
 #include "import/url_import.h"
+#include "less_imports/imported_files.h"
+#include "less_imports/importing_compiler.h"
+#include "less_imports/saving_compiler.h"
 #include "platform/browser_extension.h"
 #include "platform/external_applications.h"
 #include "preferences/change_announcement.h"
@@ -52,9 +55,10 @@ struct applicationSurroundings {
     ExternalApplications& externals;
     UrlLoader& urls;
     IconDecoder& iconDecoder;
-    std::filesystem::path container; ///< the shared container's directory, which exists
-    std::filesystem::path iconCache; ///< a folder for icons alone, which exists; empty for none
-    bool darkAppearance = false;     ///< whether the windows are dark at launch
+    std::filesystem::path container;    ///< the shared container's directory, which exists
+    std::filesystem::path iconCache;    ///< a folder for icons alone, which exists; empty for none
+    std::filesystem::path importFolder; ///< the same for the files that Less styles import
+    bool darkAppearance = false;        ///< whether the windows are dark at launch
 };
 
 /// The application: owns the store, the bus and the preferences, and routes what arrives from
@@ -120,6 +124,9 @@ private:
     Preferences shared;
     PreferenceSync synced;
     StyleCompiler compiler;
+    ImportedFiles importedFiles;
+    ImportingCompiler importingCompiler;
+    SavingCompiler savingCompiler;
     StyleStore styleStore;
     StyleIcons icons;
     StyleList list;

@@ -28,16 +28,20 @@ using ErrorHandler = ScriptEngine::ExceptionHandler;
 constexpr std::string_view renderLess =
     "less.render(str).then(result => {compiled = result.css;}, err => {errorMsg = err;});";
 
-std::optional<std::string> runLess(ScriptContext& context, const ErrorHandler& showError) {
+std::optional<std::string> runLess(ScriptContext& context, const ErrorHandler& showError,
+                                   const ImportLookup& lookUp, std::vector<std::string>& missing) {
     context.evaluate(renderLess);
+    importOutcome imports = deliverImports(context, lookUp);
     auto compiled = context.global("compiled");
     const auto error = context.global("errorMsg");
-    if (error && *error != undefined) showError(*error);
+    if (error && *error != undefined) showError(withAllRefused(*error, imports.refused));
+    missing = std::move(imports.missing);
     return compiled;
 }
 
-/// The errors of Stylus are exceptions.
-std::optional<std::string> runStylus(ScriptContext& context, const ErrorHandler&) {
+/// The errors of Stylus are exceptions. It has no imports.
+std::optional<std::string> runStylus(ScriptContext& context, const ErrorHandler&,
+                                     const ImportLookup&, std::vector<std::string>&) {
     context.evaluate("renderer = new StylusRenderer(str);");
     return context.evaluate("renderer.render();");
 }
@@ -50,7 +54,9 @@ struct compilerDialect {
     std::string_view declarationStart;
     std::string_view declarationMiddle;
     std::optional<std::string_view> errorHeader;
-    std::optional<std::string> (*run)(ScriptContext& context, const ErrorHandler& showError);
+    std::optional<std::string> (*run)(ScriptContext& context, const ErrorHandler& showError,
+                                      const ImportLookup& lookUp,
+                                      std::vector<std::string>& missing);
 };
 
 constexpr compilerDialect less{
@@ -94,10 +100,16 @@ compilerError errorFor(const styleContainer& style, const compilerDialect& diale
     return {"Compiler Error (" + style.styleData.name + ")", header, std::string(text)};
 }
 
+/// What a compilation finds beside its result.
+struct foundInCompiling {
+    std::vector<compilerError> errors;
+    std::vector<std::string> missing; ///< addresses of imported files
+};
+
 /// What the compiler makes of `style`; nothing or "undefined" when it gives no text.
 std::optional<std::string> compiledText(const styleContainer& style, const compilerDialect& dialect,
                                         ScriptEngine& engine, const Resources& resources,
-                                        std::vector<compilerError>& errors) {
+                                        const ImportLookup& lookUp, foundInCompiling& found) {
     auto compiler = resources.script(dialect.script);
     auto encoding = resources.script("encoding.min.js");
     if (!compiler || !encoding) {
@@ -105,13 +117,13 @@ std::optional<std::string> compiledText(const styleContainer& style, const compi
         return std::nullopt;
     }
     const ErrorHandler showError = [&](const std::string& text) {
-        errors.push_back(errorFor(style, dialect, text));
+        found.errors.push_back(errorFor(style, dialect, text));
     };
     const std::array scripts{std::move(*encoding), std::move(*compiler)};
     const auto context = engine.makeContext(scripts, showError);
     context->evaluate(dialect.catchError);
     context->setGlobal("str", sourceFor(style, dialect));
-    return dialect.run(*context, showError);
+    return dialect.run(*context, showError, lookUp, found.missing);
 }
 
 void storeCompiled(styleContainer& style, const std::optional<std::string>& compiled) {
@@ -139,24 +151,29 @@ void StyleCompiler::compileStyle(styleContainer& style) {
 }
 
 std::function<void()> StyleCompiler::compileQuietly(styleContainer& style) {
-    const auto nothingToTell = [] {};
-    if (!style.userVariables) return nothingToTell;
+    return compileWithImports(style, [](const std::string&) { return std::nullopt; }).tellErrors;
+}
+
+quietCompilation StyleCompiler::compileWithImports(styleContainer& style,
+                                                   const ImportLookup& lookUp) {
+    if (!style.userVariables) return {};
 
     const std::string preprocessor = lowercasedASCII(style.preprocessor);
-    if (preprocessor == "sass") return [this] { alerts.showAlert(sassTitle, sassText); };
+    if (preprocessor == "sass") return {[this] { alerts.showAlert(sassTitle, sassText); }, {}};
     if (preprocessor.empty() || preprocessor == "uso") compilePlaceholders(style);
     if (preprocessor == "default") compileCustomProperties(style);
 
     const compilerDialect* dialect = nullptr;
     if (preprocessor == "less") dialect = &less;
     if (preprocessor == "stylus") dialect = &stylus;
-    if (dialect == nullptr) return nothingToTell;
-    std::vector<compilerError> found;
-    storeCompiled(style, compiledText(style, *dialect, engine, resources, found));
-    return [this, found = std::move(found)] {
-        for (const compilerError& error : found)
+    if (dialect == nullptr) return {};
+    foundInCompiling found;
+    storeCompiled(style, compiledText(style, *dialect, engine, resources, lookUp, found));
+    const auto tellErrors = [this, told = std::move(found.errors)] {
+        for (const compilerError& error : told)
             errors.show(error);
     };
+    return {tellErrors, std::move(found.missing)};
 }
 
 } // namespace tessaril

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "compile/less_imports.h"
 #include "model/style_container.h"
 #include "platform/alerts.h"
 #include "platform/compiler_errors.h"
@@ -7,8 +8,15 @@
 #include "platform/script_engine.h"
 
 #include <functional>
+#include <string>
+#include <vector>
 
 namespace tessaril {
+
+struct quietCompilation {
+    std::function<void()> tellErrors = [] {}; ///< shows the user alerts and errors
+    std::vector<std::string> missing;         ///< what Less asked for and the look-up did not have
+};
 
 /// Turns a style's code and variables into the CSS that the extension injects. Holds no state
 /// between calls; may be called from any thread.
@@ -28,6 +36,12 @@ public:
     /// The same, but the user hears of alerts and errors only when the result is called, for whom
     /// the style may turn out not to be wanted. To be called from any thread while this lives.
     [[nodiscard]] std::function<void()> compileQuietly(styleContainer& style);
+
+    /// The same for a style whose Less may import files, which `lookUp` gives; the others have
+    /// none. A file that is missing is an error, except where the style says that it need not be
+    /// there. To be compiled again, from the style as it was, once there is more to give.
+    [[nodiscard]] quietCompilation compileWithImports(styleContainer& style,
+                                                      const ImportLookup& lookUp);
 
 private:
     ScriptEngine& engine;

@@ -9,17 +9,28 @@
 
 namespace tessaril {
 
+namespace {
+
+/// Makes a folder of this user alone where it is missing; empty when it cannot be made.
+std::filesystem::path madeFolder(std::filesystem::path folder) {
+    if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) return {};
+    std::error_code error;
+    return std::filesystem::is_directory(folder, error) ? folder : std::filesystem::path();
+}
+
+} // namespace
+
 std::filesystem::path makeIconCacheFolder() {
     const QString home = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
     const std::filesystem::path cache(QFile::encodeName(home).toStdString());
     std::error_code error;
     std::filesystem::create_directories(cache, error);
-    std::filesystem::path folder = cache;
-    for (const char* name : {"tessaril", "icons"}) {
-        folder /= name;
-        if (::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) return {};
-    }
-    return std::filesystem::is_directory(folder, error) ? folder : std::filesystem::path();
+    const std::filesystem::path own = madeFolder(cache / "tessaril");
+    return own.empty() ? own : madeFolder(own / "icons");
+}
+
+std::filesystem::path makeImportFolder(const std::filesystem::path& container) {
+    return madeFolder(container / "imports");
 }
 
 } // namespace tessaril

@@ -8,4 +8,9 @@ namespace tessaril {
 /// where it is missing; empty when it cannot be made.
 std::filesystem::path makeIconCacheFolder();
 
+/// The folder for the files that styles import, in the container: compiled styles depend on them,
+/// so they are no mere cache to the user. Makes it where it is missing; empty when it cannot be
+/// made.
+std::filesystem::path makeImportFolder(const std::filesystem::path& container);
+
 } // namespace tessaril

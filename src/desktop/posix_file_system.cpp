@@ -311,6 +311,10 @@ void PosixFileSystem::remove(const fs::path& path) {
     ::unlink(path.c_str());
 }
 
+void PosixFileSystem::touch(const fs::path& path) {
+    ::utimensat(AT_FDCWD, path.c_str(), nullptr, 0);
+}
+
 void removeStaleStagedFiles(const fs::path& folder) {
     std::error_code error;
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end;

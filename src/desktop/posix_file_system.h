@@ -27,6 +27,7 @@ public:
 
     std::vector<fileEntry> list(const std::filesystem::path& folder) const override;
     void remove(const std::filesystem::path& path) override;
+    void touch(const std::filesystem::path& path) override;
 };
 
 /// Removes the temporary files that a killed process has left in `folder`. To be called only while

@@ -26,6 +26,12 @@ int niceness(taskPriority priority) {
     return 0;
 }
 
+/// More threads than that are not started for tasks that wait.
+constexpr int mostWaitingTasks = 32;
+
+/// The pool whose task the thread runs.
+thread_local QThreadPool* poolOfThread = nullptr;
+
 /// On Linux the nice value belongs to the thread.
 void setNiceness(int value) {
     ::setpriority(PRIO_PROCESS, static_cast<id_t>(::gettid()), value);
@@ -73,6 +79,7 @@ void QtDispatcher::inBackground(taskPriority priority, Task task) {
     }
     pool(priority).start([this, priority, task = std::move(task)]() mutable {
         setNiceness(niceness(priority));
+        poolOfThread = &pool(priority);
         task();
         task = nullptr; // what it holds is gone before it counts as done
         {
@@ -82,6 +89,15 @@ void QtDispatcher::inBackground(taskPriority priority, Task task) {
             changed.notify_all();
         }
     });
+}
+
+void QtDispatcher::whileWaiting(const Task& wait) {
+    QThreadPool* const own = poolOfThread;
+    const bool isSpared = own != nullptr && ++waitingTasks <= mostWaitingTasks;
+    if (isSpared) own->releaseThread();
+    wait();
+    if (isSpared) own->reserveThread();
+    if (own != nullptr) --waitingTasks;
 }
 
 void QtDispatcher::finish() {

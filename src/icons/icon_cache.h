@@ -2,16 +2,14 @@
 
 #include "platform/file_system.h"
 #include "platform/icon_loader.h"
+#include "web/folder_cache.h"
 
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
-#include <string>
 #include <string_view>
 
 namespace tessaril {
@@ -30,12 +28,12 @@ struct cachedIcon {
     bool isFresh = false;                 ///< whether its age is within the limit
 };
 
-/// Sites' icons in files of a folder, one per site, which go when they are too many, the oldest
-/// first. What is damaged, cut or anyone else's counts as absent; a failure to write costs a later
-/// start a request and no more. Safe to use from any thread, but it waits for the disk.
+/// Sites' icons in files of a folder, one per site, as `FolderCache` keeps them: a failure to write
+/// costs a later start a request and no more. Safe to use from any thread, but it waits for the
+/// disk.
 class IconCache {
 public:
-    using Clock = std::chrono::system_clock;
+    using Clock = FolderCache::Clock;
 
     /// - folder: exists, for this cache alone; empty for no cache
     /// - clock: gives the present moment; called from any thread
@@ -48,25 +46,9 @@ public:
     void store(std::string_view site, const siteIcon* icon);
 
 private:
-    struct storedFile {
-        std::uintmax_t size = 0;
-        Clock::time_point modified;
-    };
-
-    void listFolder();
-    void note(const std::filesystem::path& path, storedFile file);
-    void makeRoom();
-    std::filesystem::path pathOf(std::string_view site) const;
-
-    FileSystem& files;
-    const std::filesystem::path folder;
     const std::function<Clock::time_point()> clock;
     const iconCacheLimits limits;
-
-    std::once_flag listed;
-    std::mutex mutex; ///< guards what follows
-    std::map<std::filesystem::path, storedFile> stored;
-    std::uintmax_t totalSize = 0;
+    FolderCache cache;
 };
 
 } // namespace tessaril

@@ -18,10 +18,12 @@ styleContainer plainStyle(std::string css, const styleMaking& making) {
                               sourceCustom, noUserstyleID, making.generateUniqueID());
 }
 
-quietlyRead parseQuietly(std::string_view text, const importSurroundings& machine) {
+quietlyRead parseQuietly(std::string_view text, const importSurroundings& machine,
+                         std::string_view downloadedFrom) {
     quietlyRead result;
     styleMaking making = machine.making;
     making.compileStyle = [&](styleContainer& style) {
+        style.downloadedFrom = downloadedFrom;
         result.tellErrors = machine.compileQuietly(style);
     };
     result.style = parseUserCSS(text, making);

@@ -38,7 +38,9 @@ struct quietlyRead {
     std::function<void()> tellErrors = [] {};
 };
 
-quietlyRead parseQuietly(std::string_view text, const importSurroundings& machine);
+/// - downloadedFrom: where the text came from, for `compileQuietly` to know; empty for nowhere
+quietlyRead parseQuietly(std::string_view text, const importSurroundings& machine,
+                         std::string_view downloadedFrom = {});
 
 /// A style with an update address came from somewhere, any other is the user's own.
 void setSourceByUpdateAddress(styleContainer& style);

@@ -22,6 +22,10 @@ public:
 
     /// Runs `task` on some other thread, concurrently with its like.
     virtual void inBackground(taskPriority priority, Task task) = 0;
+
+    /// Runs `wait` on the calling thread before it returns. For what a background task only waits
+    /// for: others of its priority need not wait with it.
+    virtual void whileWaiting(const Task& wait) { wait(); }
 };
 
 } // namespace tessaril

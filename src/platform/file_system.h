@@ -63,6 +63,9 @@ public:
 
     /// Removes the file, if there is one; a folder is left. Not durable.
     virtual void remove(const std::filesystem::path& path) = 0;
+
+    /// Has the file, if there is one, count as modified now. Not durable.
+    virtual void touch(const std::filesystem::path& path) = 0;
 };
 
 } // namespace tessaril

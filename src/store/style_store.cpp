@@ -252,6 +252,7 @@ bool StyleStore::changeStyle(std::int64_t id, const std::function<void(styleCont
 }
 
 void StyleStore::applyStyleProperties(std::int64_t id, const styleContainer& from) {
+    std::function<void()> tellErrors;
     const bool changed = changeStyle(id, [&](styleContainer& style) {
         style.allowIframe = from.allowIframe;
         style.exclURL = from.exclURL;
@@ -260,13 +261,16 @@ void StyleStore::applyStyleProperties(std::int64_t id, const styleContainer& fro
         style.exclRegExp = from.exclRegExp;
         style.systemTheme = from.systemTheme;
         style.userVariables = from.userVariables;
-        machine.compileStyle(style);
+        tellErrors = machine.compileStyle(style);
         style.dateModified = now();
     });
-    if (changed) saveDatabase();
+    if (!changed) return;
+    saveDatabase();
+    tellErrors();
 }
 
 void StyleStore::applyEditorChanges(std::int64_t id, const styleContainer& from) {
+    std::function<void()> tellErrors;
     const bool changed = changeStyle(id, [&](styleContainer& style) {
         style.styleData = from.styleData;
         style.version = from.version;
@@ -275,12 +279,28 @@ void StyleStore::applyEditorChanges(std::int64_t id, const styleContainer& from)
         style.author = from.author;
         style.license = from.license;
         style.preprocessor = from.preprocessor;
-        machine.compileStyle(style);
+        tellErrors = machine.compileStyle(style);
         style.dateModified = now();
     });
     if (!changed) return;
     saveDatabase();
     machine.center.post(notifications::updateFavicons, id);
+    tellErrors();
+}
+
+void StyleStore::recompileStyle(std::int64_t id) {
+    std::function<void()> tellErrors;
+    bool isDifferent = false;
+    const bool changed = changeStyle(id, [&](styleContainer& style) {
+        const styleJSON before = style.styleData;
+        tellErrors = machine.compileStyle(style);
+        isDifferent = style.styleData != before;
+        // What is older counts as known to the user's other machines.
+        if (isDifferent) style.dateModified = now();
+    });
+    if (!changed) return;
+    if (isDifferent) saveDatabase();
+    tellErrors();
 }
 
 bool StyleStore::setStyleData(std::int64_t id, styleJSON data) {

@@ -2,6 +2,7 @@
 
 #include "events/notification_center.h"
 #include "model/style_database.h"
+#include "model/style_making.h"
 #include "platform/alerts.h"
 #include "platform/dispatcher.h"
 #include "platform/file_system.h"
@@ -41,8 +42,8 @@ struct storeSurroundings {
     Dispatcher& dispatcher;
     NotificationCenter& center;
     Preferences& preferences;
-    /// Recomputes a style's compiled output in place.
-    std::function<void(styleContainer&)> compileStyle;
+    /// What it gives is called once the style is stored.
+    QuietCompile compileStyle;
 };
 
 /// The one live database of the process, loaded from the shared container at the first access and
@@ -120,6 +121,9 @@ public:
 
     /// Takes over the code and metadata of `from`, compiles, saves, posts `updateFavicons`.
     void applyEditorChanges(std::int64_t id, const styleContainer& from);
+
+    /// Compiles the style as it stands, and saves where that gives another result.
+    void recompileStyle(std::int64_t id);
 
     /// Replaces the style's data and gives whether there was such a style. No save; the caller
     /// saves.

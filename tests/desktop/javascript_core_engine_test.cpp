@@ -172,8 +172,7 @@ TEST_F(RealCompilersTest, neitherReachTheNetworkNorRunScriptsNorGoOnForever) {
     for (const char* import :
          {"@import \"https://example.org/lib.less\";",
           "@import (inline) \"//example.org/lib.css\";", "@import (reference) \"../lib.less\";"})
-        EXPECT_THAT(css("less", import),
-                    AllOf(HasSubstr("lib."), HasSubstr("wasn't found"), HasSubstr("network")));
+        EXPECT_THAT(css("less", import), AllOf(HasSubstr("lib."), HasSubstr("wasn't found")));
     EXPECT_THAT(css("less", "@plugin \"https://example.org/p.js\";"), HasSubstr("not allowed"));
     EXPECT_THAT(css("less", "a { w: `1 + 1` }"), HasSubstr("JavaScript is not enabled"));
     EXPECT_THAT(css("stylus", "@import 'lib'"), HasSubstr("failed to locate"));

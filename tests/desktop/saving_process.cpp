@@ -53,7 +53,7 @@ int main(int argc, char* argv[]) {
                       .dispatcher = dispatcher,
                       .center = center,
                       .preferences = preferences,
-                      .compileStyle = [](styleContainer&) {}},
+                      .compileStyle = [](styleContainer&) { return [] {}; }},
                      container);
 
     constexpr std::int64_t styleCount = 6;

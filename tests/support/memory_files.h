@@ -61,6 +61,11 @@ struct MemoryFiles : FileSystem {
         contents.erase(path);
     }
 
+    void touch(const std::filesystem::path& path) override {
+        const std::lock_guard lock(mutex);
+        if (contents.contains(path)) times[path] = now;
+    }
+
     static std::string joined(std::span<const std::string_view> pieces) {
         std::string bytes;
         for (const std::string_view piece : pieces)

@@ -29,9 +29,9 @@ struct StandInMachine {
     };
 
     applicationSurroundings surroundings() {
-        return {files,     channel, alerts,   dispatcher,     standard,
-                shared,    scripts, scripts,  compilerErrors, extension,
-                externals, urls,    pictures, "/container",   "/cache"};
+        return {files,    channel,      alerts,         dispatcher, standard,  shared,
+                scripts,  scripts,      compilerErrors, extension,  externals, urls,
+                pictures, "/container", "/cache",       "/imports"};
     }
 
     MemoryFiles files;

@@ -42,8 +42,12 @@ struct StoreMachine {
     MemoryPreferences stored;
     Preferences preferences{stored};
     std::function<void(styleContainer&)> compile = [](styleContainer&) {};
+    std::function<void()> afterStoring = [] {};
     StyleStore store{{files, channel, alerts, dispatcher, center, preferences,
-                      [this](styleContainer& style) { compile(style); }},
+                      [this](styleContainer& style) {
+                          compile(style);
+                          return [this] { afterStoring(); };
+                      }},
                      document.parent_path()};
 };
 

@@ -1,0 +1,156 @@
+#include "desktop/directory_resources.h"
+#include "desktop/javascript_core_engine.h"
+#include "desktop/qt_dispatcher.h"
+#include "less_imports/importing_compiler.h"
+#include "support/captured_log.h"
+#include "support/map_url_loader.h"
+#include "support/memory_files.h"
+#include "support/recording_alerts.h"
+#include "support/recording_compiler_errors.h"
+#include "support/stepped_dispatcher.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <latch>
+
+namespace tessaril {
+namespace {
+
+using namespace testing;
+using ::testing::AllOf, ::testing::HasSubstr, ::testing::IsEmpty, ::testing::Not, ::testing::SizeIs;
+
+/// The real Less on files from a network in memory.
+class LessImportsTest : public ::testing::Test {
+protected:
+    void serve(std::string address, std::string text) {
+        loader.responses[std::move(address)] = {.body = std::move(text)};
+    }
+
+    /// The CSS without its white space, or the only error.
+    std::string css(std::string code, bool refreshed = false) {
+        styleContainer style;
+        style.preprocessor = "less";
+        style.styleData.sections = {{.code = std::move(code)}};
+        style.userVariables = {{.type = "text", .name = "lib", .currentValue = "\"lib\""}};
+        errors.errors.clear();
+        (refreshed ? compiler.compileRefreshing(style) : compiler.compileLoading(style))();
+        EXPECT_LE(errors.errors.size(), 1u);
+        if (!errors.errors.empty()) return errors.errors.front().text;
+        std::string text = style.styleData.compSections.value().front().code;
+        std::erase_if(text, [](char c) { return c == ' ' || c == '\n'; });
+        return text;
+    }
+
+    const CapturedLog log;
+    JavaScriptCoreEngine engine;
+    DirectoryResources resources{TESSARIL_RESOURCES};
+    RecordingAlerts alerts;
+    RecordingCompilerErrors errors;
+    StyleCompiler less{engine, resources, alerts, errors};
+    MapUrlLoader loader;
+    MemoryFiles memory;
+    ImportedFiles files{loader, memory, "/imports"};
+    SteppedDispatcher dispatcher;
+    ImportingCompiler compiler{less, files, dispatcher};
+};
+
+TEST_F(LessImportsTest, resolveAsOnAPageAndCostTheNetworkOnce) {
+    serve("https://a.example/x/lib.less",
+          "@import \"sub/more.less\";\n@import (inline) '../raw.txt';\n.m() { c: d }");
+    serve("https://a.example/x/sub/more.less", "@import \"/top\"; .n() { e: @v }");
+    serve("https://a.example/top.less", "@v: f;");
+    serve("https://a.example/raw.txt", "raw{}");
+    serve("https://b.example/lib.less?v=1", "@import (reference) \"lib.less?v=1\"; b { c: d }");
+    const std::string code = "@import \"https://a.example/x/@{lib}.less\";\n"
+                             "@import \"//b.example/lib.less?v=1\";\n"
+                             "@import (css) \"https://c.example/left.css\";\n"
+                             "@import (optional) \"https://c.example/none.less\";\n"
+                             "a { .m(); .n() }";
+    EXPECT_THAT(css(code),
+                AllOf(HasSubstr("raw{}"), HasSubstr("a{c:d;e:f;}"), HasSubstr("b{c:d;}")));
+    EXPECT_THAT(loader.asked, SizeIs(6)) << "with the one that need not be there";
+    EXPECT_TRUE(loader.allForPublicHosts);
+    loader.asked.clear();
+    EXPECT_THAT(css(code), HasSubstr("a{c:d;e:f;}"));
+    EXPECT_THAT(loader.asked, IsEmpty()) << "what failed is left alone for a while";
+
+    serve("https://a.example/top.less", "@v: new;");
+    loader.responses.erase("https://a.example/x/lib.less");
+    EXPECT_THAT(css(code), HasSubstr("e:f;"));
+    EXPECT_THAT(css(code, true), AllOf(HasSubstr("c:d;"), HasSubstr("e:new;")));
+    EXPECT_THAT(loader.asked, SizeIs(6)) << "each once";
+    EXPECT_THAT(css(code), HasSubstr("e:new;"));
+}
+
+TEST_F(LessImportsTest, nameEveryFileThatCannotBeHad) {
+    serve("https://a.example/good.less", "@import \"bad.less\";");
+    EXPECT_THAT(css("@import \"https://a.example/gone.less\";\n@import \"near.less\";\n"
+                    "@import \"https://a.example/good.less\";\na { b: c }"),
+                AllOf(HasSubstr("'https://a.example/gone.less' wasn't found (it could not be "
+                                "loaded)"),
+                      HasSubstr("near.less (only files with a whole address"),
+                      HasSubstr("\nhttps://a.example/bad.less (it could not be loaded)"),
+                      Not(HasSubstr("good.less"))));
+    EXPECT_THAT(css("@import (optional) \"https://a.example/gone.less\";\na { b: @nope }"),
+                AllOf(HasSubstr("@nope"), Not(HasSubstr("gone"))));
+    serve("https://a.example/wrong.less", "a { b: ");
+    EXPECT_THAT(css("@import \"https://a.example/wrong.less\";"), HasSubstr("wrong.less"));
+}
+
+TEST_F(LessImportsTest, endWhateverTheFilesImport) {
+    serve("https://a.example/one.less", "@import \"two.less\"; a { b: c }");
+    serve("https://a.example/two.less", "@import \"one.less\"; d { e: f }");
+    EXPECT_EQ(css("@import \"https://a.example/one.less\";"), "d{e:f;}a{b:c;}");
+    serve("https://a.example/many.less", "@import (multiple) \"many.less\"; @import (multiple) "
+                                         "\"many.less\";");
+    EXPECT_THAT(css("@import (multiple) \"https://a.example/many.less\";"),
+                HasSubstr("many.less' wasn't found (the style imports too many files)"));
+
+    std::string code;
+    for (int i = 0; i < 300; ++i) {
+        const std::string name = std::to_string(i);
+        serve("https://a.example/deep" + name + ".less",
+              "@import \"deep" + std::to_string(i + 1) + ".less\";");
+        serve("https://a.example/wide" + name + ".less", "");
+        code += "@import \"https://a.example/wide" + name + ".less\";\n";
+    }
+    loader.asked.clear();
+    EXPECT_THAT(css(code), AllOf(HasSubstr("wide100.less' wasn't found (the style imports too "
+                                           "many files)"),
+                                 HasSubstr("and 149 more")));
+    EXPECT_THAT(loader.asked, SizeIs(mostImportedFiles));
+    EXPECT_THAT(css("@import \"https://a.example/deep0.less\";"),
+                HasSubstr("deep100.less' wasn't"));
+
+    code.clear();
+    for (int i = 0; i < 4; ++i) {
+        const std::string address = "https://a.example/large" + std::to_string(i) + ".less";
+        serve(address, "/*" + std::string(3 << 20, ' ') + "*/");
+        code += "@import \"" + address + "\";\n";
+    }
+    EXPECT_THAT(css(code), AllOf(HasSubstr("large2.less' wasn't found (the style imports too "
+                                           "large files)"),
+                                 HasSubstr("\nhttps://a.example/large3.less")));
+}
+
+TEST(QtDispatcherTest, startsOtherTasksBesideThoseThatWait) {
+    QtDispatcher dispatcher;
+    constexpr int waiting = 12;
+    std::latch started(waiting);
+    std::latch saved(1);
+    for (int i = 0; i < waiting; ++i)
+        dispatcher.inBackground(taskPriority::utility, [&] {
+            dispatcher.whileWaiting([&] {
+                started.count_down();
+                saved.wait();
+            });
+        });
+    started.wait();
+    dispatcher.inBackground(taskPriority::utility, [&] { saved.count_down(); });
+    dispatcher.finish(); // would never return
+    EXPECT_TRUE(saved.try_wait());
+}
+
+} // namespace
+} // namespace tessaril
