@@ -112,7 +112,7 @@ fetchedStyle UrlImport::fetchStyleFromURL(std::string_view address, addressOrigi
         if (origin == addressOrigin::sheet) nameAfterFile(style, address);
         return {.style = std::move(style), .alert = alertMessage{noRulesTitle, noRulesText}};
     }
-    quietlyRead read = parseQuietly(*text, machine);
+    quietlyRead read = parseQuietly(*text, machine, address);
     if (!read.style) return {};
     read.style->downloadedFrom = address;
     if (read.style->styleData.name == defaultStyleName) nameAfterFile(*read.style, address);
