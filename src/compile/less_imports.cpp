@@ -4,6 +4,7 @@
 #include "model/text.h"
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <set>
 #include <utility>
@@ -18,12 +19,12 @@ constexpr std::string_view tooMany = "the style imports too many files";
 constexpr std::string_view tooLarge = "the style imports too large files";
 constexpr std::string_view tooDeep = "the style's imports import too deep";
 
-/// What Less makes of a path without a host: its place on the page of which the context pretends to
-/// be part.
-constexpr std::string_view pageStart = "style:";
+/// How the addresses of files begin that can be had; Less keeps the last as it is. A path without
+/// a host is one of the page of which the context pretends to be part.
+constexpr std::array<std::string_view, 3> addressStarts{"https:", "http:", "//"};
 
 /// A file may be asked for again and again, as in a circle of imports.
-constexpr std::size_t mostRequests = 1000;
+constexpr std::size_t mostRequests = 300;
 /// What fits into a window.
 constexpr std::size_t mostNamed = 50;
 
@@ -71,7 +72,9 @@ private:
     }
 
     answer lookedUp(const std::string& address) {
-        if (address.starts_with(pageStart)) return {std::nullopt, notAnAddress};
+        const std::string start = lowercasedASCII(address.substr(0, 6));
+        if (std::ranges::none_of(addressStarts, [&](auto s) { return start.starts_with(s); }))
+            return {std::nullopt, notAnAddress};
         if (files == mostImportedFiles) return {std::nullopt, tooMany};
         if (bytes > mostImportedBytes) return {std::nullopt, tooLarge};
         ++files;

@@ -17,7 +17,7 @@ namespace tessaril {
 inline constexpr std::size_t mostImportedFiles = 100;
 inline constexpr std::size_t mostImportedBytes = 8 << 20; ///< of all files together
 /// One for each file within a file, and for each whose path has a variable.
-inline constexpr int mostImportRounds = 100;
+inline constexpr int mostImportRounds = 40;
 
 /// Gives the text of the file with that address, as Less writes it: mostly, but not always one of
 /// the web. Nothing for a file that cannot be had now. Never waits for the network.
@@ -38,8 +38,9 @@ struct importOutcome {
 /// Answers what a compilation that was begun in `context` asks for, until it asks no more.
 importOutcome deliverImports(ScriptContext& context, const ImportLookup& lookUp);
 
-/// The error's text; where it is about a file that was refused, of which Less names only the first,
-/// with the addresses of the others.
+/// The error's text; where it is about a file that was refused, of which Less names only one, with
+/// the addresses of the others. Files within a file that stands behind a refused one are not asked
+/// for.
 std::string withAllRefused(std::string error, const std::vector<refusedImport>& refused);
 
 } // namespace tessaril

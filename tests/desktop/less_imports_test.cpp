@@ -58,18 +58,19 @@ protected:
 TEST_F(LessImportsTest, resolveAsOnAPageAndCostTheNetworkOnce) {
     serve("https://a.example/x/lib.less",
           "@import \"sub/more.less\";\n@import (inline) '../raw.txt';\n.m() { c: d }");
-    serve("https://a.example/x/sub/more.less", "@import \"/top\"; .n() { e: @v }");
+    serve("https://a.example/x/sub/more.less", "@import \"../../top\"; .n() { e: @v }");
     serve("https://a.example/top.less", "@v: f;");
     serve("https://a.example/raw.txt", "raw{}");
-    serve("https://b.example/lib.less?v=1", "@import (reference) \"lib.less?v=1\"; b { c: d }");
+    serve("https://b.example/lib.less?v=1", "@import (reference) \"ref.less\"; b { c: d }");
+    serve("https://b.example/ref.less", "never{}");
     const std::string code = "@import \"https://a.example/x/@{lib}.less\";\n"
                              "@import \"//b.example/lib.less?v=1\";\n"
                              "@import (css) \"https://c.example/left.css\";\n"
                              "@import (optional) \"https://c.example/none.less\";\n"
                              "a { .m(); .n() }";
-    EXPECT_THAT(css(code),
-                AllOf(HasSubstr("raw{}"), HasSubstr("a{c:d;e:f;}"), HasSubstr("b{c:d;}")));
-    EXPECT_THAT(loader.asked, SizeIs(6)) << "with the one that need not be there";
+    EXPECT_THAT(css(code), AllOf(Not(HasSubstr("never")), HasSubstr("raw{}"),
+                                 HasSubstr("a{c:d;e:f;}"), HasSubstr("b{c:d;}")));
+    EXPECT_THAT(loader.asked, SizeIs(7)) << "with the one that need not be there";
     EXPECT_TRUE(loader.allForPublicHosts);
     loader.asked.clear();
     EXPECT_THAT(css(code), HasSubstr("a{c:d;e:f;}"));
@@ -79,21 +80,22 @@ TEST_F(LessImportsTest, resolveAsOnAPageAndCostTheNetworkOnce) {
     loader.responses.erase("https://a.example/x/lib.less");
     EXPECT_THAT(css(code), HasSubstr("e:f;"));
     EXPECT_THAT(css(code, true), AllOf(HasSubstr("c:d;"), HasSubstr("e:new;")));
-    EXPECT_THAT(loader.asked, SizeIs(6)) << "each once";
+    EXPECT_THAT(loader.asked, SizeIs(7)) << "each once";
     EXPECT_THAT(css(code), HasSubstr("e:new;"));
 }
 
 TEST_F(LessImportsTest, nameEveryFileThatCannotBeHad) {
     serve("https://a.example/good.less", "@import \"bad.less\";");
-    EXPECT_THAT(css("@import \"https://a.example/gone.less\";\n@import \"near.less\";\n"
-                    "@import \"https://a.example/good.less\";\na { b: c }"),
-                AllOf(HasSubstr("'https://a.example/gone.less' wasn't found (it could not be "
-                                "loaded)"),
-                      HasSubstr("near.less (only files with a whole address"),
-                      HasSubstr("\nhttps://a.example/bad.less (it could not be loaded)"),
-                      Not(HasSubstr("good.less"))));
+    serve("https://a.example/late.less", "g { h: i }");
+    EXPECT_THAT(css("@import \"https://a.example/good.less\";\n@import \"near.less\";\n"
+                    "@import \"https://a.example/gone.less\";\n"
+                    "@import \"https://a.example/late.less\";\na { b: c }"),
+                AllOf(HasSubstr("https://a.example/gone.less"), HasSubstr("/near.less"),
+                      HasSubstr("' wasn't found (it could not be loaded)"),
+                      HasSubstr("(only files with a whole address"),
+                      HasSubstr("https://a.example/bad.less")));
     EXPECT_THAT(css("@import (optional) \"https://a.example/gone.less\";\na { b: @nope }"),
-                AllOf(HasSubstr("@nope"), Not(HasSubstr("gone"))));
+                AllOf(HasSubstr("@nope"), Not(HasSubstr("Nor could"))));
     serve("https://a.example/wrong.less", "a { b: ");
     EXPECT_THAT(css("@import \"https://a.example/wrong.less\";"), HasSubstr("wrong.less"));
 }
@@ -102,13 +104,8 @@ TEST_F(LessImportsTest, endWhateverTheFilesImport) {
     serve("https://a.example/one.less", "@import \"two.less\"; a { b: c }");
     serve("https://a.example/two.less", "@import \"one.less\"; d { e: f }");
     EXPECT_EQ(css("@import \"https://a.example/one.less\";"), "d{e:f;}a{b:c;}");
-    serve("https://a.example/many.less", "@import (multiple) \"many.less\"; @import (multiple) "
-                                         "\"many.less\";");
-    EXPECT_THAT(css("@import (multiple) \"https://a.example/many.less\";"),
-                HasSubstr("many.less' wasn't found (the style imports too many files)"));
-
     std::string code;
-    for (int i = 0; i < 300; ++i) {
+    for (int i = 0; i < 150; ++i) {
         const std::string name = std::to_string(i);
         serve("https://a.example/deep" + name + ".less",
               "@import \"deep" + std::to_string(i + 1) + ".less\";");
@@ -116,12 +113,12 @@ TEST_F(LessImportsTest, endWhateverTheFilesImport) {
         code += "@import \"https://a.example/wide" + name + ".less\";\n";
     }
     loader.asked.clear();
-    EXPECT_THAT(css(code), AllOf(HasSubstr("wide100.less' wasn't found (the style imports too "
+    EXPECT_THAT(css(code), AllOf(HasSubstr("wide149.less' wasn't found (the style imports too "
                                            "many files)"),
-                                 HasSubstr("and 149 more")));
+                                 HasSubstr("wide100.less (the")));
     EXPECT_THAT(loader.asked, SizeIs(mostImportedFiles));
     EXPECT_THAT(css("@import \"https://a.example/deep0.less\";"),
-                HasSubstr("deep100.less' wasn't"));
+                HasSubstr("deep40.less' wasn't found (the style's imports import too deep)"));
 
     code.clear();
     for (int i = 0; i < 4; ++i) {
@@ -129,9 +126,9 @@ TEST_F(LessImportsTest, endWhateverTheFilesImport) {
         serve(address, "/*" + std::string(3 << 20, ' ') + "*/");
         code += "@import \"" + address + "\";\n";
     }
-    EXPECT_THAT(css(code), AllOf(HasSubstr("large2.less' wasn't found (the style imports too "
+    EXPECT_THAT(css(code), AllOf(HasSubstr("large3.less' wasn't found (the style imports too "
                                            "large files)"),
-                                 HasSubstr("\nhttps://a.example/large3.less")));
+                                 HasSubstr("large2.less (the style imports too large")));
 }
 
 TEST(QtDispatcherTest, startsOtherTasksBesideThoseThatWait) {
