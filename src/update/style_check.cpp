@@ -51,6 +51,14 @@ bool isSameVersion(const styleContainer& a, const styleContainer& b, const check
                                     : areSameAsWritten(a.styleData.sections, b.styleData.sections);
 }
 
+/// Whether the same code was compiled before and could not be this time, as when a file that it
+/// imports cannot be had: no reason to take from the user what there is.
+bool losesCompiledCode(const styleContainer& newer, const styleContainer& stored) {
+    return stored.styleData.compSections && !newer.styleData.compSections &&
+           newer.preprocessor == stored.preprocessor && newer.version == stored.version &&
+           areSameAsWritten(newer.styleData.sections, stored.styleData.sections);
+}
+
 checkResult checkUserCSS(const styleContainer& stored, const checkManner& manner,
                          const checkSurroundings& machine, std::stop_token stop) {
     const std::string address = addressOf(stored, manner);
@@ -77,6 +85,7 @@ checkResult checkUserCSS(const styleContainer& stored, const checkManner& manner
         const auto asRead = newer.userVariables;
         newer = carryOverVariableValues(stored, std::move(newer));
         if (!tellErrors || newer.userVariables != asRead) tellErrors = machine.compile(newer);
+        if (losesCompiledCode(newer, stored)) return {checkOutcome::error};
     }
     return {checkOutcome::updated, std::move(newer), std::move(tellErrors)};
 }

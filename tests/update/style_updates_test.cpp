@@ -125,7 +125,11 @@ TEST_F(StyleUpdatesTest, choosesTheAddressAndNamesByIt) {
 TEST_F(StyleUpdatesTest, nothingChangesOnFailure) {
     CapturedLog quiet;
     serve(1, userCSS("A", "1", "a {}"));
-    begin({userStyle(1), siteStyle(2, "B", "m", "n"), namedStyle("Custom", 3)});
+    serve(4, userCSS("Less", "1\n@preprocessor less", "a {}"));
+    styleContainer less = userStyle(4);
+    less.styleData.compSections = less.styleData.sections;
+    begin({userStyle(1), siteStyle(2, "B", "m", "n"), namedStyle("Custom", 3), less});
+    EXPECT_EQ(check(4), "error") << "its code is the same, but could not be compiled";
     const auto before = store.snapshot().styles;
     loader.responses["https://site.example/styles/chrome/2.json"].body = "{}";
     EXPECT_EQ(check(2), "error");
@@ -138,6 +142,8 @@ TEST_F(StyleUpdatesTest, nothingChangesOnFailure) {
     EXPECT_EQ(check(3), "none");
     updates.checkStyleForUpdate(99);
     EXPECT_EQ(store.snapshot().styles, before);
+    EXPECT_TRUE(stored(4).styleData.compSections);
+    EXPECT_THAT(told, IsEmpty());
     EXPECT_THAT(alerts.alerts, IsEmpty());
     EXPECT_FALSE(updates.isRunning());
 }
