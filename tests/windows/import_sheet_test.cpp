@@ -101,22 +101,6 @@ TEST_F(ImportSheetTest, ShowsWhatTheImportIsAt) {
     EXPECT_EQ(application.store().countStyles(), 1U);
 }
 
-TEST_F(ImportSheetTest, StaysIdleForAStyleThatIsThere) {
-    machine.urls.responses["https://a.example/x.css"].body = "b {}";
-    for (int time = 0; time < 2; ++time) {
-        ASSERT_TRUE(eventually([this] { return !sheet; }));
-        open();
-        QTest::keyClicks(&urlBox(), "https://a.example/x.css");
-        QTest::keyClick(&urlBox(), Qt::Key_Enter);
-        machine.dispatcher.runAll();
-    }
-    ASSERT_TRUE(sheet->isVisible());
-    EXPECT_EQ(shown(), "");
-    EXPECT_TRUE(importButton().isEnabled());
-    EXPECT_EQ(machine.alerts.alerts.back().title, "Duplicate Style");
-    sheet->close();
-}
-
 TEST_F(ImportSheetTest, EscapeAbandonsTheImport) {
     QApplication::clipboard()->setText(" https://a.example/gone.css\n");
     open();
