@@ -85,6 +85,9 @@ checkResult checkUserCSS(const styleContainer& stored, const checkManner& manner
         const auto asRead = newer.userVariables;
         newer = carryOverVariableValues(stored, std::move(newer));
         if (!tellErrors || newer.userVariables != asRead) tellErrors = machine.compile(newer);
+        // The reader leaves out what was compiled since. With the same values and compiled it may
+        // turn out to be what is installed, to the last byte.
+        if (isSameVersion(newer, stored, manner)) return {checkOutcome::upToDate};
         if (losesCompiledCode(newer, stored)) return {checkOutcome::error};
     }
     return {checkOutcome::updated, std::move(newer), std::move(tellErrors)};

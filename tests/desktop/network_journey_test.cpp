@@ -116,14 +116,14 @@ TEST_F(NetworkJourneyTest, InstallsAndUpdatesFromTheSiteFromFilesAndByLinks) {
     EXPECT_EQ(import(server.https("/styles/12/a-slug")), importSheetState::finished);
     install("install/34/a=b");
     install("usercss/" + server.http("/moved.css"));
-    EXPECT_EQ(import(" " + server.https("/dark.user.less") + "\n"), importSheetState::finished);
+    EXPECT_EQ(import(" " + server.http("/dark.user.less") + "\n"), importSheetState::finished);
     EXPECT_THAT(server.requests(), Contains(StartsWith("/styles/chrome/34.json?a=b\t")));
     ASSERT_EQ(styles().size(), 4U);
     EXPECT_EQ(styles().at(0)->userstyleID, 12);
     EXPECT_EQ(styles().at(1)->userstyleID, 34);
     EXPECT_EQ(styles().at(2)->styleData.name, "moved");
     EXPECT_EQ(styles().at(3)->styleData.name, "dark.user");
-    EXPECT_EQ(styles().at(3)->downloadedFrom, server.https("/dark.user.less"));
+    EXPECT_EQ(styles().at(3)->downloadedFrom, server.http("/dark.user.less"));
     EXPECT_THAT(compiled(3), AllOf(HasSubstr("color: #111"), HasSubstr("width: 1")));
     EXPECT_EQ(import(server.https("/styles/12")), importSheetState::failed);
     EXPECT_THAT(alerts.alerts,
@@ -152,17 +152,17 @@ TEST_F(NetworkJourneyTest, TellsEachFailureAndChangesNothing) {
         server.put("x.css", style, how);
         server.put("styles/chrome/5.json", siteStyle("one", ""), how);
         const std::size_t before = shownAlerts();
-        EXPECT_EQ(import(server.https("/x.css")), importSheetState::failed) << how;
+        EXPECT_EQ(import(server.http("/x.css")), importSheetState::failed) << how;
         EXPECT_EQ(import(server.https("/styles/5")), importSheetState::failed) << how;
         application.openLink("tessaril://install/5");
-        application.openLink("tessaril://usercss/" + server.https("/x.css"));
+        application.openLink("tessaril://usercss/" + server.http("/x.css"));
         ASSERT_TRUE(eventually([&] { return shownAlerts() == before + 4; })) << how;
         EXPECT_EQ(alerts.alerts.at(before).title, "Error Getting Style");
         EXPECT_EQ(alerts.alerts.at(before + 1).title, "Error Getting Style");
     }
     server.put("x.css", "b { content: '\xE9' }");
     server.put("styles/chrome/5.json", siteStyle("one", "\xE9"));
-    EXPECT_EQ(import(server.https("/x.css")), importSheetState::failed);
+    EXPECT_EQ(import(server.http("/x.css")), importSheetState::failed);
     EXPECT_EQ(alerts.alerts.back().title, "Error Getting Style");
     EXPECT_EQ(import(server.https("/styles/5")), importSheetState::failed);
     EXPECT_EQ(alerts.alerts.back().title, "JSON Error");
@@ -183,7 +183,7 @@ TEST_F(NetworkJourneyTest, CancelsWhatWaitsForTheServer) {
         };
     };
     auto ticket = application.urlImport().importClicked(
-        server.https("/held.css"), [](auto) { ADD_FAILURE() << "told after it was cancelled"; });
+        server.http("/held.css"), [](auto) { ADD_FAILURE() << "told after it was cancelled"; });
     ASSERT_TRUE(eventually(asked("/held.css")));
     ticket.reset();
 
