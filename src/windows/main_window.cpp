@@ -81,6 +81,11 @@ void MainWindow::bringForward(const std::string& activationToken) {
     show();
     raise();
     activateWindow();
+    // A question that waits for its answer must not lie below.
+    if (QWidget* modal = QApplication::activeModalWidget()) {
+        modal->raise();
+        modal->activateWindow();
+    }
 }
 
 void MainWindow::makeCommands() {

@@ -97,7 +97,7 @@ protected:
     DirectoryResources compilers{TESSARIL_RESOURCES};
     Application application{{files, channel, alerts, tasks, standard, shared, engine, compilers,
                              compilerErrors, extension, externals, loader, pictures, "/container",
-                             ""}};
+                             "", "/container/imports"}};
 };
 
 TEST_F(NetworkJourneyTest, InstallsAndUpdatesFromTheSiteFromFilesAndByLinks) {
