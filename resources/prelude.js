@@ -81,7 +81,7 @@
     Object.assign(global, { window: global, self: global, location, document, XMLHttpRequest });
 
     // Options that Less picks up when it loads. A style is a stranger's text: no script in it runs,
-    // neither inline nor as a plugin.
+    // neither inline nor as a plugin; of imported files the application sees to the latter.
     global.less = {
         env: "production",
         onReady: false, // there is no page whose style sheets wait

@@ -36,6 +36,7 @@ in_session() { # APPEARANCE: within a display and a session bus of its own
     picture "main-window-$appearance"
     pictures_of_list "$appearance"
     pictures_of_sheets "$appearance"
+    pictures_of_updates "$appearance"
     pictures_of_preferences "$appearance"
 }
 
@@ -79,6 +80,46 @@ pictures_of_sheets() { # APPEARANCE
     picture "export-style-$1"
     xdotool key Escape
     back_to_main
+}
+
+# A server on this machine holds its answers back where a picture is to show the waiting.
+pictures_of_updates() { # APPEARANCE
+    local site=$HOME/site port
+    mkdir "$site"
+    cp "$root/examples/calm-reading.user.css" "$site"
+    echo hold >"$site/calm-reading.user.css.how"
+    coproc server { python3 "$root/tests/support/style_site.py" "$site"; }
+    read -r port _ <&"${server[0]}"
+
+    xdotool key ctrl+l
+    shown_window "Import from URL"
+    xdotool type --delay 50 "http://127.0.0.1:$port/calm-reading.user.css"
+    picture "import-url-$1"
+    xdotool key Return
+    picture "import-url-working-$1"
+    touch "$site/release"
+    back_to_main
+    sleep 1
+    rm "$site/release"
+    sed -i 's/^@version .*/@version 99/' "$site/calm-reading.user.css"
+    xdotool key ctrl+u
+    picture "list-checking-$1"
+    touch "$site/release"
+    sleep 2
+    picture "list-updated-$1"
+    xdotool key alt+s
+    sleep 0.5
+    xdotool key s
+    shown_window "Update All Styles"
+    picture "update-sheet-$1"
+    xdotool key Return
+    back_to_main
+    "$program" "tessaril://usercss/http://127.0.0.1:$port/calm-reading.user.css"
+    sleep 2
+    import -window root -crop 820x640+0+0 +repage "$pictures/install-question-$1.png"
+    xdotool key Escape
+    back_to_main
+    exec {server[1]}>&- # ends it
 }
 
 back_to_main() {

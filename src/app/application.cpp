@@ -100,11 +100,13 @@ importSurroundings Application::importing() {
 }
 
 checkSurroundings Application::updateChecks() {
-    return {.site = site,
-            .loader = machine.urls,
-            .compileRefreshing =
-                [this](styleContainer& s) { return importingCompiler.compileRefreshing(s); },
-            .compile = [this](styleContainer& s) { return importingCompiler.compileLoading(s); }};
+    return {
+        .site = site,
+        .loader = machine.urls,
+        .compileRefreshing =
+            [this](styleContainer& s) { return importingCompiler.compileRefreshing(s); },
+        .compile =
+            [this](styleContainer& s) { return importingCompiler.compileFromKept(s).tellErrors; }};
 }
 
 void Application::styleListShown() {

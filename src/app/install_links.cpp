@@ -78,7 +78,7 @@ void InstallLinks::openUserCSS(std::string_view link) {
             auto fetched = urlImport.fetchStyleFromURL(address, addressOrigin::link, stop);
             if (stop.stop_requested()) return;
             if (fetched.alert) machine.alerts.showAlert(fetched.alert->title, fetched.alert->text);
-            if (!fetched.style) return logLine("No style to install at " + address);
+            if (!fetched.style) return logLine("No style to install at " + forLog(address));
             machine.dispatcher.onMain(
                 [this, fetched = std::move(fetched)]() mutable { offer(std::move(fetched)); });
         });

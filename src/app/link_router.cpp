@@ -22,7 +22,7 @@ void LinkRouter::route(std::string_view address) {
     }
     if (target->host == "usercss") return installLinks.openUserCSS(address);
     if (target->host == "install") return installLinks.openInstall(target->path);
-    logLine("Unsupported link: " + std::string(address));
+    logLine("Unsupported link: " + forLog(address));
 }
 
 } // namespace tessaril

@@ -25,11 +25,25 @@ constexpr std::string_view undefined = "undefined"; // the text of the value und
 
 using ErrorHandler = ScriptEngine::ExceptionHandler;
 
+/// Less takes the option against plugins into no file that a style imports, and a plugin is a
+/// stranger's script.
+constexpr std::string_view refusePlugins = R"(
+less.PluginLoader = class {
+    loadPlugin(file) {
+        return Promise.reject({message: `@plugin is not allowed: ${file}`});
+    }
+    loadPluginSync(file) {
+        return {error: {message: `@plugin is not allowed: ${file}`}};
+    }
+};
+)";
+
 constexpr std::string_view renderLess =
     "less.render(str).then(result => {compiled = result.css;}, err => {errorMsg = err;});";
 
 std::optional<std::string> runLess(ScriptContext& context, const ErrorHandler& showError,
                                    const ImportLookup& lookUp, std::vector<std::string>& missing) {
+    context.evaluate(refusePlugins);
     context.evaluate(renderLess);
     importOutcome imports = deliverImports(context, lookUp);
     auto compiled = context.global("compiled");

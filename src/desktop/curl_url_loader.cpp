@@ -24,28 +24,11 @@ using std::chrono::milliseconds;
 constexpr const char* userAgent = "Tessaril/" TESSARIL_VERSION " (user style manager)";
 constexpr const char* protocols = "http,https";
 
+/// Of all redirects of a load together.
+constexpr std::size_t largestSkippedBodies = 4 << 20;
+
 constexpr std::string_view insecure = "http://";
 constexpr std::string_view secure = "https://";
-
-/// Fit for a line of the log: whole characters without control characters, and not too many.
-std::string forLog(std::string_view text) {
-    constexpr std::size_t longest = 300;
-    constexpr std::string_view more = "...";
-    const auto isInside = [&](std::size_t at) { return (text[at] & 0xC0) == 0x80; };
-    std::size_t end = text.size();
-    if (end > longest)
-        for (end = longest; end > 0 && isInside(end);)
-            --end;
-    std::string shown = validUTF8(text.substr(0, end));
-    for (std::size_t at = 0; at < shown.size(); ++at) {
-        const auto byte = static_cast<unsigned char>(shown[at]);
-        if (byte < 0x20 || byte == 0x7F) shown[at] = '?';
-        // U+0080 to U+009F
-        if (byte == 0xC2 && static_cast<unsigned char>(shown[at + 1]) < 0xA0)
-            shown[at] = shown[at + 1] = '?';
-    }
-    return end < text.size() ? shown.append(more) : shown;
-}
 
 /// The port of an address to connect to; 0 where it has none.
 int portOf(const sockaddr& address) {
@@ -191,7 +174,7 @@ private:
     /// Taking less than what came ends the load.
     std::size_t take(std::string_view piece) {
         const long status = answerStatus();
-        if (isRedirect(status)) return piece.size(); // nobody needs that body
+        if (isRedirect(status)) return skip(piece.size());
         if (!isSuccess(status)) {
             hasEnough = true;
             return CURL_WRITEFUNC_ERROR;
@@ -204,6 +187,14 @@ private:
             return CURL_WRITEFUNC_ERROR;
         }
         return piece.size();
+    }
+
+    /// The body of a redirect, which nobody needs.
+    std::size_t skip(std::size_t size) {
+        skipped += size;
+        if (skipped <= largestSkippedBodies) return size;
+        why = "redirects with more than " + std::to_string(largestSkippedBodies) + " bytes";
+        return CURL_WRITEFUNC_ERROR;
     }
 
     static int progressed(void* self, curl_off_t, curl_off_t downloaded, curl_off_t,
@@ -258,6 +249,7 @@ private:
     bool isConfigured = true;
     bool hasEnough = false; ///< of the answer, which was ended then
     bool isAnswered = false;
+    std::size_t skipped = 0; ///< bytes of the bodies of redirects
     int redirects = 0;
     bool headIsWhole = false;
     std::unique_ptr<CURL, handleCloser> handle; ///< the last member: its end may use the others

@@ -24,7 +24,9 @@ std::string siteBase(const Preferences& preferences) {
     std::string address(trimmed(preferences.string(preferenceKeys::siteAddress)));
     while (address.ends_with('/'))
         address.pop_back();
-    return contains(address, "://") ? address : std::string(secure) + address;
+    const std::size_t scheme = address.find("://");
+    if (scheme == std::string::npos) return std::string(secure) + address;
+    return lowercasedASCII(address.substr(0, scheme)) + address.substr(scheme);
 }
 
 std::string_view withoutScheme(std::string_view address) {
@@ -86,7 +88,7 @@ std::variant<styleJSON, ImportErrors> StyleSite::loadStyle(std::string_view addr
     auto text = textFromUTF8(std::move(response->body));
     auto style = text ? decodeStyleJSON(std::move(*text)) : std::nullopt;
     if (style) return std::move(*style);
-    logLine("Error loading " + target->text() + ": not a style of the site");
+    logLine("Error loading " + forLog(target->text()) + ": not a style of the site");
     return ImportErrors::CouldNotDecode;
 }
 

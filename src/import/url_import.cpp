@@ -90,7 +90,8 @@ UrlImport::UrlImport(importSurroundings surroundings, UrlLoader& urlLoader,
     : machine(std::move(surroundings)), loader(urlLoader), site(styleSite) {}
 
 fetchedStyle UrlImport::importSiteStyle(std::string_view address, std::stop_token stop) const {
-    auto loaded = site.loadStyle(address, std::move(stop));
+    std::variant<styleJSON, ImportErrors> loaded;
+    machine.dispatcher.whileWaiting([&] { loaded = site.loadStyle(address, stop); });
     if (const auto* error = std::get_if<ImportErrors>(&loaded)) return {.alert = alertFor(*error)};
     auto& data = std::get<styleJSON>(loaded);
     const std::int64_t id = site.siteStyleID(address).value_or(noUserstyleID);
@@ -103,7 +104,9 @@ fetchedStyle UrlImport::importSiteStyle(std::string_view address, std::stop_toke
 fetchedStyle UrlImport::fetchStyleFromURL(std::string_view address, addressOrigin origin,
                                           std::stop_token stop) const {
     if (!namesStyleFile(address)) return {.alert = alertFor(ImportErrors::InvalidURL)};
-    auto text = loadText(loader, {.address = std::string(address), .stop = stop});
+    std::optional<std::string> text;
+    machine.dispatcher.whileWaiting(
+        [&] { text = loadText(loader, {.address = std::string(address), .stop = stop}); });
     if (!text) return {.alert = alertFor(ImportErrors::CouldNotConnect)};
     if (stop.stop_requested()) return {}; // nothing is compiled for nobody
 

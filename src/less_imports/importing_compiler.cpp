@@ -18,7 +18,7 @@ constexpr std::chrono::seconds mostTime{45};
 
 bool mayReachOwnNetwork(const styleContainer& style) {
     const auto origin = webAddressFrom(style.downloadedFrom);
-    return origin && !hasPublicName(*origin);
+    return origin && isOnOwnNetwork(*origin);
 }
 
 /// The address of the web that Less means; nothing where it is none.
@@ -76,7 +76,6 @@ private:
     importedFile fileAt(const std::string& address) const { return {address, fromOwnNetwork}; }
 
     std::optional<std::string> loaded(const importedFile& file, const std::stop_token& stop) {
-        if (!isRefreshed && files.hasFailedLately(file)) return std::nullopt;
         const auto time = std::chrono::duration_cast<milliseconds>(end - clock::now());
         std::optional<std::string> text;
         if (time > milliseconds::zero() && bytes > 0 && count > 0)

@@ -45,6 +45,7 @@ public:
 
     /// Ends what is being loaded, and loads nothing more; for quitting.
     void stop() { stopping.request_stop(); }
+    bool isStopping() const { return stopping.stop_requested(); }
 
 private:
     class Run;

@@ -29,7 +29,7 @@ void SavingCompiler::loadAndCompile(std::int64_t id) {
         const std::lock_guard lock(mutex);
         awaiting.erase(id);
     }
-    store.recompileStyle(id);
+    if (!compiler.isStopping()) store.recompileStyle(id);
 }
 
 } // namespace tessaril

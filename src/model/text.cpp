@@ -187,6 +187,25 @@ std::string validUTF8(std::string_view bytes) {
     return text;
 }
 
+std::string forLog(std::string_view text) {
+    constexpr std::size_t longest = 300;
+    constexpr std::string_view more = "...";
+    const auto isInside = [&](std::size_t at) { return (text[at] & 0xC0) == 0x80; };
+    std::size_t end = text.size();
+    if (end > longest)
+        for (end = longest; end > 0 && isInside(end);)
+            --end;
+    std::string shown = validUTF8(text.substr(0, end));
+    for (std::size_t at = 0; at < shown.size(); ++at) {
+        const auto byte = static_cast<unsigned char>(shown[at]);
+        if (byte < 0x20 || byte == 0x7F) shown[at] = '?';
+        // U+0080 to U+009F
+        if (byte == 0xC2 && static_cast<unsigned char>(shown[at + 1]) < 0xA0)
+            shown[at] = shown[at + 1] = '?';
+    }
+    return end < text.size() ? shown.append(more) : shown;
+}
+
 std::optional<std::string> textFromUTF8(std::string bytes) {
     if (!isValidUTF8(bytes)) return std::nullopt;
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";

@@ -63,6 +63,10 @@ bool isValidUTF8(std::string_view bytes);
 /// `bytes` as UTF-8: every byte that belongs to no character becomes U+FFFD.
 std::string validUTF8(std::string_view bytes);
 
+/// A stranger's text, fit for a line of the log: whole characters without control characters, and
+/// not too many.
+std::string forLog(std::string_view text);
+
 /// `bytes` as UTF-8 text without a leading byte-order mark; nothing when they are not UTF-8.
 std::optional<std::string> textFromUTF8(std::string bytes);
 

@@ -59,6 +59,15 @@ bool losesCompiledCode(const styleContainer& newer, const styleContainer& stored
            areSameAsWritten(newer.styleData.sections, stored.styleData.sections);
 }
 
+/// For a style whose code is the same as before: what it imports may not be.
+checkResult checkImports(const styleContainer& stored, const checkSurroundings& machine) {
+    if (!stored.styleData.compSections) return {checkOutcome::upToDate};
+    styleContainer again = stored;
+    auto tellErrors = machine.compile(again);
+    if (again.styleData == stored.styleData) return {checkOutcome::upToDate};
+    return {checkOutcome::updated, std::move(again.styleData), std::move(tellErrors)};
+}
+
 checkResult checkUserCSS(const styleContainer& stored, const checkManner& manner,
                          const checkSurroundings& machine, std::stop_token stop) {
     const std::string address = addressOf(stored, manner);
@@ -79,18 +88,27 @@ checkResult checkUserCSS(const styleContainer& stored, const checkManner& manner
         newer.styleData.name = nameFor(address);
     newer.downloadedFrom = stored.downloadedFrom;
     newer.isEnabled = stored.isEnabled;
-    if (isSameVersion(newer, stored, manner)) return {checkOutcome::upToDate};
-
+    if (isSameVersion(newer, stored, manner))
+        return manner.comparesWholeData ? checkResult{checkOutcome::upToDate}
+                                        : checkImports(stored, machine);
     if (manner.keepsVariableValues) {
         const auto asRead = newer.userVariables;
         newer = carryOverVariableValues(stored, std::move(newer));
         if (!tellErrors || newer.userVariables != asRead) tellErrors = machine.compile(newer);
         // The reader leaves out what was compiled since. With the same values and compiled it may
         // turn out to be what is installed, to the last byte.
-        if (isSameVersion(newer, stored, manner)) return {checkOutcome::upToDate};
-        if (losesCompiledCode(newer, stored)) return {checkOutcome::error};
+        if (isSameVersion(newer, stored, manner) && newer.userVariables == stored.userVariables)
+            return {checkOutcome::upToDate};
     }
+    if (losesCompiledCode(newer, stored)) return {checkOutcome::error, {}, std::move(tellErrors)};
     return {checkOutcome::updated, std::move(newer), std::move(tellErrors)};
+}
+
+/// Whether all that a check looks at is as it was; what the user may switch at any time is not.
+bool isUnchanged(const styleContainer& present, const styleContainer& stored) {
+    return present.styleData == stored.styleData && present.version == stored.version &&
+           present.userVariables == stored.userVariables && present.updateURL == stored.updateURL &&
+           present.downloadedFrom == stored.downloadedFrom;
 }
 
 bool land(StyleStore& store, std::int64_t id, checkResult& result) {
@@ -115,11 +133,13 @@ checkOutcome landCheck(StyleStore& store, const styleContainer& stored, checkRes
                        const checkManner& manner) {
     const auto present = store.findStyle(stored.uniqueID);
     if (!present || present->source != stored.source) return checkOutcome::nothingToCheck;
-    if (result.outcome != checkOutcome::updated) return result.outcome;
-    if (!land(store, stored.uniqueID, result)) return checkOutcome::nothingToCheck;
-    if (manner.savesAtOnce) store.saveDatabase();
+    if (result.outcome == checkOutcome::updated) {
+        if (!isUnchanged(*present, stored)) return checkOutcome::outdated;
+        if (!land(store, stored.uniqueID, result)) return checkOutcome::nothingToCheck;
+        if (manner.savesAtOnce) store.saveDatabase();
+    }
     if (result.tellErrors) result.tellErrors();
-    return checkOutcome::updated;
+    return result.outcome;
 }
 
 } // namespace tessaril

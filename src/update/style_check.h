@@ -52,6 +52,7 @@ enum class checkOutcome {
     upToDate,
     error,
     nothingToCheck, ///< the style has no address, or is not there any more
+    outdated,       ///< the style was changed meanwhile; nothing is known of what it is now
 };
 
 /// What a check has found, before anything is changed.
@@ -59,7 +60,8 @@ struct checkResult {
     checkOutcome outcome = checkOutcome::error;
     /// Of an update: the site's document, or the whole style.
     std::variant<std::monostate, styleJSON, styleContainer> newer = {};
-    std::function<void()> tellErrors = {}; ///< the compiler's; may be empty. Main thread only.
+    /// Tells of the compiler's errors; may be empty. Main thread only.
+    std::function<void()> tellErrors = {};
 };
 
 /// Looks for a newer version. Waits for the network, never on the main thread; holds no lock and
@@ -70,7 +72,8 @@ checkResult checkStyle(const styleContainer& stored, const checkManner& manner,
                        const checkSurroundings& machine, std::stop_token stop);
 
 /// Puts a newer version in place, if the style is still there and still of the same source, and
-/// tells of the compiler's errors. Otherwise it is as if nothing had been checked. Main thread
+/// tells of the compiler's errors; otherwise it is as if nothing had been checked. A version of a
+/// style that was edited or updated meanwhile is not put in place, but `outdated`. Main thread
 /// only.
 /// - stored: what was checked
 checkOutcome landCheck(StyleStore& store, const styleContainer& stored, checkResult result,

@@ -23,6 +23,7 @@ std::string_view statusOf(checkOutcome outcome) {
     case checkOutcome::error:
         return updateStatuses::error;
     case checkOutcome::nothingToCheck:
+    case checkOutcome::outdated:
         break;
     }
     return updateStatuses::none;
@@ -100,7 +101,11 @@ void StyleUpdates::start(const std::shared_ptr<const styleContainer>& style) {
         machine.dispatcher.onMain([this, style, result = std::move(result)]() mutable {
             if (stopping.stop_requested()) return;
             --running;
-            end(style->uniqueID, landCheck(machine.store, *style, std::move(result), rowCheck));
+            const auto outcome = landCheck(machine.store, *style, std::move(result), rowCheck);
+            if (outcome == checkOutcome::outdated)
+                waiting.push_front(style->uniqueID); // for a check of what it is now
+            else
+                end(style->uniqueID, outcome);
             startWaiting();
             tellWhetherRunning();
         });

@@ -2,6 +2,7 @@
 
 #include "events/notification_names.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace tessaril {
@@ -24,6 +25,7 @@ void UpdateJob::begin() {
 void UpdateJob::goOn() {
     for (; processed < styles.size(); ++processed) {
         if (isCanceled) return end("Update process was interrupted. " + updatedCount());
+        if (styles[processed]->source == sourceCustom) continue;
         // As it is now, which may not be what it was at the beginning.
         const auto style = machine.store.findStyle(styles[processed]->uniqueID);
         if (style && style->source != sourceCustom) return check(style);
@@ -43,11 +45,11 @@ void UpdateJob::check(const std::shared_ptr<const styleContainer>& style) {
 
 void UpdateJob::complete(const std::shared_ptr<const styleContainer>& style, checkResult result) {
     if (stop.stop_requested()) return;
-    // Or an open window of properties would put the old ones back later.
-    if (result.outcome == checkOutcome::updated)
-        machine.center.post(notifications::closeProperties, style->uniqueID);
     const checkOutcome outcome = landCheck(machine.store, *style, std::move(result), sheetCheck);
+    if (outcome == checkOutcome::outdated) return goOn(); // with what the style is now
     if (outcome == checkOutcome::updated) {
+        // Or an open window of properties would put the old ones back later.
+        machine.center.post(notifications::closeProperties, style->uniqueID);
         ++updated;
         hasUnsavedChanges = true;
         if (isAbandoned) {
@@ -62,7 +64,8 @@ void UpdateJob::complete(const std::shared_ptr<const styleContainer>& style, che
 }
 
 void UpdateJob::report(checkOutcome outcome) {
-    const std::string name = "\"" + styles[processed]->styleData.name + "\"";
+    std::string name = "\"" + styles[processed]->styleData.name + "\"";
+    std::ranges::replace(name, '\n', ' '); // a line each
     switch (outcome) {
     case checkOutcome::upToDate:
         log += name + " is already up-to-date.\n";
@@ -74,6 +77,7 @@ void UpdateJob::report(checkOutcome outcome) {
         log += "An error occurred checking for updates for " + name + ".\n";
         break;
     case checkOutcome::nothingToCheck:
+    case checkOutcome::outdated:
         return;
     }
     progress += step;

@@ -9,12 +9,16 @@
 namespace tessaril {
 
 std::optional<std::string> loadText(UrlLoader& loader, urlRequest request) {
-    // What is no address goes to the loader as it is, which says so.
-    if (const auto address = webAddressFrom(request.address)) request.address = address->text();
+    const auto address = webAddressFrom(request.address);
+    if (!address) {
+        logLine("Error loading " + forLog(request.address) + ": no address of the web");
+        return std::nullopt;
+    }
+    request.address = address->text();
     auto response = loader.load(request);
     if (!response || response->hasFailed) return std::nullopt;
     auto text = textFromUTF8(std::move(response->body));
-    if (!text) logLine("Error loading " + request.address + ": not UTF-8");
+    if (!text) logLine("Error loading " + forLog(request.address) + ": not UTF-8");
     return text;
 }
 

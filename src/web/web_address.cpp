@@ -19,6 +19,10 @@ bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
+bool isControl(char c) {
+    return static_cast<unsigned char>(c) < ' ' || c == 0x7F;
+}
+
 bool isForeign(char c) {
     return static_cast<unsigned char>(c) >= 0x80;
 }
@@ -159,6 +163,41 @@ bool isNumber(std::string_view label) {
     return std::ranges::all_of(label, isDigit) || lowercasedASCII(label).starts_with("0x");
 }
 
+/// In lower case and without the dot that may end it.
+std::string hostOf(const webAddress& address) {
+    std::string host = lowercasedASCII(partsOf(address.authority).host);
+    if (host.ends_with('.')) host.pop_back();
+    return host;
+}
+
+bool isLocalEnding(std::string_view label) {
+    constexpr std::array<std::string_view, 7> localEndings{
+        "localhost", "local", "localdomain", "internal", "lan", "home", "corp"};
+    return std::ranges::find(localEndings, label) != localEndings.end();
+}
+
+/// Of the form "a.b.c.d", in which a leading zero would mean another base.
+bool isOwnIPv4(std::string_view host) {
+    std::array<std::int64_t, 4> bytes{};
+    const auto labels = split(host, ".");
+    if (labels.size() != bytes.size()) return false;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        const auto byte = parseInteger(labels[i]);
+        if (!byte || *byte < 0 || *byte > 255 || std::to_string(*byte) != labels[i]) return false;
+        bytes[i] = *byte;
+    }
+    const auto [a, b, c, d] = bytes;
+    return a == 127 || a == 10 || (a == 172 && b >= 16 && b < 32) || (a == 192 && b == 168) ||
+           (a == 169 && b == 254);
+}
+
+bool isOwnIPv6(std::string_view host) {
+    if (host == "[::1]") return true;
+    if (host.find(':') != 5) return false; // a first group of four digits
+    const std::string_view group = host.substr(1, 4);
+    return group.starts_with("fc") || group.starts_with("fd") || group == "fe80";
+}
+
 } // namespace
 
 std::string webAddress::text() const {
@@ -208,30 +247,31 @@ std::string fileNameOf(const webAddress& address) {
     std::string_view path = address.path;
     while (path.ends_with('/'))
         path.remove_suffix(1);
-    const auto name = percentDecoded(path.substr(path.rfind('/') + 1));
+    auto name = percentDecoded(path.substr(path.rfind('/') + 1));
     if (!name || !isValidUTF8(*name)) return {};
+    std::ranges::replace_if(*name, isControl, ' ');
     const std::size_t dot = name->rfind('.');
-    return dot == 0 ? *name : name->substr(0, dot);
+    return std::string(trimmed(std::string_view(*name).substr(0, dot == 0 ? name->npos : dot)));
 }
 
-bool hasPublicName(const webAddress& address) {
-    constexpr std::array<std::string_view, 8> localEndings{
-        "localhost", "local", "localdomain", "internal", "lan", "home", "corp", "arpa"};
-    std::string host = lowercasedASCII(partsOf(address.authority).host);
-    if (host.ends_with('.')) host.pop_back();
-    const std::size_t dot = host.rfind('.');
-    if (dot == std::string::npos || host.starts_with('[')) return false;
-    if (host.starts_with('.') || contains(host, "..")) return false;
-    const std::string_view last = std::string_view(host).substr(dot + 1);
-    return !last.empty() && !isNumber(last) &&
-           std::ranges::find(localEndings, last) == localEndings.end();
+bool isOnOwnNetwork(const webAddress& address) {
+    const std::string host = hostOf(address);
+    if (host.starts_with('[')) return isOwnIPv6(host);
+    const std::string_view last = std::string_view(host).substr(host.rfind('.') + 1);
+    if (isNumber(last)) return isOwnIPv4(host);
+    return isLocalEnding(last) || !contains(host, ".");
 }
 
 bool isPublicSite(const webAddress& address) {
     const hostAndPort parts = partsOf(address.authority);
     if (address.scheme != "https" || !parts.user.empty()) return false;
     if (!parts.port.empty() && parts.port != "443") return false;
-    return hasPublicName(address);
+    const std::string host = hostOf(address);
+    const std::size_t dot = host.rfind('.');
+    if (dot == std::string::npos || host.starts_with('[')) return false;
+    if (host.starts_with('.') || contains(host, "..")) return false;
+    const std::string_view last = std::string_view(host).substr(dot + 1);
+    return !last.empty() && !isNumber(last) && last != "arpa" && !isLocalEnding(last);
 }
 
 } // namespace tessaril

@@ -36,16 +36,18 @@ std::optional<webAddress> resolvedAddress(const webAddress& base, std::string_vi
 std::optional<webAddress> webAddressFrom(std::string_view typed);
 
 /// The last component of the address's path, decoded and without its extension, which is what
-/// follows its last dot; "dark.user" for "https://a/b/dark.user.css?c". Empty where there is none
-/// or it is not text.
+/// follows its last dot; "dark.user" for "https://a/b/dark.user.css?c". One line, trimmed; empty
+/// where there is none or it is not text.
 std::string fileNameOf(const webAddress& address);
 
-/// Whether the address's host has a public name. Not the numbers of hosts, nor names of one label
-/// or with an ending for local networks.
-bool hasPublicName(const webAddress& address);
+/// Whether the address's host can only be on the user's own machine or network: a name of one label
+/// or with an ending for local networks, or the number of such a host in its usual form (RFC 1918,
+/// 3927, 4193 and 4291). In doubt it is not.
+bool isOnOwnNetwork(const webAddress& address);
 
 /// Whether an icon may be asked for there, though a stranger chose the address: by https at the
-/// usual port, without a user name, at a host that has a public name.
+/// usual port, without a user name, at a host that has a public name. Not the numbers of hosts, nor
+/// names of one label or with an ending for local networks.
 bool isPublicSite(const webAddress& address);
 
 } // namespace tessaril

@@ -1,38 +1,36 @@
 #include "windows/row_motion.h"
 
-#include <QWidget>
+#include "store/style_object.h"
+#include "windows/shown_text.h"
+#include "windows/spinner.h"
 
-#include <chrono>
+#include <QWidget>
 
 namespace tessaril {
 
 namespace {
 
-using namespace std::chrono_literals;
-
-constexpr auto frameTime = 33ms;
-constexpr qint64 fadeIn = 1000;    // milliseconds
-constexpr qint64 revolution = 900; // milliseconds
+constexpr qint64 fadeIn = 1000; // milliseconds
 
 } // namespace
 
 RowMotion::RowMotion(QWidget& rows) {
     clock.start();
     nextFrame.setSingleShot(true);
-    nextFrame.setInterval(frameTime);
+    nextFrame.setInterval(spinnerFrameTime);
     QObject::connect(&nextFrame, &QTimer::timeout, &rows, qOverload<>(&QWidget::update));
 }
 
 void RowMotion::noteStatus(qint64 id, const QString& status) {
-    if (status == "checking")
+    if (status == qtText(updateStatuses::checking))
         checking.insert(id);
-    else if (checking.remove(id) && status == "updated")
+    else if (checking.remove(id) && status == qtText(updateStatuses::updated))
         fading[id].start();
 }
 
-qreal RowMotion::spinnerAngle() {
+qint64 RowMotion::spinnerTime() {
     nextFrame.start();
-    return 360.0 * static_cast<qreal>(clock.elapsed() % revolution) / revolution;
+    return clock.elapsed();
 }
 
 qreal RowMotion::secondLineOpacity(qint64 id) {

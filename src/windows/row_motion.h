@@ -19,8 +19,8 @@ public:
     /// To be told whenever a row's status may have changed.
     void noteStatus(qint64 id, const QString& status);
 
-    /// Where the spinner stands, in degrees.
-    qreal spinnerAngle();
+    /// For how long the spinner has turned, in milliseconds.
+    qint64 spinnerTime();
     /// How far the second line has come, 1 being all of it.
     qreal secondLineOpacity(qint64 id);
 

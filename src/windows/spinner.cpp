@@ -2,23 +2,30 @@
 
 #include <QPainter>
 
-#include <chrono>
-
 namespace tessaril {
 
 namespace {
 
-using namespace std::chrono_literals;
-
-constexpr auto frameTime = 33ms;
 constexpr qint64 revolution = 900; // milliseconds
 constexpr int side = 18;           // logical pixels
 
 } // namespace
 
+void paintSpinner(QPainter& painter, const QRect& place, int size, qint64 time,
+                  const QColor& color) {
+    const qreal turned = 360.0 * static_cast<qreal>(time % revolution) / revolution;
+    QRectF ring(0, 0, size - 4, size - 4);
+    ring.moveCenter(QRectF(place).center());
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(color, 2, Qt::SolidLine, Qt::RoundCap));
+    painter.drawArc(ring, static_cast<int>(-turned * 16), 270 * 16); // three quarters
+    painter.restore();
+}
+
 Spinner::Spinner(QWidget* parent) : QWidget(parent) {
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    nextFrame.setInterval(frameTime);
+    nextFrame.setInterval(spinnerFrameTime);
     connect(&nextFrame, &QTimer::timeout, this, qOverload<>(&QWidget::update));
     clock.start();
 }
@@ -38,14 +45,10 @@ QSize Spinner::sizeHint() const {
 
 void Spinner::paintEvent(QPaintEvent*) {
     if (!isSpinning()) return;
-    const qreal turned = 360.0 * static_cast<qreal>(clock.elapsed() % revolution) / revolution;
     QColor color = palette().color(QPalette::WindowText);
     color.setAlphaF(0.7F);
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(color, 2, Qt::SolidLine, Qt::RoundCap));
-    painter.drawArc(QRectF(rect()).adjusted(2, 2, -2, -2), static_cast<int>(-turned * 16),
-                    270 * 16); // three quarters of a ring
+    paintSpinner(painter, rect(), side, clock.elapsed(), color);
 }
 
 } // namespace tessaril

@@ -4,7 +4,19 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <chrono>
+
+class QPainter;
+
 namespace tessaril {
+
+inline constexpr std::chrono::milliseconds spinnerFrameTime{33};
+
+/// A ring that turns in the middle of `place`.
+/// - side: in logical pixels
+/// - time: for how long it has turned, in milliseconds
+void paintSpinner(QPainter& painter, const QRect& place, int side, qint64 time,
+                  const QColor& color);
 
 /// Turns while something goes on, and leaves its place empty otherwise.
 class Spinner : public QWidget {

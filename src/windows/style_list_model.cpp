@@ -16,10 +16,10 @@ constexpr int mostPictures = 1000;
 /// The second line of a row, which an update check takes over.
 QString secondLineOf(const styleObject& style) {
     const std::string& status = style.updateStatus;
-    if (status == "checking") return "Checking for updates...";
-    if (status == "updated") return "Updated!";
-    if (status == "noupdates") return "Already up-to-date.";
-    if (status == "error") return "Update error.";
+    if (status == updateStatuses::checking) return "Checking for updates...";
+    if (status == updateStatuses::updated) return "Updated!";
+    if (status == updateStatuses::noUpdates) return "Already up-to-date.";
+    if (status == updateStatuses::error) return "Update error.";
     return qtText(style.source);
 }
 

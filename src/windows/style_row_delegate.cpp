@@ -2,6 +2,8 @@
 
 #include "windows/droplet.h"
 #include "windows/line_icons.h"
+#include "windows/shown_text.h"
+#include "windows/spinner.h"
 #include "windows/style_list_model.h"
 
 #include <QAbstractItemView>
@@ -113,23 +115,13 @@ void paintIcon(QPainter& painter, const QStyleOptionViewItem& option, const QMod
 }
 
 /// Three quarters of a ring.
-void paintSpinner(QPainter& painter, const QRect& button, qreal angle, const QColor& color) {
-    QRectF ring(0, 0, buttonPicture - 4, buttonPicture - 4);
-    ring.moveCenter(QRectF(button).center());
-    painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(color, 2, Qt::SolidLine, Qt::RoundCap));
-    painter.drawArc(ring, static_cast<int>(-angle * 16), 270 * 16);
-    painter.restore();
-}
-
 bool isBeingEdited(const QStyleOptionViewItem& option, const QModelIndex& index) {
     const auto* view = qobject_cast<const QAbstractItemView*>(option.widget);
     return view && view->indexWidget(index);
 }
 
 bool isChecking(const QModelIndex& index) {
-    return index.data(StyleListModel::updateStatusRole) == QString("checking");
+    return index.data(StyleListModel::updateStatusRole) == qtText(updateStatuses::checking);
 }
 
 } // namespace
@@ -264,7 +256,7 @@ void StyleRowDelegate::paintButton(QPainter& painter, const QStyleOptionViewItem
     const QRect place = controlRect(control, option);
     const bool unavailable = isChecking(index);
     if (unavailable && control == rowControl::update)
-        return paintSpinner(painter, place, motion.spinnerAngle(), color);
+        return paintSpinner(painter, place, buttonPicture, motion.spinnerTime(), color);
 
     painter.save();
     if (!unavailable && pointedRow == index && pointed == control) {

@@ -6,6 +6,7 @@
 
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QProgressBar>
@@ -81,6 +82,11 @@ void UpdateSheet::showEvent(QShowEvent* event) {
     QDialog::showEvent(event);
     if (std::exchange(hasBegun, true)) return;
     run->begin();
+}
+
+void UpdateSheet::keyPressEvent(QKeyEvent* event) {
+    // A key that is held down is one wish, not five.
+    if (!event->isAutoRepeat()) QDialog::keyPressEvent(event);
 }
 
 void UpdateSheet::reject() {

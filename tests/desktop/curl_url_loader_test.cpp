@@ -53,7 +53,7 @@ protected:
 TEST_F(CurlUrlLoaderTest, GivesWholeBodiesAndWhereTheyCameFrom) {
     server->put("zip.css", "content", "gzip type=text/css");
     server->put("first", "", "redirect=second?x=1");
-    server->put("second", std::string(5'000'000, 'x'), "redirect=" + server->https("/zip.css"));
+    server->put("second", std::string(4'000'000, 'x'), "redirect=" + server->https("/zip.css"));
     server->put("trailers",
                 "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\nTrailer: X-Sum\r\n"
                 "Connection: close\r\n\r\n7\r\ncontent\r\n0\r\nX-Sum: 1\r\n\r\n",
@@ -93,6 +93,7 @@ TEST_F(CurlUrlLoaderTest, RefusesWhatIsNotAWholeAnswerOfTheKindAskedFor) {
              {"closed", "content", "closed", ""},
              {"large", lengthy, "", "a body of more than 1000 bytes"},
              {"huge", lengthy, "huge", "a body of more than 1000 bytes"},
+             {"moved", lengthy, "huge redirect=/large", "redirects with more than"},
              {"bomb", lengthy, "gzip", "a body of more than 1000 bytes"}}) {
         server->put(path, content, how);
         for (const std::string& address : {server->http("/" + path), server->https("/" + path)})
@@ -104,6 +105,7 @@ TEST_F(CurlUrlLoaderTest, RefusesWhatIsNotAWholeAnswerOfTheKindAskedFor) {
         << "ten redirects are followed";
     for (const char* address : {"file:///etc/passwd", "ftp://127.0.0.1/", "", "127.0.0.1"})
         expectFailure({.address = address}, "no address of the web");
+    expectNoText(loader, "http:///127.0.0.1/x", "no address of the web");
     server->put("latin.css", "caf\xE9", "type=text/css;charset=iso-8859-1");
     expectNoText(loader, server->https("/latin.css"), "not UTF-8");
 

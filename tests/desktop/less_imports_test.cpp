@@ -74,11 +74,12 @@ TEST_F(LessImportsTest, resolveAsOnAPageAndCostTheNetworkOnce) {
     EXPECT_TRUE(loader.allForPublicHosts);
     loader.asked.clear();
     EXPECT_THAT(css(code), HasSubstr("a{c:d;e:f;}"));
-    EXPECT_THAT(loader.asked, IsEmpty()) << "what failed is left alone for a while";
+    EXPECT_THAT(loader.taken(), SizeIs(1)) << "only what failed is asked for again";
 
     serve("https://a.example/top.less", "@v: new;");
     loader.responses.erase("https://a.example/x/lib.less");
     EXPECT_THAT(css(code), HasSubstr("e:f;"));
+    loader.taken();
     EXPECT_THAT(css(code, true), AllOf(HasSubstr("c:d;"), HasSubstr("e:new;")));
     EXPECT_THAT(loader.asked, SizeIs(7)) << "each once";
     EXPECT_THAT(css(code), HasSubstr("e:new;"));
@@ -98,6 +99,16 @@ TEST_F(LessImportsTest, nameEveryFileThatCannotBeHad) {
                 AllOf(HasSubstr("@nope"), Not(HasSubstr("Nor could"))));
     serve("https://a.example/wrong.less", "a { b: ");
     EXPECT_THAT(css("@import \"https://a.example/wrong.less\";"), HasSubstr("wrong.less"));
+}
+
+TEST_F(LessImportsTest, runNoScriptOfTheirs) {
+    serve("https://a.example/plugger.less", "@plugin \"plugin.js\"; a { b: ran() }");
+    serve("https://a.example/plugin.js", "functions.add('ran', () => 'it')");
+    serve("https://a.example/inline.less", "a { b: `1 + 1` }");
+    EXPECT_THAT(css("@import \"https://a.example/plugger.less\";"),
+                HasSubstr("@plugin is not allowed: plugin.js"));
+    EXPECT_THAT(css("@import \"https://a.example/inline.less\";"), HasSubstr("JavaScript"));
+    EXPECT_THAT(loader.asked, SizeIs(2)) << "not for the script";
 }
 
 TEST_F(LessImportsTest, endWhateverTheFilesImport) {

@@ -128,7 +128,8 @@ TEST_F(LessImportsTest, aStrangersStyleSeesNothingOfTheOwnNetwork) {
     }
     loader.allForPublicHosts = true;
     loader.responses.clear();
-    for (const char* stranger : {"", "https://a.example/x.user.css", "no address"}) {
+    for (const char* stranger : {"", "https://a.example/x.user.css", "no address",
+                                 "http://8.8.8.8/x.less", "http://evil.8.8.8.8.in-addr.arpa/x"}) {
         EXPECT_EQ(loaded("@" + page, stranger), "") << "not even what is kept";
         styleContainer style = lessStyle("@" + page);
         style.updateURL = "http://localhost/x";

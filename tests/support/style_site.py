@@ -80,7 +80,11 @@ class Handler(http.server.BaseHTTPRequestHandler):
             target = how["redirect"]
             if target in ("http:", "https:"):
                 target = f"{target}//127.0.0.1:{self.ports[target]}{self.path}"
-            self.answer(302, {"Location": target, "Content-Length": "0"}, b"")
+            body = file.read_bytes()
+            fields = {} if "huge" in how else {"Content-Length": str(len(body))}
+            self.answer(302, {"Location": target} | fields, body)
+            while "huge" in how:
+                self.wfile.write(body)
             return
         status = int(how.get("status", 200 if file.is_file() else 404))
         body = file.read_bytes() if file.is_file() else b"missing"

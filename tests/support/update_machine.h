@@ -14,7 +14,7 @@
 namespace tessaril::testing {
 
 /// A store over a network in memory, with a compiler that writes every section's code and the
-/// styles' values into the compiled code.
+/// styles' values into the compiled code, and into compiled sections that there are the library.
 template <typename Tasks = SteppedDispatcher>
 struct UpdateMachine : StoreMachine<Tasks> {
     UpdateMachine() { this->preferences.set(preferenceKeys::siteAddress, "https://site.example"); }
@@ -32,6 +32,7 @@ struct UpdateMachine : StoreMachine<Tasks> {
             values += variable.currentValue.value_or("-");
         for (styleSection& section : style.styleData.sections)
             section.compiledcode = section.code + values;
+        if (style.styleData.compSections) style.styleData.compSections = {{.code = library}};
         const std::lock_guard lock(mutex);
         compilations.push_back(how + style.styleData.name);
         return [this, how] { told.push_back(how); };
@@ -75,6 +76,7 @@ struct UpdateMachine : StoreMachine<Tasks> {
     StyleSite site{loader, this->preferences};
     std::mutex mutex;
     std::vector<std::string> compilations, told;
+    std::string library = "one"; ///< what every style imports
 };
 
 } // namespace tessaril::testing

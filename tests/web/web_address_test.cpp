@@ -63,6 +63,31 @@ TEST(WebAddress, KnowsWhereAStyleMustNotLead) {
           "https://0x7f.1/", "https://a.2130706433/", "https://127.0.0.0x1/", "https://[::1]/",
           "https://example.com:8443/", "https://me@example.com/", "https://example.com@10.0.0.1/"})
         EXPECT_FALSE(isPublic(address)) << address;
+
+    const auto isOwn = [](const std::string& text) {
+        return isOnOwnNetwork(parseWebAddress(text).value());
+    };
+    for (const char* address :
+         {"http://localhost:8000/x", "http://router/", "http://A.LAN./", "http://127.0.0.1:1/",
+          "http://10.1.2.3/", "http://172.31.0.1/", "http://192.168.0.1/", "http://169.254.1.1/",
+          "http://[::1]:80/", "http://[fe80::1]/", "http://[fd00::1]/"})
+        EXPECT_TRUE(isOwn(address)) << address;
+    for (const char* address :
+         {"http://example.com/", "http://8.8.8.8/", "http://172.32.0.1/", "http://134744072/",
+          "http://127.1/", "http://010.0.0.1/", "http://0x7f000001/", "http://127.0.0.1.example/",
+          "http://[2606:4700::1]/", "http://[fd::1]/", "http://evil.8.8.8.8.in-addr.arpa/"})
+        EXPECT_FALSE(isOwn(address)) << address;
+}
+
+TEST(WebAddress, NamesItsFile) {
+    for (const auto& [address, name] : std::map<std::string, std::string>{
+             {"https://a/b/dark.user.css?c=d.e", "dark.user"},
+             {"https://a/b/.css/", ".css"},
+             {"https://a/%C3%BC%20x%0A@version%2010.css", "\xC3\xBC x @version 10"},
+             {"https://a/%20.css", ""},
+             {"https://a/%FF.css", ""},
+             {"https://a/", ""}})
+        EXPECT_EQ(fileNameOf(parseWebAddress(address).value()), name) << address;
 }
 
 } // namespace
