@@ -1,18 +1,10 @@
-#include "desktop/folder_message_channel.h"
-#include "desktop/posix_file_system.h"
 #include "desktop/widget_style.h"
+#include "list_window.h"
 #include "model/database_json.h"
-#include "quiet_machine.h"
 #include "sample_database.h"
-#include "store/new_style.h"
-#include "store/style_list_commands.h"
-#include "windows/main_window.h"
-#include "windows/style_list_view.h"
 
 #include <QApplication>
 #include <QLineEdit>
-#include <QTemporaryDir>
-#include <QWindow>
 
 #include <benchmark/benchmark.h>
 
@@ -28,15 +20,8 @@ using namespace tessaril;
 constexpr std::size_t styleCount = 10'000;
 constexpr std::size_t documentSize = 50'000'000;
 
-class NoIcons : public IconLoader {
-    void setFoundHandler(Found) override {}
-    std::shared_ptr<const siteIcon> known(const styleContainer&) const override { return nullptr; }
-    void fetch(std::span<const std::int64_t>, iconRequest) override {}
-    void setOnScreen(std::vector<std::int64_t>) override {}
-};
-
 /// A container with the document.
-struct LargeContainer {
+struct LargeContainer : bench::Container {
     LargeContainer() {
         const auto bytes = encodeDatabase(bench::sampleDatabase(styleCount, documentSize));
         const std::string_view piece = *bytes;
@@ -44,18 +29,14 @@ struct LargeContainer {
             std::abort();
     }
 
-    QTemporaryDir folder;
-    std::filesystem::path container = folder.path().toStdString();
-    PosixFileSystem files;
+    bench::NoBackground tasks;
+    bench::NoNetwork network;
 };
 
 /// The window over it.
-struct LargeList : LargeContainer {
-    LargeList() {
-        window.show();
-        // Nothing is drawn before the display has shown the window.
-        while (!window.windowHandle()->isExposed())
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+struct LargeList : LargeContainer, bench::ListWindow {
+    LargeList() : ListWindow(*this, tasks, network) {
+        show();
         draw();
     }
 
@@ -65,33 +46,6 @@ struct LargeList : LargeContainer {
         view->viewport()->repaint();
     }
 
-    FolderMessageChannel channel{files, container};
-    bench::NoAlerts alerts;
-    bench::NoBackground dispatcher;
-    NotificationCenter center;
-    bench::NoPreferences stored;
-    Preferences preferences{stored};
-    StyleStore store{{files, channel, alerts, dispatcher, center, preferences, [](auto&) {}},
-                     container};
-    NoIcons icons;
-    StyleList list{store, center, dispatcher, icons};
-    UndoManager undoManager;
-    OpenStyles openStyles{center};
-    StyleIDs updatingStyles, openProperties;
-    StyleListCommands commands{{store, list, center, dispatcher, alerts, undoManager, openStyles,
-                                updatingStyles, openProperties}};
-    NewStyle newStyle{store, list, preferences, center, alerts};
-    MainWindow window{{.list = list,
-                       .listCommands = commands,
-                       .newStyle = newStyle,
-                       .listUndo = undoManager,
-                       .canImport = [] { return false; },
-                       .importFiles = [](const auto&) {},
-                       .openFiles = [](const auto&) {},
-                       .openPreferences = [] {},
-                       .emailSupport = [] {},
-                       .openWebsite = [] {}}};
-    StyleListView* view = window.findChild<StyleListView*>("styleList");
     QLineEdit* filter = window.findChild<QLineEdit*>("filterField");
 };
 
@@ -107,7 +61,8 @@ void buildList(benchmark::State& state) {
 void decodeDocument(benchmark::State& state) {
     for (auto _ : state) {
         state.PauseTiming();
-        auto bytes = world->files.read(world->container / "styledb.sdb");
+        auto bytes =
+            world->LargeContainer::files.read(world->LargeContainer::container / "styledb.sdb");
         state.ResumeTiming();
         auto decoded = decodeDatabase(*std::move(bytes));
         benchmark::DoNotOptimize(decoded);

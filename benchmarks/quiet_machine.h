@@ -3,6 +3,7 @@
 #include "platform/alerts.h"
 #include "platform/dispatcher.h"
 #include "platform/preference_store.h"
+#include "platform/url_loader.h"
 
 #include <cstdlib>
 
@@ -29,6 +30,11 @@ class NoPreferences : public PreferenceStore {
     }
     void setValue(std::string_view, const preferenceValue&) override {}
     void removeValue(std::string_view) override {}
+};
+
+class NoNetwork : public UrlLoader {
+    std::optional<urlResponse> load(const urlRequest&) override { return std::nullopt; }
+    void cancelAll() override {}
 };
 
 } // namespace tessaril::bench

@@ -1,19 +1,13 @@
 #include "desktop/curl_url_loader.h"
-#include "desktop/folder_message_channel.h"
-#include "desktop/posix_file_system.h"
 #include "desktop/qt_dispatcher.h"
 #include "desktop/widget_style.h"
-#include "preferences/preference_keys.h"
-#include "quiet_machine.h"
+#include "list_window.h"
 #include "support/style_site_server.h"
-#include "update/style_updates.h"
 #include "web/loaded_text.h"
-#include "windows/main_window.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
-#include <QTemporaryDir>
 #include <QTimer>
 
 #include <benchmark/benchmark.h>
@@ -39,30 +33,28 @@ std::string styleText(int number, std::string_view version) {
     return text + "}\n";
 }
 
-class NoIcons : public IconLoader {
-    void setFoundHandler(Found) override {}
-    std::shared_ptr<const siteIcon> known(const styleContainer&) const override { return nullptr; }
-    void fetch(std::span<const std::int64_t>, iconRequest) override {}
-    void setOnScreen(std::vector<std::int64_t>) override {}
+struct Machine : bench::Container {
+    testing::StyleSiteServer server;
+    QtDispatcher tasks;
+    CurlUrlLoader network;
 };
 
 /// The list's window over styles that the server has newer versions of.
-struct UpdatedList {
-    UpdatedList() {
+struct UpdatedList : Machine, bench::ListWindow {
+    UpdatedList() : ListWindow(*this, tasks, network) {
         for (int number = 0; number < styleCount; ++number)
             server.put(path(number), styleText(number, "2"), "delay=20");
         reset();
         updates.setObserver([this] {
             if (!updates.isRunning()) ended.quit();
         });
-        window.show();
-        QCoreApplication::processEvents();
+        show();
     }
 
     ~UpdatedList() {
-        dispatcher.finish();
+        tasks.finish();
         store.finishSaves();
-        dispatcher.finish();
+        tasks.finish();
     }
 
     static std::string path(int number) { return std::to_string(number) + ".user.css"; }
@@ -89,46 +81,6 @@ struct UpdatedList {
         if (std::ranges::any_of(store.snapshot().styles, isOld)) std::abort();
     }
 
-    testing::StyleSiteServer server;
-    QTemporaryDir folder;
-    std::filesystem::path container = folder.path().toStdString();
-    PosixFileSystem files;
-    FolderMessageChannel channel{files, container};
-    bench::NoAlerts alerts;
-    QtDispatcher dispatcher;
-    NotificationCenter center;
-    bench::NoPreferences stored;
-    Preferences preferences{stored};
-    StyleStore store{{files, channel, alerts, dispatcher, center, preferences, [](auto&) {}},
-                     container};
-    NoIcons icons;
-    StyleList list{store, center, dispatcher, icons};
-    UndoManager undoManager;
-    OpenStyles openStyles{center};
-    StyleIDs updatingStyles, openProperties;
-    StyleListCommands commands{{store, list, center, dispatcher, alerts, undoManager, openStyles,
-                                updatingStyles, openProperties}};
-    NewStyle newStyle{store, list, preferences, center, alerts};
-    MainWindow window{{.list = list,
-                       .listCommands = commands,
-                       .newStyle = newStyle,
-                       .listUndo = undoManager,
-                       .canImport = [] { return false; },
-                       .importFiles = [](const auto&) {},
-                       .openFiles = [](const auto&) {},
-                       .openPreferences = [] {},
-                       .emailSupport = [] {},
-                       .openWebsite = [] {}}};
-    CurlUrlLoader loader;
-    StyleSite site{loader, preferences};
-    QuietCompile compile = [](styleContainer&) { return [] {}; };
-    StyleUpdates updates{{store,
-                          list,
-                          center,
-                          dispatcher,
-                          alerts,
-                          updatingStyles,
-                          {site, loader, compile, compile}}};
     QEventLoop ended;
 };
 
