@@ -86,7 +86,8 @@ pictures_of_sheets() { # APPEARANCE
 pictures_of_updates() { # APPEARANCE
     local site=$HOME/site port
     mkdir "$site"
-    cp "$root/examples/calm-reading.user.css" "$site"
+    sed 's/^@name .*/@name Calm Evenings/' "$root/examples/calm-reading.user.css" \
+        >"$site/calm-reading.user.css"
     echo hold >"$site/calm-reading.user.css.how"
     coproc server { python3 "$root/tests/support/style_site.py" "$site"; }
     read -r port _ <&"${server[0]}"
