@@ -66,13 +66,8 @@ struct ListWindow {
                                 updatingStyles, openProperties}};
     NewStyle newStyle{store, list, preferences, center, alerts};
     StyleSite site{loader, preferences};
-    StyleUpdates updates{{store,
-                          list,
-                          center,
-                          dispatcher,
-                          alerts,
-                          updatingStyles,
-                          {site, loader, compile, compile}}};
+    StyleUpdates updates{
+        {store, list, center, dispatcher, alerts, updatingStyles, {site, loader, compile}}};
     MainWindow window{{.list = list,
                        .listCommands = commands,
                        .newStyle = newStyle,

@@ -103,10 +103,8 @@ checkSurroundings Application::updateChecks() {
     return {
         .site = site,
         .loader = machine.urls,
-        .compileRefreshing =
-            [this](styleContainer& s) { return importingCompiler.compileRefreshing(s); },
-        .compile =
-            [this](styleContainer& s) { return importingCompiler.compileFromKept(s).tellErrors; }};
+        .compile = [this](styleContainer& s) { return importingCompiler.compileRefreshing(s); },
+    };
 }
 
 void Application::styleListShown() {

@@ -1,5 +1,6 @@
 #include "less_imports/importing_compiler.h"
 
+#include "model/text.h"
 #include "web/web_address.h"
 
 #include <chrono>
@@ -17,8 +18,12 @@ using std::chrono::milliseconds;
 constexpr std::chrono::seconds mostTime{45};
 
 bool mayReachOwnNetwork(const styleContainer& style) {
-    const auto origin = webAddressFrom(style.downloadedFrom);
-    return origin && isOnOwnNetwork(*origin);
+    const auto isOwn = [](const std::string& written) {
+        const auto address = webAddressFrom(written);
+        return address && isOnOwnNetwork(*address);
+    };
+    const std::string updateAddress = style.updateURL.value_or("");
+    return isOwn(style.downloadedFrom) && (trimmed(updateAddress).empty() || isOwn(updateAddress));
 }
 
 /// The address of the web that Less means; nothing where it is none.

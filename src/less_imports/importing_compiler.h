@@ -16,7 +16,7 @@ namespace tessaril {
 /// Styles are strangers' texts, and what they import becomes part of pages. So their imports reach
 /// hosts on the public internet only. A style that was downloaded from an address without a public
 /// name (`downloadedFrom`), as on a developer's machine, came from the user's own network and may
-/// import from there. A style's `updateURL` does not count: its author has written it.
+/// import from there, unless its `updateURL` leads elsewhere.
 ///
 /// Safe to use from any thread.
 class ImportingCompiler {

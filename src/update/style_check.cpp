@@ -61,7 +61,7 @@ bool losesCompiledCode(const styleContainer& newer, const styleContainer& stored
 
 /// For a style whose code is the same as before: what it imports may not be.
 checkResult checkImports(const styleContainer& stored, const checkSurroundings& machine) {
-    if (!stored.styleData.compSections) return {checkOutcome::upToDate};
+    if (lowercasedASCII(stored.preprocessor) != "less") return {checkOutcome::upToDate};
     styleContainer again = stored;
     auto tellErrors = machine.compile(again);
     if (again.styleData == stored.styleData) return {checkOutcome::upToDate};
@@ -80,7 +80,7 @@ checkResult checkUserCSS(const styleContainer& stored, const checkManner& manner
                                      .compileStyle =
                                          [&](styleContainer& style) {
                                              style.downloadedFrom = stored.downloadedFrom;
-                                             tellErrors = machine.compileRefreshing(style);
+                                             tellErrors = machine.compile(style);
                                          }});
     if (!read) return {checkOutcome::error};
     styleContainer newer = std::move(*read);
@@ -94,7 +94,14 @@ checkResult checkUserCSS(const styleContainer& stored, const checkManner& manner
     if (manner.keepsVariableValues) {
         const auto asRead = newer.userVariables;
         newer = carryOverVariableValues(stored, std::move(newer));
-        if (!tellErrors || newer.userVariables != asRead) tellErrors = machine.compile(newer);
+        if (!tellErrors || newer.userVariables != asRead) {
+            const bool isCompilable = newer.styleData.compSections.has_value();
+            newer.styleData.compSections.reset(); // of the author's values
+            tellErrors = machine.compile(newer);
+            // With the user's values it is not: what there is serves the user better.
+            if (isCompilable && !newer.styleData.compSections)
+                return {checkOutcome::error, {}, std::move(tellErrors)};
+        }
         // The reader leaves out what was compiled since. With the same values and compiled it may
         // turn out to be what is installed, to the last byte.
         if (isSameVersion(newer, stored, manner) && newer.userVariables == stored.userVariables)

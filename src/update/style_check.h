@@ -41,9 +41,7 @@ inline constexpr checkManner sheetCheck{.asksUpdateAddress = false,
 struct checkSurroundings {
     const StyleSite& site;
     UrlLoader& loader;
-    /// Compiles what was downloaded, fetching anew what its code imports.
-    QuietCompile compileRefreshing;
-    /// Compiles it once more with the user's values.
+    /// Fetches anew what the code imports, which depends on the values of the variables.
     QuietCompile compile;
 };
 

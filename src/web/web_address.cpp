@@ -257,6 +257,7 @@ std::string fileNameOf(const webAddress& address) {
 bool isOnOwnNetwork(const webAddress& address) {
     const std::string host = hostOf(address);
     if (host.starts_with('[')) return isOwnIPv6(host);
+    if (std::ranges::any_of(host, isForeign)) return false; // other scripts have dots of their own
     const std::string_view last = std::string_view(host).substr(host.rfind('.') + 1);
     if (isNumber(last)) return isOwnIPv4(host);
     return isLocalEnding(last) || !contains(host, ".");

@@ -114,7 +114,6 @@ void paintIcon(QPainter& painter, const QStyleOptionViewItem& option, const QMod
     painter.drawPixmap(place, picture);
 }
 
-/// Three quarters of a ring.
 bool isBeingEdited(const QStyleOptionViewItem& option, const QModelIndex& index) {
     const auto* view = qobject_cast<const QAbstractItemView*>(option.widget);
     return view && view->indexWidget(index);

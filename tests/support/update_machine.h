@@ -14,16 +14,15 @@
 namespace tessaril::testing {
 
 /// A store over a network in memory, with a compiler that writes every section's code and the
-/// styles' values into the compiled code, and into compiled sections that there are the library.
+/// styles' values into the compiled code, and of Less styles the library into compiled sections.
 template <typename Tasks = SteppedDispatcher>
 struct UpdateMachine : StoreMachine<Tasks> {
     UpdateMachine() { this->preferences.set(preferenceKeys::siteAddress, "https://site.example"); }
 
     checkSurroundings checks() {
-        return {.site = site,
-                .loader = loader,
-                .compileRefreshing = [this](auto& s) { return compiled(s, "refreshing "); },
-                .compile = [this](auto& s) { return compiled(s, "compile "); }};
+        return {.site = site, .loader = loader, .compile = [this](auto& s) {
+                    return compiled(s, "compile ");
+                }};
     }
 
     std::function<void()> compiled(styleContainer& style, const std::string& how) {
@@ -32,7 +31,8 @@ struct UpdateMachine : StoreMachine<Tasks> {
             values += variable.currentValue.value_or("-");
         for (styleSection& section : style.styleData.sections)
             section.compiledcode = section.code + values;
-        if (style.styleData.compSections) style.styleData.compSections = {{.code = library}};
+        if (style.preprocessor == "less" && values != failing)
+            style.styleData.compSections = {{.code = library}};
         const std::lock_guard lock(mutex);
         compilations.push_back(how + style.styleData.name);
         return [this, how] { told.push_back(how); };
@@ -76,7 +76,8 @@ struct UpdateMachine : StoreMachine<Tasks> {
     StyleSite site{loader, this->preferences};
     std::mutex mutex;
     std::vector<std::string> compilations, told;
-    std::string library = "one"; ///< what every style imports
+    std::string library = "one";        ///< what every Less style imports
+    std::optional<std::string> failing; ///< the values with which none can be compiled
 };
 
 } // namespace tessaril::testing

@@ -90,7 +90,7 @@ TEST_F(StyleUpdatesTest, aUserCSSStyleIsReplacedButKeepsWhatTheUserSet) {
     EXPECT_EQ(list.styles()[0]->name, "Renamed");
     EXPECT_THAT(icons.asked, ElementsAre(std::pair(1, iconRequest::rulesChanged)));
     EXPECT_EQ(written().styles.at(0).styleData, now.styleData);
-    EXPECT_THAT(compilations, ElementsAre("refreshing Renamed", "compile Renamed"));
+    EXPECT_THAT(compilations, ElementsAre("compile Renamed", "compile Renamed"));
     EXPECT_THAT(told, ElementsAre("compile ")) << "errors are told once";
 
     told.clear();
@@ -132,7 +132,7 @@ TEST_F(StyleUpdatesTest, nothingChangesOnFailure) {
     serve(1, userCSS("A", "1", "a {}"));
     serve(4, userCSS("Less", "1\n@preprocessor less", "a {}"));
     styleContainer less = userStyle(4);
-    less.styleData.compSections = less.styleData.sections;
+    failing = ""; // without values
     begin({userStyle(1), siteStyle(2, "B", "m", "n"), namedStyle("Custom", 3), less});
     EXPECT_EQ(check(4), "error") << "its code is the same, but could not be compiled";
     const auto before = store.snapshot().styles;
@@ -148,7 +148,7 @@ TEST_F(StyleUpdatesTest, nothingChangesOnFailure) {
     updates.checkStyleForUpdate(99);
     EXPECT_EQ(store.snapshot().styles, before);
     EXPECT_TRUE(stored(4).styleData.compSections);
-    EXPECT_THAT(told, ElementsAre("refreshing ")) << "why it could not be compiled";
+    EXPECT_THAT(told, ElementsAre("compile ")) << "why it could not be compiled";
     EXPECT_THAT(alerts.alerts, IsEmpty());
     EXPECT_FALSE(updates.isRunning());
 }
@@ -243,6 +243,21 @@ TEST_F(StyleUpdatesTest, aStyleThatIsChangedMeanwhileIsCheckedAgain) {
     EXPECT_EQ(stored(1).userVariables->at(0).currentValue, "mine");
     EXPECT_FALSE(stored(1).isEnabled);
     EXPECT_THAT(told, SizeIs(1));
+}
+
+TEST_F(StyleUpdatesTest, aVersionThatFailsWithTheUsersValuesIsNotTaken) {
+    serve(1, userCSS("A", "1\n@preprocessor less", "a {}", "red"));
+    styleContainer style = userStyle(1);
+    style.userVariables->at(0).currentValue = "mine";
+    begin({style});
+    serve(1, userCSS("A", "2\n@preprocessor less", "b {}", "red"));
+    failing = "mine";
+    EXPECT_EQ(check(1), "error");
+    EXPECT_EQ(stored(1), style);
+    EXPECT_THAT(told, SizeIs(1));
+    failing.reset();
+    EXPECT_EQ(check(1), "updated");
+    EXPECT_EQ(stored(1).userVariables->at(0).currentValue, "mine");
 }
 
 TEST_F(StyleUpdatesTest, whatIsQueuedEndsSilentlyWhenTheApplicationQuits) {
