@@ -1,7 +1,7 @@
 #pragma once
 
-#include "web/web_address.h"
 #include "model/style_container.h"
+#include "web/web_address.h"
 
 #include <optional>
 #include <string>
