@@ -81,7 +81,6 @@ public:
     /// The checks for newer versions, in the list's rows and in a sheet.
     StyleUpdates& styleUpdates() { return rowUpdates; }
     UpdateRuns& updateRuns() { return sheetUpdates; }
-    const LaunchUpdate& launchUpdate() const { return updateOnLaunch; }
     const OpenStyles& openStyles() const { return stylesOpenInEditors; }
 
     /// What the Preferences window works on. `preferenceSync` and `cloudSwitch` wait for the cloud:

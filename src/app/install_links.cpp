@@ -1,5 +1,6 @@
 #include "app/install_links.h"
 
+#include "model/ascii.h"
 #include "model/log.h"
 #include "model/text.h"
 
@@ -19,33 +20,26 @@ constexpr std::string_view installErrorText =
 constexpr const char* questionText =
     "A URL is trying to install a style. Would you like to allow this?";
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
 /// Whether the host of an address may hold `c` (RFC 3986): unreserved, sub-delims, "[", "]", ":".
 bool isHostCharacter(char c) {
     constexpr std::string_view others = "-._~!$&'()*+,;=[]:";
-    return isDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-           others.find(c) != std::string_view::npos;
+    return isASCIIDigit(c) || isASCIILetter(c) || others.find(c) != std::string_view::npos;
 }
 
 std::string encodedForHost(std::string_view text) {
-    constexpr std::string_view hexDigits = "0123456789ABCDEF";
     std::string encoded;
     for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
         if (isHostCharacter(c))
             encoded += c;
         else
-            encoded += {'%', hexDigits[byte >> 4], hexDigits[byte & 15]};
+            appendPercentEncoded(encoded, c);
     }
     return encoded;
 }
 
 std::optional<std::int64_t> styleNumberIn(std::string_view path) {
     for (const std::string_view component : split(path, "/")) {
-        if (component.empty() || !std::ranges::all_of(component, isDigit)) continue;
+        if (component.empty() || !std::ranges::all_of(component, isASCIIDigit)) continue;
         if (const auto number = parseInteger(component)) return number;
     }
     const auto numbers = numbersIn(path);

@@ -1,5 +1,6 @@
 #include "app/link.h"
 
+#include "model/ascii.h"
 #include "model/text.h"
 
 #include <algorithm>
@@ -8,15 +9,11 @@ namespace tessaril {
 
 namespace {
 
-bool isLetter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
 bool isScheme(std::string_view text) {
     const auto mayFollow = [](char c) {
-        return isLetter(c) || (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.';
+        return isASCIILetter(c) || isASCIIDigit(c) || c == '+' || c == '-' || c == '.';
     };
-    return !text.empty() && isLetter(text.front()) && std::ranges::all_of(text, mayFollow);
+    return !text.empty() && isASCIILetter(text.front()) && std::ranges::all_of(text, mayFollow);
 }
 
 bool isForbidden(char c) {

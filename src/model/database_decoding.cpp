@@ -1,3 +1,4 @@
+#include "model/ascii.h"
 #include "model/database_fields.h"
 #include "model/database_json.h"
 #include "model/json_string.h"
@@ -15,16 +16,12 @@ namespace ondemand = simdjson::ondemand;
 
 constexpr int deepestChecked = 256;
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
 /// RFC 8259's grammar of a number, of any magnitude.
 bool isNumber(std::string_view token) {
     std::size_t at = 0;
     const auto digits = [&] {
         const std::size_t start = at;
-        while (at < token.size() && isDigit(token[at]))
+        while (at < token.size() && isASCIIDigit(token[at]))
             ++at;
         return at - start;
     };

@@ -1,5 +1,6 @@
 #include "web/web_address.h"
 
+#include "model/ascii.h"
 #include "model/text.h"
 
 #include <algorithm>
@@ -8,16 +9,6 @@
 namespace tessaril {
 
 namespace {
-
-constexpr std::string_view hexDigits = "0123456789ABCDEF";
-
-bool isLetter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 bool isControl(char c) {
     return static_cast<unsigned char>(c) < ' ' || c == 0x7F;
@@ -33,7 +24,7 @@ bool isOneOf(char c, std::string_view chars) {
 
 /// Unreserved characters and those that separate within a part.
 bool isPlain(char c) {
-    return isLetter(c) || isDigit(c) || isOneOf(c, "-._~!$&'()*+,;=");
+    return isASCIILetter(c) || isASCIIDigit(c) || isOneOf(c, "-._~!$&'()*+,;=");
 }
 
 bool isPathCharacter(char c) {
@@ -54,12 +45,10 @@ std::string encodedPath(std::string_view text) {
     std::string encoded;
     for (std::size_t at = 0; at < text.size(); ++at) {
         const char c = text[at];
-        if (isPathCharacter(c) || isEscape(text.substr(at))) {
+        if (isPathCharacter(c) || isEscape(text.substr(at)))
             encoded += c;
-            continue;
-        }
-        const auto byte = static_cast<unsigned char>(c);
-        encoded += {'%', hexDigits[byte >> 4], hexDigits[byte & 15]};
+        else
+            appendPercentEncoded(encoded, c);
     }
     return encoded;
 }
@@ -95,14 +84,15 @@ bool isHost(std::string_view host) {
 
 bool isAuthority(std::string_view authority) {
     const hostAndPort parts = partsOf(authority);
-    return isHost(parts.host) && isPath(parts.user) && std::ranges::all_of(parts.port, isDigit);
+    return isHost(parts.host) && isPath(parts.user) &&
+           std::ranges::all_of(parts.port, isASCIIDigit);
 }
 
 /// The length of a leading scheme without its colon; 0 where there is none.
 std::size_t schemeLength(std::string_view text) {
-    if (text.empty() || !isLetter(text.front())) return 0;
+    if (text.empty() || !isASCIILetter(text.front())) return 0;
     const auto end = std::ranges::find_if_not(
-        text, [](char c) { return isLetter(c) || isDigit(c) || isOneOf(c, "+-."); });
+        text, [](char c) { return isASCIILetter(c) || isASCIIDigit(c) || isOneOf(c, "+-."); });
     if (end == text.end() || *end != ':') return 0;
     return static_cast<std::size_t>(end - text.begin());
 }
@@ -160,7 +150,7 @@ std::string_view withoutFragment(std::string_view text) {
 }
 
 bool isNumber(std::string_view label) {
-    return std::ranges::all_of(label, isDigit) || lowercasedASCII(label).starts_with("0x");
+    return std::ranges::all_of(label, isASCIIDigit) || lowercasedASCII(label).starts_with("0x");
 }
 
 /// In lower case and without the dot that may end it.
