@@ -23,7 +23,8 @@ Application::Application(applicationSurroundings surroundings)
     , compiler(machine.scripts, machine.resources, machine.alerts, machine.compilerErrors)
     , importedFiles(machine.urls, machine.files, machine.importFolder)
     , importingCompiler(compiler, importedFiles, machine.dispatcher)
-    , savingCompiler(importingCompiler, styleStore, machine.dispatcher)
+    , savingCompiler(importingCompiler, styleStore, machine.dispatcher, machine.files,
+                     machine.importFolder)
     , styleStore({.files = machine.files,
                   .channel = machine.channel,
                   .alerts = machine.alerts,
@@ -103,7 +104,7 @@ checkSurroundings Application::updateChecks() {
     return {
         .site = site,
         .loader = machine.urls,
-        .compile = [this](styleContainer& s) { return importingCompiler.compileRefreshing(s); },
+        .newCompile = [this] { return importingCompiler.refreshing(); },
     };
 }
 
@@ -113,6 +114,7 @@ void Application::styleListShown() {
 }
 
 void Application::runLaunchChecks() {
+    savingCompiler.resume();
     if (standard.boolean(preferenceKeys::isFirstLaunch)) {
         standard.set(preferenceKeys::isFirstLaunch, false);
         return;

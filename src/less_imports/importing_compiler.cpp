@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <map>
+#include <memory>
 #include <utility>
 
 namespace tessaril {
@@ -17,15 +18,6 @@ using std::chrono::milliseconds;
 /// For all files of a style.
 constexpr std::chrono::seconds mostTime{45};
 
-bool mayReachOwnNetwork(const styleContainer& style) {
-    const auto isOwn = [](const std::string& written) {
-        const auto address = webAddressFrom(written);
-        return address && isOnOwnNetwork(*address);
-    };
-    const std::string updateAddress = style.updateURL.value_or("");
-    return isOwn(style.downloadedFrom) && (trimmed(updateAddress).empty() || isOwn(updateAddress));
-}
-
 /// The address of the web that Less means; nothing where it is none.
 std::optional<std::string> webAddressOf(const std::string& written) {
     // Less keeps addresses without a scheme, which take that of the page.
@@ -35,11 +27,22 @@ std::optional<std::string> webAddressOf(const std::string& written) {
 
 } // namespace
 
+bool mayImportFromOwnNetwork(const styleContainer& style) {
+    const auto isOwn = [](const std::string& written) {
+        const auto address = webAddressFrom(written);
+        return address && isOnOwnNetwork(*address);
+    };
+    const std::string updateAddress = style.updateURL.value_or("");
+    return isOwn(style.downloadedFrom) && (trimmed(updateAddress).empty() || isOwn(updateAddress));
+}
+
 /// The files of one style while it is compiled, be it several times.
 class ImportingCompiler::Run {
 public:
     Run(ImportedFiles& importedFiles, const styleContainer& style, bool refreshed)
-        : files(importedFiles), fromOwnNetwork(mayReachOwnNetwork(style)), isRefreshed(refreshed) {}
+        : files(importedFiles)
+        , fromOwnNetwork(mayImportFromOwnNetwork(style))
+        , isRefreshed(refreshed) {}
 
     ImportLookup lookUp() {
         return [this](const std::string& written) -> std::optional<std::string> {
@@ -110,9 +113,11 @@ std::function<void()> ImportingCompiler::compileLoading(styleContainer& style) {
     return compileWith(run, style);
 }
 
-std::function<void()> ImportingCompiler::compileRefreshing(styleContainer& style) {
-    Run run(files, style, true);
-    return compileWith(run, style);
+QuietCompile ImportingCompiler::refreshing() {
+    return [this, run = std::shared_ptr<Run>()](styleContainer& style) mutable {
+        if (!run) run = std::make_shared<Run>(files, style, true);
+        return compileWith(*run, style);
+    };
 }
 
 ImportingCompiler::keptCompilation ImportingCompiler::compileFromKept(styleContainer& style) {

@@ -10,13 +10,17 @@
 
 namespace tessaril {
 
+/// Whether what the style imports may come from the user's own network; see below.
+bool mayImportFromOwnNetwork(const styleContainer& style);
+
 /// Compiles styles, for Less with the files that it imports by their addresses. The compiler itself
 /// reads only what is kept or was loaded before; it is run again when there is more.
 ///
 /// Styles are strangers' texts, and what they import becomes part of pages. So their imports reach
 /// hosts on the public internet only. A style that was downloaded from an address without a public
 /// name (`downloadedFrom`), as on a developer's machine, came from the user's own network and may
-/// import from there, unless its `updateURL` leads elsewhere.
+/// import from there, unless its `updateURL` leads elsewhere. What such a style imports, directly
+/// or not, is trusted as it is; so is the address that an imported database gives.
 ///
 /// Safe to use from any thread.
 class ImportingCompiler {
@@ -28,9 +32,9 @@ public:
     /// only.
     [[nodiscard]] std::function<void()> compileLoading(styleContainer& style);
 
-    /// The same, but all files are loaded anew; one that cannot be had now is the one that was
-    /// kept.
-    [[nodiscard]] std::function<void()> compileRefreshing(styleContainer& style);
+    /// The same, but all files are loaded anew, each once, however often it is called; one that
+    /// cannot be had now is the one that was kept. For one style, on one thread.
+    [[nodiscard]] QuietCompile refreshing();
 
     struct keptCompilation {
         std::function<void()> tellErrors;

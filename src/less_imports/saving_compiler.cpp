@@ -1,12 +1,26 @@
 #include "less_imports/saving_compiler.h"
 
+#include "model/text.h"
+
+#include <string>
 #include <utility>
 
 namespace tessaril {
 
+namespace {
+
+constexpr const char* markExtension = ".unfinished";
+
+} // namespace
+
 SavingCompiler::SavingCompiler(ImportingCompiler& importing, StyleStore& styleStore,
-                               Dispatcher& taskDispatcher)
-    : compiler(importing), store(styleStore), dispatcher(taskDispatcher) {}
+                               Dispatcher& taskDispatcher, FileSystem& fileSystem,
+                               std::filesystem::path markFolder)
+    : compiler(importing)
+    , store(styleStore)
+    , dispatcher(taskDispatcher)
+    , files(fileSystem)
+    , folder(std::move(markFolder)) {}
 
 std::function<void()> SavingCompiler::compile(styleContainer& style) {
     auto result = compiler.compileFromKept(style);
@@ -14,10 +28,22 @@ std::function<void()> SavingCompiler::compile(styleContainer& style) {
     return [this, id = style.uniqueID] { loadLater(id); };
 }
 
+void SavingCompiler::resume() {
+    if (folder.empty()) return;
+    for (const fileEntry& file : files.list(folder))
+        if (file.path.extension() == markExtension)
+            if (const auto id = parseInteger(file.path.stem().native())) loadLater(*id);
+}
+
+std::filesystem::path SavingCompiler::markOf(std::int64_t id) const {
+    return folder / (std::to_string(id) + markExtension);
+}
+
 void SavingCompiler::loadLater(std::int64_t id) {
     {
         const std::lock_guard lock(mutex);
         if (!awaiting.insert(id).second) return;
+        if (!folder.empty()) files.overwrite(markOf(id), "");
     }
     dispatcher.inBackground(taskPriority::background, [this, id] { loadAndCompile(id); });
 }
@@ -29,7 +55,10 @@ void SavingCompiler::loadAndCompile(std::int64_t id) {
         const std::lock_guard lock(mutex);
         awaiting.erase(id);
     }
-    if (!compiler.isStopping()) store.recompileStyle(id);
+    if (compiler.isStopping()) return;
+    store.recompileStyle(id);
+    const std::lock_guard lock(mutex);
+    if (!awaiting.contains(id) && !folder.empty()) files.remove(markOf(id));
 }
 
 } // namespace tessaril

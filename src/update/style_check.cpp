@@ -2,6 +2,7 @@
 
 #include "formats/moz_document.h"
 #include "formats/user_css_reader.h"
+#include "less_imports/importing_compiler.h"
 #include "model/text.h"
 #include "update/carry_over.h"
 #include "web/loaded_text.h"
@@ -51,21 +52,42 @@ bool isSameVersion(const styleContainer& a, const styleContainer& b, const check
                                     : areSameAsWritten(a.styleData.sections, b.styleData.sections);
 }
 
-/// Whether the same code was compiled before and could not be this time, as when a file that it
-/// imports cannot be had: no reason to take from the user what there is.
+bool isSameCode(const styleContainer& a, const styleContainer& b) {
+    return a.preprocessor == b.preprocessor && a.version == b.version &&
+           areSameAsWritten(a.styleData.sections, b.styleData.sections);
+}
+
+bool isLess(const styleContainer& style) {
+    return lowercasedASCII(style.preprocessor) == "less";
+}
+
+/// Whether code of the same language was compiled before and could not be this time, as when a file
+/// that it imports cannot be had.
 bool losesCompiledCode(const styleContainer& newer, const styleContainer& stored) {
-    return stored.styleData.compSections && !newer.styleData.compSections &&
-           newer.preprocessor == stored.preprocessor && newer.version == stored.version &&
-           areSameAsWritten(newer.styleData.sections, stored.styleData.sections);
+    const std::string language = lowercasedASCII(newer.preprocessor);
+    return (isLess(newer) || language == "stylus") &&
+           language == lowercasedASCII(stored.preprocessor) && stored.styleData.compSections &&
+           !newer.styleData.compSections;
 }
 
 /// For a style whose code is the same as before: what it imports may not be.
-checkResult checkImports(const styleContainer& stored, const checkSurroundings& machine) {
-    if (lowercasedASCII(stored.preprocessor) != "less") return {checkOutcome::upToDate};
+checkResult checkImports(const styleContainer& stored, const QuietCompile& compile) {
+    if (!isLess(stored)) return {checkOutcome::upToDate};
     styleContainer again = stored;
-    auto tellErrors = machine.compile(again);
+    again.styleData.compSections.reset();
+    auto tellErrors = compile(again);
+    if (losesCompiledCode(again, stored)) return {checkOutcome::error, {}, std::move(tellErrors)};
     if (again.styleData == stored.styleData) return {checkOutcome::upToDate};
     return {checkOutcome::updated, std::move(again.styleData), std::move(tellErrors)};
+}
+
+/// Has the style keep the address that led to the public internet where a text from there would
+/// make it one of the user's own network.
+void keepOutOfOwnNetwork(styleContainer& newer, const styleContainer& stored,
+                         const std::string& address) {
+    const auto parsed = webAddressFrom(address);
+    if (mayImportFromOwnNetwork(newer) && !(parsed && isOnOwnNetwork(*parsed)))
+        newer.updateURL = stored.updateURL;
 }
 
 checkResult checkUserCSS(const styleContainer& stored, const checkManner& manner,
@@ -75,39 +97,44 @@ checkResult checkUserCSS(const styleContainer& stored, const checkManner& manner
     const auto text = loadText(machine.loader, {.address = address, .stop = std::move(stop)});
     if (!text || !contains(*text, mozDocumentKeyword)) return {checkOutcome::error};
 
+    const QuietCompile compile = machine.newCompile();
+    const auto takeOrigin = [&](styleContainer& style) {
+        style.downloadedFrom = stored.downloadedFrom;
+        keepOutOfOwnNetwork(style, stored, address);
+    };
     std::function<void()> tellErrors; // empty while nothing was compiled
     auto read = parseUserCSS(*text, {.generateUniqueID = [&] { return stored.uniqueID; },
                                      .compileStyle =
                                          [&](styleContainer& style) {
-                                             style.downloadedFrom = stored.downloadedFrom;
-                                             tellErrors = machine.compile(style);
+                                             takeOrigin(style);
+                                             tellErrors = compile(style);
                                          }});
     if (!read) return {checkOutcome::error};
     styleContainer newer = std::move(*read);
     if (manner.namesByAddress && newer.styleData.name == defaultStyleName)
         newer.styleData.name = nameFor(address);
-    newer.downloadedFrom = stored.downloadedFrom;
+    takeOrigin(newer);
     newer.isEnabled = stored.isEnabled;
     if (isSameVersion(newer, stored, manner))
         return manner.comparesWholeData ? checkResult{checkOutcome::upToDate}
-                                        : checkImports(stored, machine);
+                                        : checkImports(stored, compile);
     if (manner.keepsVariableValues) {
         const auto asRead = newer.userVariables;
         newer = carryOverVariableValues(stored, std::move(newer));
         if (!tellErrors || newer.userVariables != asRead) {
-            const bool isCompilable = newer.styleData.compSections.has_value();
-            newer.styleData.compSections.reset(); // of the author's values
-            tellErrors = machine.compile(newer);
-            // With the user's values it is not: what there is serves the user better.
-            if (isCompilable && !newer.styleData.compSections)
-                return {checkOutcome::error, {}, std::move(tellErrors)};
+            // Of new code, what the author's values give stays where the user's cannot be compiled.
+            if (isSameCode(newer, stored)) newer.styleData.compSections.reset();
+            tellErrors = compile(newer);
         }
         // The reader leaves out what was compiled since. With the same values and compiled it may
         // turn out to be what is installed, to the last byte.
         if (isSameVersion(newer, stored, manner) && newer.userVariables == stored.userVariables)
             return {checkOutcome::upToDate};
     }
-    if (losesCompiledCode(newer, stored)) return {checkOutcome::error, {}, std::move(tellErrors)};
+    if (losesCompiledCode(newer, stored)) {
+        if (isSameCode(newer, stored)) return {checkOutcome::error, {}, std::move(tellErrors)};
+        newer.styleData.compSections = stored.styleData.compSections; // better than nothing
+    }
     return {checkOutcome::updated, std::move(newer), std::move(tellErrors)};
 }
 
@@ -140,8 +167,9 @@ checkOutcome landCheck(StyleStore& store, const styleContainer& stored, checkRes
                        const checkManner& manner) {
     const auto present = store.findStyle(stored.uniqueID);
     if (!present || present->source != stored.source) return checkOutcome::nothingToCheck;
+    const bool isAboutItsCode = result.outcome == checkOutcome::updated || result.tellErrors;
+    if (isAboutItsCode && !isUnchanged(*present, stored)) return checkOutcome::outdated;
     if (result.outcome == checkOutcome::updated) {
-        if (!isUnchanged(*present, stored)) return checkOutcome::outdated;
         if (!land(store, stored.uniqueID, result)) return checkOutcome::nothingToCheck;
         if (manner.savesAtOnce) store.saveDatabase();
     }

@@ -41,8 +41,8 @@ inline constexpr checkManner sheetCheck{.asksUpdateAddress = false,
 struct checkSurroundings {
     const StyleSite& site;
     UrlLoader& loader;
-    /// Fetches anew what the code imports, which depends on the values of the variables.
-    QuietCompile compile;
+    /// Gives what compiles in one check. It fetches anew what the code imports, each file once.
+    std::function<QuietCompile()> newCompile;
 };
 
 enum class checkOutcome {

@@ -8,6 +8,15 @@
 
 namespace tessaril {
 
+namespace {
+
+bool leftOwnNetwork(const webAddress& asked, const std::string& finalAddress) {
+    const auto given = webAddressFrom(finalAddress);
+    return given && isOnOwnNetwork(asked) && !isOnOwnNetwork(*given);
+}
+
+} // namespace
+
 std::optional<std::string> loadText(UrlLoader& loader, urlRequest request) {
     const auto address = webAddressFrom(request.address);
     if (!address) {
@@ -17,6 +26,11 @@ std::optional<std::string> loadText(UrlLoader& loader, urlRequest request) {
     request.address = address->text();
     auto response = loader.load(request);
     if (!response || response->hasFailed) return std::nullopt;
+    if (leftOwnNetwork(*address, response->finalAddress)) {
+        logLine("Error loading " + forLog(request.address) +
+                ": it leads from the own network to a public host");
+        return std::nullopt;
+    }
     auto text = textFromUTF8(std::move(response->body));
     if (!text) logLine("Error loading " + forLog(request.address) + ": not UTF-8");
     return text;

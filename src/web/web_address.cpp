@@ -250,7 +250,9 @@ bool isOnOwnNetwork(const webAddress& address) {
     if (std::ranges::any_of(host, isForeign)) return false; // other scripts have dots of their own
     const std::string_view last = std::string_view(host).substr(host.rfind('.') + 1);
     if (isNumber(last)) return isOwnIPv4(host);
-    return isLocalEnding(last) || !contains(host, ".");
+    if (isLocalEnding(last)) return true;
+    // With a dot at its end, or in letters of another script, one label is a top-level domain.
+    return !contains(partsOf(address.authority).host, ".") && !host.starts_with("xn--");
 }
 
 bool isPublicSite(const webAddress& address) {

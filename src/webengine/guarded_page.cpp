@@ -51,7 +51,7 @@ QWebEngineScript pagePrelude() {
 } // namespace
 
 GuardedPage::GuardedPage(QWebEngineProfile* profile, const QUrl& home)
-    : QWebEnginePage(profile), homeAddress(home) {
+    : QWebEnginePage(profile), homeAddress(home), alive(std::make_shared<int>()) {
     setObjectName("page");
     makeMessageChannel();
     connect(this, &QWebEnginePage::loadFinished, this, &GuardedPage::loadEnded);
@@ -76,11 +76,23 @@ void GuardedPage::makeMessageChannel() {
 void GuardedPage::loadEnded(bool worked) {
     // A refused navigation ends so too.
     if (state != loadState::loading) return;
-    state = worked ? loadState::loaded : loadState::gone;
-    if (worked)
-        emit opened();
-    else
-        emit notOpened();
+    state = worked ? loadState::checking : loadState::gone;
+    if (!worked) return emit notOpened();
+    // A page that was begun while the process of another one ended may come without its script.
+    runJavaScript("!!window.messageHandlers",
+                  [this, stillAlive = std::weak_ptr(alive)](const QVariant& isWhole) {
+                      if (!stillAlive.expired()) checked(isWhole.toBool());
+                  });
+}
+
+void GuardedPage::checked(bool isWhole) {
+    if (state != loadState::checking) return;
+    if (!isWhole) {
+        logLine("The code editor's page came without its message script.");
+        return lose();
+    }
+    state = loadState::loaded;
+    emit opened();
 }
 
 void GuardedPage::lose() {

@@ -3,6 +3,8 @@
 #include <QJsonValue>
 #include <QWebEnginePage>
 
+#include <memory>
+
 namespace tessaril {
 
 /// A page that stays where it is: no navigation but its own loading, no windows, no dialogs. What
@@ -39,14 +41,16 @@ protected:
                                   int line, const QString& source) override;
 
 private:
-    enum class loadState { loading, loaded, gone };
+    enum class loadState { loading, checking, loaded, gone };
 
     void makeMessageChannel();
     void loadEnded(bool worked);
+    void checked(bool isWhole);
     void lose();
 
     QUrl homeAddress;
     loadState state = loadState::loading;
+    std::shared_ptr<void> alive; ///< gone before the engine's page is, for a check under way
 };
 
 } // namespace tessaril

@@ -23,6 +23,7 @@ namespace tessaril {
 namespace {
 
 constexpr QSize comfortableSize(540, 380);
+constexpr quint64 shortestPause = 20; // milliseconds between a release and a press
 
 } // namespace
 
@@ -73,6 +74,8 @@ UpdateSheet::UpdateSheet(std::unique_ptr<UpdateRun> ownRun, QWidget* parent)
     parts->addLayout(last);
     resize(comfortableSize);
     cancelButton->setFocus();
+    installEventFilter(this);
+    cancelButton->installEventFilter(this);
     run->setHandlers([this] { showRun(); }, [this] { accept(); });
 }
 
@@ -84,9 +87,19 @@ void UpdateSheet::showEvent(QShowEvent* event) {
     run->begin();
 }
 
-void UpdateSheet::keyPressEvent(QKeyEvent* event) {
-    // A key that is held down is one wish, not five.
-    if (!event->isAutoRepeat()) QDialog::keyPressEvent(event);
+/// A key that is held down is one wish, not five. Where its repeats come as releases and new
+/// presses, those follow each other at once, as no finger does.
+bool UpdateSheet::isHeldKey(const QKeyEvent& event) {
+    if (event.isAutoRepeat()) return true;
+    if (event.type() == QEvent::KeyRelease) lastRelease = event.timestamp();
+    return event.type() == QEvent::KeyPress && lastRelease != 0 &&
+           event.timestamp() - lastRelease < shortestPause;
+}
+
+bool UpdateSheet::eventFilter(QObject* object, QEvent* event) {
+    const bool isKey = event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease;
+    if (isKey && isHeldKey(static_cast<QKeyEvent&>(*event))) return true;
+    return QDialog::eventFilter(object, event);
 }
 
 void UpdateSheet::reject() {

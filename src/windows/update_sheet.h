@@ -26,14 +26,17 @@ public:
     void reject() override;
 
 protected:
-    void keyPressEvent(QKeyEvent* event) override;
+    bool eventFilter(QObject* object, QEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
 private:
     void showRun();
     void appendToLog(QStringView more);
 
+    bool isHeldKey(const QKeyEvent& event);
+
     std::unique_ptr<UpdateRun> run;
+    quint64 lastRelease = 0; ///< of a key; milliseconds of the desktop's clock
     bool hasBegun = false;
     std::size_t shownLog = 0; ///< how many bytes of it
     QPlainTextEdit* logText;

@@ -34,7 +34,7 @@ protected:
         style.styleData.sections = {{.code = std::move(code)}};
         style.userVariables = {{.type = "text", .name = "lib", .currentValue = "\"lib\""}};
         errors.errors.clear();
-        (refreshed ? compiler.compileRefreshing(style) : compiler.compileLoading(style))();
+        (refreshed ? compiler.refreshing()(style) : compiler.compileLoading(style))();
         EXPECT_LE(errors.errors.size(), 1u);
         if (!errors.errors.empty()) return errors.errors.front().text;
         std::string text = style.styleData.compSections.value().front().code;

@@ -50,7 +50,7 @@ protected:
     StyleCompiler compiler{engine, engine, alerts, errors};
     ImportedFiles imported{loader, files, "/imports", [this] { return files.now; }};
     ImportingCompiler importing{compiler, imported, dispatcher};
-    SavingCompiler saving{importing, store, dispatcher};
+    SavingCompiler saving{importing, store, dispatcher, files, "/imports"};
 };
 
 TEST_F(LessImportsTest, aSaveStoresAtOnceAndCompilesAgainWhenTheFilesHaveCome) {
@@ -72,6 +72,18 @@ TEST_F(LessImportsTest, aSaveStoresAtOnceAndCompilesAgainWhenTheFilesHaveCome) {
     EXPECT_EQ(storedCSS(), "three{}lib{}more{}") << "all is kept";
     dispatcher.runAll();
     EXPECT_THAT(loader.taken(), IsEmpty());
+
+    // The run is killed before the files of a save have come.
+    serve("https://a.example/new", "new{}");
+    store.applyEditorChanges(7, lessStyle("@https://a.example/new"));
+    dispatcher.backgroundTasks.clear();
+    SavingCompiler next{importing, store, dispatcher, files, "/imports"};
+    compile = [&](styleContainer& style) { afterStoring = next.compile(style); };
+    next.resume();
+    dispatcher.runAll();
+    EXPECT_EQ(storedCSS(), "new{}");
+    next.resume();
+    EXPECT_THAT(dispatcher.backgroundTasks, IsEmpty());
 }
 
 TEST_F(LessImportsTest, aSaveTellsOnceOfWhatCannotBeHadAndEnds) {
@@ -132,8 +144,9 @@ TEST_F(LessImportsTest, aStrangersStyleSeesNothingOfTheOwnNetwork) {
                                  "http://8.8.8.8/x.less", "http://evil.8.8.8.8.in-addr.arpa/x"}) {
         EXPECT_EQ(loaded("@" + page, stranger), "") << "not even what is kept";
         styleContainer style = lessStyle("@" + page);
-        style.updateURL = "http://localhost/x";
-        importing.compileRefreshing(style)();
+        style.downloadedFrom = *stranger ? "http://localhost/x" : "";
+        style.updateURL = *stranger ? stranger : "http://localhost/x";
+        importing.refreshing()(style)();
         EXPECT_EQ(compiled(style), "");
     }
     EXPECT_TRUE(loader.allForPublicHosts);

@@ -2,6 +2,7 @@
 
 #include "formats/user_css_reader.h"
 #include "import/style_site.h"
+#include "model/text.h"
 #include "preferences/preference_keys.h"
 #include "support/map_url_loader.h"
 #include "support/store_machine.h"
@@ -20,8 +21,8 @@ struct UpdateMachine : StoreMachine<Tasks> {
     UpdateMachine() { this->preferences.set(preferenceKeys::siteAddress, "https://site.example"); }
 
     checkSurroundings checks() {
-        return {.site = site, .loader = loader, .compile = [this](auto& s) {
-                    return compiled(s, "compile ");
+        return {.site = site, .loader = loader, .newCompile = [this] {
+                    return [this](auto& s) { return compiled(s, "compile "); };
                 }};
     }
 
@@ -31,7 +32,7 @@ struct UpdateMachine : StoreMachine<Tasks> {
             values += variable.currentValue.value_or("-");
         for (styleSection& section : style.styleData.sections)
             section.compiledcode = section.code + values;
-        if (style.preprocessor == "less" && values != failing)
+        if (lowercasedASCII(style.preprocessor) == "less" && values != failing)
             style.styleData.compSections = {{.code = library}};
         const std::lock_guard lock(mutex);
         compilations.push_back(how + style.styleData.name);

@@ -245,19 +245,59 @@ TEST_F(StyleUpdatesTest, aStyleThatIsChangedMeanwhileIsCheckedAgain) {
     EXPECT_THAT(told, SizeIs(1));
 }
 
-TEST_F(StyleUpdatesTest, aVersionThatFailsWithTheUsersValuesIsNotTaken) {
-    serve(1, userCSS("A", "1\n@preprocessor less", "a {}", "red"));
+TEST_F(StyleUpdatesTest, whatCannotBeCompiledKeepsWhatWasCompiledBefore) {
+    const auto version = [&](const char* number, const char* value) {
+        serve(1, userCSS("A", std::string(number) + "\n@preprocessor Less", "a {}", value));
+    };
+    const auto compiledCode = [&] { return stored(1).styleData.compSections->at(0).code; };
+    version("1", "red");
     styleContainer style = userStyle(1);
     style.userVariables->at(0).currentValue = "mine";
     begin({style});
-    serve(1, userCSS("A", "2\n@preprocessor less", "b {}", "red"));
     failing = "mine";
+    library = "two";
     EXPECT_EQ(check(1), "error");
-    EXPECT_EQ(stored(1), style);
-    EXPECT_THAT(told, SizeIs(1));
-    failing.reset();
+    EXPECT_EQ(stored(1), style) << "the same code";
+    version("2", "red");
     EXPECT_EQ(check(1), "updated");
+    EXPECT_EQ(compiledCode(), "two") << "of the author's values";
+    library = "three";
+    version("3", "mine");
+    EXPECT_EQ(check(1), "updated");
+    EXPECT_EQ(compiledCode(), "two");
+    EXPECT_EQ(stored(1).version, "3");
     EXPECT_EQ(stored(1).userVariables->at(0).currentValue, "mine");
+    EXPECT_THAT(told, SizeIs(3));
+
+    // An error of a value that has been corrected meanwhile is none.
+    updates.checkStyleForUpdate(1);
+    SteppedDispatcher::step(dispatcher.backgroundTasks);
+    styleContainer corrected = stored(1);
+    corrected.userVariables->at(0).currentValue = "other";
+    store.applyStyleProperties(1, corrected);
+    failing = "nothing";
+    dispatcher.runAll();
+    EXPECT_EQ(status(0), "updated");
+    EXPECT_EQ(compiledCode(), "three");
+}
+
+TEST_F(StyleUpdatesTest, aTextFromElsewhereDoesNotMakeTheStyleOneOfTheOwnNetwork) {
+    const std::string own = "http://localhost/a.user.css";
+    for (const std::int64_t id : {1, 2, 3})
+        serve(id, userCSS("A", "1\n@updateURL " + addressOf(id), "a {}"));
+    std::vector<styleContainer> styles{userStyle(1), userStyle(2), userStyle(3)};
+    for (styleContainer& style : styles)
+        style.downloadedFrom = own;
+    styles[2].updateURL.reset();
+    begin(styles);
+    serve(1, userCSS("A", "2", "b {}"));
+    serve(2, userCSS("A", "2\n@updateURL http://localhost/x", "b {}"));
+    for (const std::int64_t id : {1, 2}) {
+        EXPECT_EQ(check(id), "updated");
+        EXPECT_EQ(stored(id).updateURL, addressOf(id));
+    }
+    loader.responses[own] = {.body = userCSS("A", "2", "b {}"), .finalAddress = addressOf(3)};
+    EXPECT_EQ(check(3), "error") << "redirected to the public internet";
 }
 
 TEST_F(StyleUpdatesTest, whatIsQueuedEndsSilentlyWhenTheApplicationQuits) {

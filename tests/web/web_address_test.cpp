@@ -76,6 +76,7 @@ TEST(WebAddress, KnowsWhereAStyleMustNotLead) {
          {"http://example.com/", "http://8.8.8.8/", "http://172.32.0.1/", "http://134744072/",
           "http://127.1/", "http://010.0.0.1/", "http://0x7f000001/", "http://127.0.0.1.example/",
           "http://[2606:4700::1]/", "http://[fd::1]/", "http://evil.8.8.8.8.in-addr.arpa/",
+          "http://ai./", "http://xn--p1ai/",
           "http://evil\xE3\x80\x82"
           "example/"})
         EXPECT_FALSE(isOwn(address)) << address;

@@ -33,9 +33,10 @@ protected:
         load();
     }
 
+    void beginLoad() { shown.view->loadPage(TESSARIL_RESOURCES "/Ace/index.html"); }
     void load() {
         const int before = loaded;
-        shown.view->loadPage(TESSARIL_RESOURCES "/Ace/index.html");
+        beginLoad();
         EXPECT_TRUE(eventually([&] { return loaded > before; }));
     }
     Value value(std::string_view statement) { return evaluated(shown, statement); }
@@ -45,12 +46,16 @@ protected:
         messages.emplace_back(handler, body);
     }
     void pageNotLoaded() override { ++failed; }
-    void pageLost() override { ++lost; }
+    void pageLost() override {
+        ++lost;
+        if (loadsAgain) beginLoad();
+    }
 
     QWidget window;
     shownWebView shown = runningWebEngine().makeView(&window);
     int loaded = 0;
     int lost = 0;
+    bool loadsAgain = false;
     int failed = 0;
     std::vector<std::pair<std::string, scriptValue>> messages;
 };
@@ -149,11 +154,14 @@ TEST_F(WebViewTest, SaysWhenItsProcessEndedAndLoadsAgain) {
     ASSERT_EQ(kill(pageProcess(shown), SIGKILL), 0);
     ASSERT_TRUE(eventually([&] { return lost == 1; }));
     // Once more while the page loads.
-    shown.view->loadPage(TESSARIL_RESOURCES "/Ace/index.html");
+    beginLoad();
     ASSERT_TRUE(eventually([&] { return pageProcess(shown) > 0; }));
     ASSERT_EQ(kill(pageProcess(shown), SIGKILL), 0);
     ASSERT_TRUE(eventually([&] { return lost == 2 || loaded == 2; }));
+    // The engine may not know yet that the process is gone, and give the next page to it.
+    loadsAgain = true;
     load();
+    loadsAgain = false;
     EXPECT_EQ(value("window.before ?? 'new'"), Value("new"));
     value("messageHandlers.callback.postMessage('again'); 1");
     EXPECT_TRUE(eventually([&] { return messages.size() == 1; }));
