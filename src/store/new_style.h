@@ -1,6 +1,7 @@
 #pragma once
 
 #include "events/notification_center.h"
+#include "model/rule_types.h"
 #include "platform/alerts.h"
 #include "preferences/preferences.h"
 #include "store/style_list.h"
@@ -13,9 +14,7 @@
 
 namespace tessaril {
 
-/// The menus of the new style sheet, in order.
-inline constexpr std::array<std::string_view, 4> ruleTypes = {"Domain", "URL is", "URL starts with",
-                                                              "RegExp"};
+/// The menu of the new style sheet, in order; its other one is `ruleTypes`.
 inline constexpr std::array<std::string_view, 3> preprocessorTitles = {"None (CSS)", "Stylus",
                                                                        "Less"};
 
