@@ -94,7 +94,9 @@ importSurroundings Application::importing() {
             .list = list,
             .making = {.generateUniqueID = [this] { return styleStore.generateUniqueID(); },
                        .compileStyle =
-                           [this](styleContainer& s) { importingCompiler.compileLoading(s)(); }},
+                           [this](styleContainer& s) {
+                               if (const auto tell = importingCompiler.compileLoading(s)) tell();
+                           }},
             .compileQuietly = [this](styleContainer& s) {
                 return importingCompiler.compileLoading(s);
             }};
@@ -106,6 +108,10 @@ checkSurroundings Application::updateChecks() {
         .loader = machine.urls,
         .newCompile = [this] { return importingCompiler.refreshing(); },
     };
+}
+
+stylePropSurroundings Application::styleProps() {
+    return {styleStore, openProperties, center, machine.alerts, machine.dispatcher};
 }
 
 void Application::styleListShown() {

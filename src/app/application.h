@@ -22,6 +22,7 @@
 #include "preferences/preference_controls.h"
 #include "preferences/preference_sync.h"
 #include "preferences/preferences.h"
+#include "settings/style_prop_view.h"
 #include "store/database_commands.h"
 #include "store/new_style.h"
 #include "store/open_styles.h"
@@ -81,6 +82,8 @@ public:
     /// The checks for newer versions, in the list's rows and in a sheet.
     StyleUpdates& styleUpdates() { return rowUpdates; }
     UpdateRuns& updateRuns() { return sheetUpdates; }
+    /// What the properties of a style work with.
+    stylePropSurroundings styleProps();
     const OpenStyles& openStyles() const { return stylesOpenInEditors; }
 
     /// What the Preferences window works on. `preferenceSync` and `cloudSwitch` wait for the cloud:

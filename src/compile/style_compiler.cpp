@@ -161,7 +161,7 @@ StyleCompiler::StyleCompiler(ScriptEngine& scriptEngine, const Resources& script
     , errors(compilerErrors) {}
 
 void StyleCompiler::compileStyle(styleContainer& style) {
-    compileQuietly(style)();
+    if (const auto tellErrors = compileQuietly(style)) tellErrors();
 }
 
 std::function<void()> StyleCompiler::compileQuietly(styleContainer& style) {
@@ -183,6 +183,7 @@ quietCompilation StyleCompiler::compileWithImports(styleContainer& style,
     if (dialect == nullptr) return {};
     foundInCompiling found;
     storeCompiled(style, compiledText(style, *dialect, engine, resources, lookUp, found));
+    if (found.errors.empty()) return {{}, std::move(found.missing)};
     const auto tellErrors = [this, told = std::move(found.errors)] {
         for (const compilerError& error : told)
             errors.show(error);

@@ -14,7 +14,7 @@
 namespace tessaril {
 
 struct quietCompilation {
-    std::function<void()> tellErrors = [] {}; ///< shows the user alerts and errors
+    std::function<void()> tellErrors; ///< shows the user alerts and errors; empty for none
     std::vector<std::string> missing;         ///< what Less asked for and the look-up did not have
 };
 
@@ -33,8 +33,7 @@ public:
     /// is a line in the log.
     void compileStyle(styleContainer& style);
 
-    /// The same, but the user hears of alerts and errors only when the result is called, for whom
-    /// the style may turn out not to be wanted. To be called from any thread while this lives.
+    /// A `QuietCompile`. To be called from any thread while this lives.
     [[nodiscard]] std::function<void()> compileQuietly(styleContainer& style);
 
     /// The same for a style whose Less may import files, which `lookUp` gives; the others have

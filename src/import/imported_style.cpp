@@ -19,12 +19,12 @@ styleContainer plainStyle(std::string css, const styleMaking& making) {
 }
 
 quietlyRead parseQuietly(std::string_view text, const importSurroundings& machine,
-                         std::string_view downloadedFrom) {
+                         const std::function<void(styleContainer&)>& complete) {
     quietlyRead result;
     styleMaking making = machine.making;
     making.compileStyle = [&](styleContainer& style) {
-        style.downloadedFrom = downloadedFrom;
-        result.tellErrors = machine.compileQuietly(style);
+        complete(style);
+        if (auto tellErrors = machine.compileQuietly(style)) result.tellErrors = tellErrors;
     };
     result.style = parseUserCSS(text, making);
     return result;

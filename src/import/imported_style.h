@@ -38,9 +38,10 @@ struct quietlyRead {
     std::function<void()> tellErrors = [] {};
 };
 
-/// - downloadedFrom: where the text came from, for `compileQuietly` to know; empty for nowhere
-quietlyRead parseQuietly(std::string_view text, const importSurroundings& machine,
-                         std::string_view downloadedFrom = {});
+/// - complete: adds what the text does not say, before the style is compiled
+quietlyRead parseQuietly(
+    std::string_view text, const importSurroundings& machine,
+    const std::function<void(styleContainer&)>& complete = [](styleContainer&) {});
 
 /// A style with an update address came from somewhere, any other is the user's own.
 void setSourceByUpdateAddress(styleContainer& style);

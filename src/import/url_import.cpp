@@ -2,6 +2,7 @@
 
 #include "formats/moz_document.h"
 #include "formats/user_css_reader.h"
+#include "less_imports/importing_compiler.h"
 #include "model/text.h"
 #include "web/loaded_text.h"
 #include "web/web_address.h"
@@ -104,20 +105,25 @@ fetchedStyle UrlImport::importSiteStyle(std::string_view address, std::stop_toke
 fetchedStyle UrlImport::fetchStyleFromURL(std::string_view address, addressOrigin origin,
                                           std::stop_token stop) const {
     if (!namesStyleFile(address)) return {.alert = alertFor(ImportErrors::InvalidURL)};
-    std::optional<std::string> text;
+    const std::string asked(address);
+    std::optional<loadedText> loaded;
     machine.dispatcher.whileWaiting(
-        [&] { text = loadText(loader, {.address = std::string(address), .stop = stop}); });
-    if (!text) return {.alert = alertFor(ImportErrors::CouldNotConnect)};
+        [&] { loaded = loadText(loader, {.address = asked, .stop = stop}); });
+    if (!loaded) return {.alert = alertFor(ImportErrors::CouldNotConnect)};
     if (stop.stop_requested()) return {}; // nothing is compiled for nobody
 
-    if (isPlain(*text, origin)) {
-        styleContainer style = plainStyle(std::move(*text), machine.making);
+    if (isPlain(loaded->text, origin)) {
+        styleContainer style = plainStyle(std::move(loaded->text), machine.making);
         if (origin == addressOrigin::sheet) nameAfterFile(style, address);
         return {.style = std::move(style), .alert = alertMessage{noRulesTitle, noRulesText}};
     }
-    quietlyRead read = parseQuietly(*text, machine, address);
+    const auto addOrigin = [&](styleContainer& style) {
+        style.downloadedFrom = asked;
+        keepFromOwnNetwork(style, asked, loaded->address);
+    };
+    quietlyRead read = parseQuietly(loaded->text, machine, addOrigin);
     if (!read.style) return {};
-    read.style->downloadedFrom = address;
+    addOrigin(*read.style);
     if (read.style->styleData.name == defaultStyleName) nameAfterFile(*read.style, address);
     return {.style = std::move(read.style), .tellErrors = std::move(read.tellErrors)};
 }

@@ -47,28 +47,28 @@ std::optional<std::string> ImportedFiles::kept(const importedFile& file) {
 
 std::optional<std::string> ImportedFiles::load(const importedFile& file,
                                                const loadAllowance& allowance) {
-    auto text = loadText(loader, {.address = file.address,
-                                  .largestBody = std::min(largestFile, allowance.bytes),
-                                  .mostRedirects = mostRedirects,
-                                  .connectTime = connectTime,
-                                  .stallTime = stallTime,
-                                  .totalTime = allowance.time,
-                                  .publicHostsOnly = !file.fromOwnNetwork,
-                                  .stop = allowance.stop});
-    if (!text) {
+    auto loaded = loadText(loader, {.address = file.address,
+                                    .largestBody = std::min(largestFile, allowance.bytes),
+                                    .mostRedirects = mostRedirects,
+                                    .connectTime = connectTime,
+                                    .stallTime = stallTime,
+                                    .totalTime = allowance.time,
+                                    .publicHostsOnly = !file.fromOwnNetwork,
+                                    .stop = allowance.stop});
+    if (!loaded) {
         if (!allowance.stop.stop_requested()) noteFailure(file);
         return std::nullopt;
     }
     const std::string name = nameOf(file);
-    cache.store(name, *text);
+    cache.store(name, loaded->text);
     if (!cache.find(name)) {
         // Who compiles from what is kept would ask for it for ever.
         noteFailure(file);
-        return text;
+        return std::move(loaded->text);
     }
     const std::lock_guard lock(mutex);
     failures.erase(name);
-    return text;
+    return std::move(loaded->text);
 }
 
 bool ImportedFiles::hasFailedLately(const importedFile& file) {

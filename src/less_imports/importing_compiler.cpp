@@ -18,6 +18,11 @@ using std::chrono::milliseconds;
 /// For all files of a style.
 constexpr std::chrono::seconds mostTime{45};
 
+bool isOwn(const std::string& written) {
+    const auto address = webAddressFrom(written);
+    return address && isOnOwnNetwork(*address);
+}
+
 /// The address of the web that Less means; nothing where it is none.
 std::optional<std::string> webAddressOf(const std::string& written) {
     // Less keeps addresses without a scheme, which take that of the page.
@@ -28,12 +33,13 @@ std::optional<std::string> webAddressOf(const std::string& written) {
 } // namespace
 
 bool mayImportFromOwnNetwork(const styleContainer& style) {
-    const auto isOwn = [](const std::string& written) {
-        const auto address = webAddressFrom(written);
-        return address && isOnOwnNetwork(*address);
-    };
     const std::string updateAddress = style.updateURL.value_or("");
     return isOwn(style.downloadedFrom) && (trimmed(updateAddress).empty() || isOwn(updateAddress));
+}
+
+void keepFromOwnNetwork(styleContainer& style, const std::string& asked, const std::string& given) {
+    if (mayImportFromOwnNetwork(style) && !(isOwn(asked) && isOwn(given)))
+        style.updateURL = isOwn(asked) ? given : asked;
 }
 
 /// The files of one style while it is compiled, be it several times.
@@ -43,6 +49,8 @@ public:
         : files(importedFiles)
         , fromOwnNetwork(mayImportFromOwnNetwork(style))
         , isRefreshed(refreshed) {}
+
+    bool isFromOwnNetwork() const { return fromOwnNetwork; }
 
     ImportLookup lookUp() {
         return [this](const std::string& written) -> std::optional<std::string> {
@@ -115,7 +123,9 @@ std::function<void()> ImportingCompiler::compileLoading(styleContainer& style) {
 
 QuietCompile ImportingCompiler::refreshing() {
     return [this, run = std::shared_ptr<Run>()](styleContainer& style) mutable {
-        if (!run) run = std::make_shared<Run>(files, style, true);
+        // What one that may import from the own network has had is not for one that may not.
+        if (!run || run->isFromOwnNetwork() != mayImportFromOwnNetwork(style))
+            run = std::make_shared<Run>(files, style, true);
         return compileWith(*run, style);
     };
 }
@@ -123,8 +133,7 @@ QuietCompile ImportingCompiler::refreshing() {
 ImportingCompiler::keptCompilation ImportingCompiler::compileFromKept(styleContainer& style) {
     Run run(files, style, false);
     auto result = compiler.compileWithImports(style, run.lookUp());
-    const bool isStopping = stopping.stop_requested();
-    return {std::move(result.tellErrors), !isStopping && run.couldLoad(result.missing)};
+    return {std::move(result.tellErrors), run.couldLoad(result.missing)};
 }
 
 void ImportingCompiler::loadImports(styleContainer style) {
@@ -140,7 +149,7 @@ std::function<void()> ImportingCompiler::compileWith(Run& run, styleContainer& s
         bool isMore = false;
         if (!result.missing.empty())
             dispatcher.whileWaiting([&] { isMore = run.load(result.missing, stop); });
-        if (!isMore && stop.stop_requested() && !result.missing.empty()) return [] {};
+        if (!isMore && stop.stop_requested() && !result.missing.empty()) return {};
         if (!isMore) return std::move(result.tellErrors);
         style.styleData.compSections = compiledBefore;
     }

@@ -13,6 +13,11 @@ namespace tessaril {
 /// Whether what the style imports may come from the user's own network; see below.
 bool mayImportFromOwnNetwork(const styleContainer& style);
 
+/// Has a style whose text came from elsewhere, by its own address or by a redirect, be updated from
+/// there, so that the text cannot make it one that may.
+/// - asked, given: the addresses before and after redirects
+void keepFromOwnNetwork(styleContainer& style, const std::string& asked, const std::string& given);
+
 /// Compiles styles, for Less with the files that it imports by their addresses. The compiler itself
 /// reads only what is kept or was loaded before; it is run again when there is more.
 ///

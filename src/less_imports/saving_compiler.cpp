@@ -31,8 +31,8 @@ std::function<void()> SavingCompiler::compile(styleContainer& style) {
 void SavingCompiler::resume() {
     if (folder.empty()) return;
     for (const fileEntry& file : files.list(folder))
-        if (file.path.extension() == markExtension)
-            if (const auto id = parseInteger(file.path.stem().native())) loadLater(*id);
+        if (const auto id = parseInteger(file.path.stem().native()))
+            if (file.path == markOf(*id)) loadLater(*id);
 }
 
 std::filesystem::path SavingCompiler::markOf(std::int64_t id) const {
@@ -43,7 +43,7 @@ void SavingCompiler::loadLater(std::int64_t id) {
     {
         const std::lock_guard lock(mutex);
         if (!awaiting.insert(id).second) return;
-        if (!folder.empty()) files.overwrite(markOf(id), "");
+        if (!folder.empty() && !files.exists(markOf(id))) files.overwrite(markOf(id), "");
     }
     dispatcher.inBackground(taskPriority::background, [this, id] { loadAndCompile(id); });
 }

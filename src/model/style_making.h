@@ -15,9 +15,9 @@ struct styleMaking {
     std::function<void(styleContainer&)> compileStyle;
 };
 
-/// Recomputes a style's compiled output in place and gives what tells the user of its errors. The
-/// former is called on any thread, the latter on the main thread or not at all, as the style may
-/// turn out not to be wanted.
+/// Recomputes a style's compiled output in place and gives what tells the user of its errors; empty
+/// where there are none. The latter may not be called at all, as the style may turn out not to be
+/// wanted. Both on any thread.
 using QuietCompile = std::function<std::function<void()>(styleContainer&)>;
 
 } // namespace tessaril

@@ -6,7 +6,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <limits>
+#include <vector>
 
 namespace tessaril {
 
@@ -54,6 +54,23 @@ std::string valueLabel(double value, std::string_view units) {
     return inFixedNotation(value == 0 ? 0 : value, decimals).append(units);
 }
 
+std::optional<colorComponents> colorFromTyped(std::string_view text) {
+    text = trimmed(text);
+    if (!text.starts_with("#")) return colorFromString(text);
+    const std::string_view digits = text.substr(1);
+    const bool isShort = digits.size() == 3 || digits.size() == 4;
+    if (!isShort && digits.size() != 6 && digits.size() != 8) return std::nullopt;
+    std::vector<double> parts;
+    for (std::size_t i = 0; i < digits.size(); i += isShort ? 1 : 2) {
+        const auto high = hexDigit(digits[i]);
+        const auto low = hexDigit(digits[isShort ? i : i + 1]);
+        if (!high || !low) return std::nullopt;
+        parts.push_back(*high * 16 + *low);
+    }
+    return colorComponents{parts[0] / 255, parts[1] / 255, parts[2] / 255,
+                           parts.size() == 4 ? alphaFromByte(static_cast<int>(parts[3])) : 1};
+}
+
 std::optional<std::string> colorToText(const colorComponents& color) {
     if (!std::isfinite(color.red + color.green + color.blue + color.alpha)) return std::nullopt;
     const auto byteText = [](double component) {
@@ -83,11 +100,18 @@ std::optional<double> valueScale::tickCount() const {
     return std::trunc(steps) + 1;
 }
 
+double valueScale::last() const {
+    const auto ticks = tickCount();
+    return ticks ? tick(*ticks - 1) : max;
+}
+
+/// Counted from 0.
+double valueScale::tick(double index) const {
+    return clamped(rounded(min + index * step, std::max(decimalsOf(min), decimalsOf(step))));
+}
+
 double valueScale::at(double part) const {
-    if (const auto ticks = tickCount()) {
-        const double index = std::min(std::round(part * (max / step - min / step)), *ticks - 1);
-        return clamped(rounded(min + index * step, std::max(decimalsOf(min), decimalsOf(step))));
-    }
+    if (const auto ticks = tickCount()) return tick(std::round(part * (*ticks - 1)));
     const double value = min * (1 - part) + max * part;
     const double thousandth = max / 1000 - min / 1000;
     if (thousandth <= 0) return min;
@@ -96,7 +120,7 @@ double valueScale::at(double part) const {
 }
 
 double valueScale::partOf(double value) const {
-    const double half = max / 2 - min / 2; // the whole may be more than there are numbers
+    const double half = last() / 2 - min / 2; // the whole may be more than there are numbers
     return half > 0 ? std::clamp((value / 2 - min / 2) / half, 0., 1.) : 0;
 }
 

@@ -17,6 +17,10 @@ std::string doubleText(double value);
 /// The number as a label shows it, with its units behind it: "12px", "0.25em".
 std::string valueLabel(double value, std::string_view units);
 
+/// The colour that a person typed: what `colorFromString` reads, but "#" must be followed by 3, 4,
+/// 6 or 8 hexadecimal digits, the last ones for alpha where there are 4 or 8.
+std::optional<colorComponents> colorFromTyped(std::string_view text);
+
 /// "rgba(255,128,0,1.0)": the components from 0 to 255, cut to integers, and alpha from 0 to 1.
 /// Components beyond sRGB count as its limits; nothing where one is no number.
 std::optional<std::string> colorToText(const colorComponents& color);
@@ -33,7 +37,9 @@ struct valueScale {
 
     /// How many values the steps give; nothing where there are none, or more than can be counted.
     std::optional<double> tickCount() const;
-    /// The value at a part of the way from `min` to `max`, 0 to 1: where there are ticks, the
+    /// The highest value that the steps reach; without steps `max`.
+    double last() const;
+    /// The value at a part of the way from `min` to `last`, 0 to 1: where there are ticks, the
     /// nearest one. No longer in decimals than need be.
     double at(double part) const;
     /// How far the value is on that way.
@@ -42,6 +48,11 @@ struct valueScale {
     double clamped(double value) const;
     /// The value some steps away, within the limits.
     double stepped(double value, double steps) const;
+
+    bool operator==(const valueScale&) const = default;
+
+private:
+    double tick(double index) const;
 };
 
 valueScale scaleOf(const std::optional<rangeOpts>& options);

@@ -49,6 +49,7 @@ variableRow variableRowOf(const userVariable& variable) {
         row.text = value;
         break;
     case variableControl::colorWell:
+        row.text = value;
         row.color = colorFromString(value);
         break;
     case variableControl::checkbox:

@@ -17,7 +17,7 @@ enum class variableControl { none, field, colorWell, checkbox, menu, slider, ste
 struct variableRow {
     variableControl control = variableControl::none;
     std::string displayName; ///< of a check box: its title
-    std::string text;        ///< the field's
+    std::string text;        ///< the field's; of a colour, the value itself
     /// Nothing where the value cannot be read: the well keeps what it shows.
     std::optional<colorComponents> color;
     std::optional<bool> isChecked;         ///< nothing: as a new check box

@@ -266,7 +266,7 @@ void StyleStore::applyStyleProperties(std::int64_t id, const styleContainer& fro
     });
     if (!changed) return;
     saveDatabase();
-    tellErrors();
+    if (tellErrors) tellErrors();
 }
 
 void StyleStore::applyEditorChanges(std::int64_t id, const styleContainer& from) {
@@ -285,7 +285,7 @@ void StyleStore::applyEditorChanges(std::int64_t id, const styleContainer& from)
     if (!changed) return;
     saveDatabase();
     machine.center.post(notifications::updateFavicons, id);
-    tellErrors();
+    if (tellErrors) tellErrors();
 }
 
 void StyleStore::recompileStyle(std::int64_t id) {
@@ -300,7 +300,7 @@ void StyleStore::recompileStyle(std::int64_t id) {
     });
     if (!changed) return;
     if (isDifferent) saveDatabase();
-    tellErrors();
+    if (tellErrors) tellErrors();
 }
 
 bool StyleStore::setStyleData(std::int64_t id, styleJSON data) {

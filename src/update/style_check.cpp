@@ -61,59 +61,58 @@ bool isLess(const styleContainer& style) {
     return lowercasedASCII(style.preprocessor) == "less";
 }
 
-/// Whether code of the same language was compiled before and could not be this time, as when a file
-/// that it imports cannot be had.
-bool losesCompiledCode(const styleContainer& newer, const styleContainer& stored) {
-    const std::string language = lowercasedASCII(newer.preprocessor);
-    return (isLess(newer) || language == "stylus") &&
-           language == lowercasedASCII(stored.preprocessor) && stored.styleData.compSections &&
-           !newer.styleData.compSections;
+/// Compiles the style anew. One that fails gets `before` for its compiled code, as when a file that
+/// it imports cannot be had: pages keep what they have.
+std::function<void()> compileKeeping(styleContainer& style,
+                                     const std::optional<std::vector<styleSection>>& before,
+                                     const QuietCompile& compile) {
+    if (!style.userVariables) return {}; // it is never compiled
+    style.styleData.compSections.reset();
+    auto tellErrors = compile(style);
+    if (tellErrors && !style.styleData.compSections) style.styleData.compSections = before;
+    return tellErrors;
 }
 
 /// For a style whose code is the same as before: what it imports may not be.
 checkResult checkImports(const styleContainer& stored, const QuietCompile& compile) {
     if (!isLess(stored)) return {checkOutcome::upToDate};
     styleContainer again = stored;
-    again.styleData.compSections.reset();
-    auto tellErrors = compile(again);
-    if (losesCompiledCode(again, stored)) return {checkOutcome::error, {}, std::move(tellErrors)};
+    auto tellErrors = compileKeeping(again, stored.styleData.compSections, compile);
     if (again.styleData == stored.styleData) return {checkOutcome::upToDate};
     return {checkOutcome::updated, std::move(again.styleData), std::move(tellErrors)};
-}
-
-/// Has the style keep the address that led to the public internet where a text from there would
-/// make it one of the user's own network.
-void keepOutOfOwnNetwork(styleContainer& newer, const styleContainer& stored,
-                         const std::string& address) {
-    const auto parsed = webAddressFrom(address);
-    if (mayImportFromOwnNetwork(newer) && !(parsed && isOnOwnNetwork(*parsed)))
-        newer.updateURL = stored.updateURL;
 }
 
 checkResult checkUserCSS(const styleContainer& stored, const checkManner& manner,
                          const checkSurroundings& machine, std::stop_token stop) {
     const std::string address = addressOf(stored, manner);
     if (address.empty()) return {checkOutcome::nothingToCheck};
-    const auto text = loadText(machine.loader, {.address = address, .stop = std::move(stop)});
-    if (!text || !contains(*text, mozDocumentKeyword)) return {checkOutcome::error};
+    const auto loaded = loadText(machine.loader, {.address = address, .stop = std::move(stop)});
+    if (!loaded || !contains(loaded->text, mozDocumentKeyword)) return {checkOutcome::error};
 
     const QuietCompile compile = machine.newCompile();
-    const auto takeOrigin = [&](styleContainer& style) {
+    const auto addOrigin = [&](styleContainer& style) {
         style.downloadedFrom = stored.downloadedFrom;
-        keepOutOfOwnNetwork(style, stored, address);
+        keepFromOwnNetwork(style, address, loaded->address);
     };
-    std::function<void()> tellErrors; // empty while nothing was compiled
-    auto read = parseUserCSS(*text, {.generateUniqueID = [&] { return stored.uniqueID; },
-                                     .compileStyle =
-                                         [&](styleContainer& style) {
-                                             takeOrigin(style);
-                                             tellErrors = compile(style);
-                                         }});
+    const auto compiledBefore = [&](const styleContainer& style) {
+        return style.preprocessor == stored.preprocessor ? stored.styleData.compSections
+                                                         : std::nullopt;
+    };
+    std::function<void()> tellErrors;
+    bool isCompiled = false;
+    auto read = parseUserCSS(loaded->text, {.generateUniqueID = [&] { return stored.uniqueID; },
+                                            .compileStyle =
+                                                [&](styleContainer& style) {
+                                                    addOrigin(style);
+                                                    isCompiled = true;
+                                                    tellErrors = compileKeeping(
+                                                        style, compiledBefore(style), compile);
+                                                }});
     if (!read) return {checkOutcome::error};
     styleContainer newer = std::move(*read);
     if (manner.namesByAddress && newer.styleData.name == defaultStyleName)
         newer.styleData.name = nameFor(address);
-    takeOrigin(newer);
+    addOrigin(newer);
     newer.isEnabled = stored.isEnabled;
     if (isSameVersion(newer, stored, manner))
         return manner.comparesWholeData ? checkResult{checkOutcome::upToDate}
@@ -121,19 +120,16 @@ checkResult checkUserCSS(const styleContainer& stored, const checkManner& manner
     if (manner.keepsVariableValues) {
         const auto asRead = newer.userVariables;
         newer = carryOverVariableValues(stored, std::move(newer));
-        if (!tellErrors || newer.userVariables != asRead) {
-            // Of new code, what the author's values give stays where the user's cannot be compiled.
-            if (isSameCode(newer, stored)) newer.styleData.compSections.reset();
-            tellErrors = compile(newer);
+        if (!isCompiled || newer.userVariables != asRead) {
+            // Of new code, what the author's values give is nearer to it than what was there.
+            const auto before =
+                isSameCode(newer, stored) ? compiledBefore(newer) : newer.styleData.compSections;
+            tellErrors = compileKeeping(newer, before, compile);
         }
         // The reader leaves out what was compiled since. With the same values and compiled it may
         // turn out to be what is installed, to the last byte.
         if (isSameVersion(newer, stored, manner) && newer.userVariables == stored.userVariables)
             return {checkOutcome::upToDate};
-    }
-    if (losesCompiledCode(newer, stored)) {
-        if (isSameCode(newer, stored)) return {checkOutcome::error, {}, std::move(tellErrors)};
-        newer.styleData.compSections = stored.styleData.compSections; // better than nothing
     }
     return {checkOutcome::updated, std::move(newer), std::move(tellErrors)};
 }
@@ -167,9 +163,8 @@ checkOutcome landCheck(StyleStore& store, const styleContainer& stored, checkRes
                        const checkManner& manner) {
     const auto present = store.findStyle(stored.uniqueID);
     if (!present || present->source != stored.source) return checkOutcome::nothingToCheck;
-    const bool isAboutItsCode = result.outcome == checkOutcome::updated || result.tellErrors;
-    if (isAboutItsCode && !isUnchanged(*present, stored)) return checkOutcome::outdated;
     if (result.outcome == checkOutcome::updated) {
+        if (!isUnchanged(*present, stored)) return checkOutcome::outdated;
         if (!land(store, stored.uniqueID, result)) return checkOutcome::nothingToCheck;
         if (manner.savesAtOnce) store.saveDatabase();
     }

@@ -8,16 +8,7 @@
 
 namespace tessaril {
 
-namespace {
-
-bool leftOwnNetwork(const webAddress& asked, const std::string& finalAddress) {
-    const auto given = webAddressFrom(finalAddress);
-    return given && isOnOwnNetwork(asked) && !isOnOwnNetwork(*given);
-}
-
-} // namespace
-
-std::optional<std::string> loadText(UrlLoader& loader, urlRequest request) {
+std::optional<loadedText> loadText(UrlLoader& loader, urlRequest request) {
     const auto address = webAddressFrom(request.address);
     if (!address) {
         logLine("Error loading " + forLog(request.address) + ": no address of the web");
@@ -26,14 +17,10 @@ std::optional<std::string> loadText(UrlLoader& loader, urlRequest request) {
     request.address = address->text();
     auto response = loader.load(request);
     if (!response || response->hasFailed) return std::nullopt;
-    if (leftOwnNetwork(*address, response->finalAddress)) {
-        logLine("Error loading " + forLog(request.address) +
-                ": it leads from the own network to a public host");
-        return std::nullopt;
-    }
     auto text = textFromUTF8(std::move(response->body));
     if (!text) logLine("Error loading " + forLog(request.address) + ": not UTF-8");
-    return text;
+    if (!text) return std::nullopt;
+    return loadedText{std::move(*text), std::move(response->finalAddress)};
 }
 
 } // namespace tessaril

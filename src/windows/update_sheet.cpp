@@ -91,14 +91,22 @@ void UpdateSheet::showEvent(QShowEvent* event) {
 /// presses, those follow each other at once, as no finger does.
 bool UpdateSheet::isHeldKey(const QKeyEvent& event) {
     if (event.isAutoRepeat()) return true;
-    if (event.type() == QEvent::KeyRelease) lastRelease = event.timestamp();
-    return event.type() == QEvent::KeyPress && lastRelease != 0 &&
+    if (event.type() == QEvent::KeyRelease) {
+        lastKey = event.key();
+        lastRelease = event.timestamp();
+        return false;
+    }
+    return event.key() == lastKey && lastRelease != 0 &&
            event.timestamp() - lastRelease < shortestPause;
 }
 
 bool UpdateSheet::eventFilter(QObject* object, QEvent* event) {
-    const bool isKey = event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease;
-    if (isKey && isHeldKey(static_cast<QKeyEvent&>(*event))) return true;
+    const bool isKey = event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease ||
+                       event->type() == QEvent::ShortcutOverride;
+    if (isKey && isHeldKey(static_cast<QKeyEvent&>(*event))) {
+        event->accept(); // or it would count as a shortcut
+        return true;
+    }
     return QDialog::eventFilter(object, event);
 }
 

@@ -36,7 +36,8 @@ private:
     bool isHeldKey(const QKeyEvent& event);
 
     std::unique_ptr<UpdateRun> run;
-    quint64 lastRelease = 0; ///< of a key; milliseconds of the desktop's clock
+    int lastKey = 0; ///< that was released, and when, by the desktop's clock, in milliseconds
+    quint64 lastRelease = 0;
     bool hasBegun = false;
     std::size_t shownLog = 0; ///< how many bytes of it
     QPlainTextEdit* logText;

@@ -34,7 +34,8 @@ protected:
         style.styleData.sections = {{.code = std::move(code)}};
         style.userVariables = {{.type = "text", .name = "lib", .currentValue = "\"lib\""}};
         errors.errors.clear();
-        (refreshed ? compiler.refreshing()(style) : compiler.compileLoading(style))();
+        const auto tell = refreshed ? compiler.refreshing()(style) : compiler.compileLoading(style);
+        if (tell) tell();
         EXPECT_LE(errors.errors.size(), 1u);
         if (!errors.errors.empty()) return errors.errors.front().text;
         std::string text = style.styleData.compSections.value().front().code;

@@ -53,9 +53,18 @@ std::vector<double> ticksOf(const rangeOpts& options) {
     const int last = static_cast<int>(*scale.tickCount()) - 1;
     std::vector<double> ticks;
     for (int i = 0; i <= last; ++i)
-        ticks.push_back(scale.at(
-            last > 0 ? static_cast<double>(i) * options.step / (options.max - options.min) : 0));
+        ticks.push_back(scale.at(last > 0 ? static_cast<double>(i) / last : 0));
     return ticks;
+}
+
+TEST(ValueText, readsColorsAsPeopleTypeThem) {
+    EXPECT_EQ(colorFromTyped(" #F80 "), (colorComponents{1, 136 / 255., 0, 1}));
+    EXPECT_EQ(colorFromTyped("#ff000080"), (colorComponents{1, 0, 0, 0.5}));
+    EXPECT_EQ(colorFromTyped("#f008"), (colorComponents{1, 0, 0, 0.533}));
+    EXPECT_EQ(colorFromTyped("rgba(0, 0, 255, .3)"), (colorComponents{0, 0, 1, 0.3}));
+    EXPECT_EQ(colorFromTyped("Tomato"), colorFromString("tomato"));
+    for (const char* none : {"", "#", "#12345", "#ggg", "#1234567", "red blue", "rgb(1,2)"})
+        EXPECT_EQ(colorFromTyped(none), std::nullopt) << none;
 }
 
 TEST(ValueScale, takesTheStepsThatTheStyleDeclares) {

@@ -30,12 +30,15 @@ struct UpdateMachine : StoreMachine<Tasks> {
         std::string values;
         for (const userVariable& variable : *style.userVariables)
             values += variable.currentValue.value_or("-");
-        for (styleSection& section : style.styleData.sections)
-            section.compiledcode = section.code + values;
-        if (lowercasedASCII(style.preprocessor) == "less" && values != failing)
-            style.styleData.compSections = {{.code = library}};
+        const bool isLess = lowercasedASCII(style.preprocessor) == "less";
+        const bool worked = isLess && values != failing;
+        if (worked && !library.empty()) style.styleData.compSections = {{.code = library}};
+        if (!isLess)
+            for (styleSection& section : style.styleData.sections)
+                section.compiledcode = section.code + values;
         const std::lock_guard lock(mutex);
         compilations.push_back(how + style.styleData.name);
+        if (worked) return {};
         return [this, how] { told.push_back(how); };
     }
 
@@ -77,7 +80,7 @@ struct UpdateMachine : StoreMachine<Tasks> {
     StyleSite site{loader, this->preferences};
     std::mutex mutex;
     std::vector<std::string> compilations, told;
-    std::string library = "one";        ///< what every Less style imports
+    std::string library = "one";        ///< what every Less style imports; empty: gives no CSS
     std::optional<std::string> failing; ///< the values with which none can be compiled
 };
 
