@@ -111,6 +111,7 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
     application.listCommands().setRoutes(
         {.exportFromStyleList =
              [&](const styleContainer& style) { others.openExportSheet(style, *shown); },
+         .openStyleProps = [&](std::int64_t id) { return others.openStyleProps(id, *shown); },
          .updateIndividual =
              [&](std::int64_t id) { application.styleUpdates().checkStyleForUpdate(id); }});
     MainWindow window(

@@ -5,6 +5,7 @@
 #include "windows/import_moz_doc_view.h"
 #include "windows/import_sheet.h"
 #include "windows/preferences_window.h"
+#include "windows/style_prop_window.h"
 #include "windows/update_sheet.h"
 
 namespace tessaril {
@@ -77,6 +78,18 @@ void OtherWindows::openExportSheet(const styleContainer& style, QWidget& mainWin
                                   &mainWindow);
     sheet->setAttribute(Qt::WA_DeleteOnClose);
     sheet->open();
+}
+
+bool OtherWindows::openStyleProps(std::int64_t id, QWidget& mainWindow) {
+    const auto style = application.store().findStyle(id);
+    if (!style) return false;
+    const StyleList& list = application.styleList();
+    const auto row = list.rowOf(id);
+    auto* window =
+        new StylePropWindow(std::make_unique<StylePropView>(application.styleProps(), *style),
+                            row ? list.styles()[*row]->faviconImg : nullptr, &mainWindow);
+    window->bringForward();
+    return true;
 }
 
 } // namespace tessaril

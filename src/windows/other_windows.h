@@ -40,6 +40,10 @@ public:
     void openUpdateSheet(QWidget& mainWindow);
     void openExportSheet(const styleContainer& style, QWidget& mainWindow);
 
+    /// Opens a window for the style, whose identifier is among the open properties; false when
+    /// there is no such style.
+    bool openStyleProps(std::int64_t id, QWidget& mainWindow);
+
 private:
     Application& application;
     editorParts editor;

@@ -1,0 +1,30 @@
+#include "windows/elided_label.h"
+
+#include "windows/shown_text.h"
+
+#include <QResizeEvent>
+
+namespace tessaril {
+
+void ElidedLabel::showText(std::string_view text) {
+    whole = oneLine(text);
+    setTextFormat(Qt::PlainText);
+    setToolTip(whole.toHtmlEscaped());
+    setText(fontMetrics().elidedText(whole, Qt::ElideRight, width()));
+    updateGeometry();
+}
+
+QSize ElidedLabel::sizeHint() const {
+    return {fontMetrics().horizontalAdvance(whole), QLabel::sizeHint().height()};
+}
+
+QSize ElidedLabel::minimumSizeHint() const {
+    return {0, QLabel::minimumSizeHint().height()};
+}
+
+void ElidedLabel::resizeEvent(QResizeEvent* event) {
+    QLabel::resizeEvent(event);
+    setText(fontMetrics().elidedText(whole, Qt::ElideRight, width()));
+}
+
+} // namespace tessaril

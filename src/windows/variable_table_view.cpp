@@ -1,0 +1,86 @@
+#include "windows/variable_table_view.h"
+
+#include "windows/shown_text.h"
+#include "windows/variable_table_cell.h"
+
+#include <QComboBox>
+#include <QEvent>
+#include <QResizeEvent>
+#include <QScrollBar>
+
+#include <algorithm>
+
+namespace tessaril {
+
+namespace {
+
+constexpr int rowPadding = 10;
+constexpr std::size_t rowsAhead = 8; ///< so that the Tab key finds the next one
+constexpr int comfortableRows = 8;
+
+} // namespace
+
+VariableTableView::VariableTableView(VariableTable& variableTable, QWidget* parent)
+    : QScrollArea(parent), table(variableTable), content(new QWidget) {
+    setObjectName("variableTable");
+    setAccessibleName("Variables");
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setFocusPolicy(Qt::NoFocus);
+    content->setBackgroundRole(QPalette::Base);
+    content->setAutoFillBackground(true);
+    setWidget(content);
+    viewport()->setBackgroundRole(QPalette::Base);
+    rowHeight = QComboBox().sizeHint().height() + rowPadding;
+    verticalScrollBar()->setSingleStep(rowHeight);
+    connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] { makeRowsInSight(); });
+}
+
+void VariableTableView::reload() {
+    for (VariableTableCell* row : rows)
+        row->reload();
+}
+
+QSize VariableTableView::sizeHint() const {
+    const int most = std::min(static_cast<int>(table.rowCount()), comfortableRows);
+    return {QScrollArea::sizeHint().width(), most * rowHeight + 2 * frameWidth()};
+}
+
+void VariableTableView::resizeEvent(QResizeEvent* event) {
+    QScrollArea::resizeEvent(event);
+    const int height = static_cast<int>(table.rowCount()) * rowHeight;
+    content->resize(viewport()->width(), std::max(height, viewport()->height()));
+    for (std::size_t row = 0; row < rows.size(); ++row)
+        placeRow(row);
+    makeRowsInSight();
+}
+
+/// In order, as the Tab key goes through rows in the order in which they were made.
+void VariableTableView::makeRowsInSight() {
+    const int bottom = verticalScrollBar()->value() + viewport()->height();
+    const std::size_t wanted = static_cast<std::size_t>(bottom / rowHeight) + 1 + rowsAhead;
+    while (rows.size() < std::min(wanted, table.rowCount())) {
+        auto* row = new VariableTableCell(table, rows.size(), content);
+        for (QWidget* part : row->findChildren<QWidget*>())
+            part->installEventFilter(this);
+        rows.push_back(row);
+        placeRow(rows.size() - 1);
+        row->show();
+    }
+}
+
+void VariableTableView::placeRow(std::size_t row) {
+    rows[row]->setGeometry(0, static_cast<int>(row) * rowHeight, content->width(), rowHeight);
+    rows[row]->setNameWidth(nameWidth());
+}
+
+int VariableTableView::nameWidth() const {
+    return viewport()->width() * 2 / 5;
+}
+
+bool VariableTableView::eventFilter(QObject* object, QEvent* event) {
+    if (event->type() != QEvent::Wheel) return QScrollArea::eventFilter(object, event);
+    event->ignore();
+    return true;
+}
+
+} // namespace tessaril
