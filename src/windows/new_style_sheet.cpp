@@ -1,6 +1,7 @@
 #include "windows/new_style_sheet.h"
 
 #include "windows/pane_form.h"
+#include "windows/rule_examples.h"
 #include "windows/shown_text.h"
 
 #include <QComboBox>
@@ -20,11 +21,6 @@ namespace tessaril {
 namespace {
 
 constexpr int sheetWidth = 480;
-
-/// Of each type of rule.
-constexpr std::array<const char*, ruleTypes.size()> examples = {
-    "example.com", "https://example.com/page", "https://example.com/",
-    R"(https://(www\.)?example\.com/.*)"};
 
 QComboBox* menuOf(const char* name, std::span<const std::string_view> titles) {
     auto* menu = new QComboBox;
@@ -95,7 +91,8 @@ NewStyleSheet::NewStyleSheet(NewStyle& styleMaker, QWidget* parent)
 }
 
 void NewStyleSheet::showRuleExample() {
-    ruleField->setPlaceholderText(examples[static_cast<std::size_t>(ruleTypeMenu->currentIndex())]);
+    ruleField->setPlaceholderText(
+        ruleExamples[static_cast<std::size_t>(ruleTypeMenu->currentIndex())]);
 }
 
 void NewStyleSheet::accept() {

@@ -1,0 +1,68 @@
+#include "windows/rule_editor_sheet.h"
+
+#include "windows/pane_form.h"
+#include "windows/rule_table.h"
+#include "windows/shown_text.h"
+
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QShortcut>
+#include <QVBoxLayout>
+
+#include <limits>
+
+namespace tessaril {
+
+namespace {
+
+constexpr QSize comfortableSize(560, 420);
+
+} // namespace
+
+RuleEditorSheet::RuleEditorSheet(RuleEditorDelegate& delegate, bool isReadOnly, QWidget* parent)
+    : QDialog(parent), editor(delegate, isReadOnly), sectionNameField(new QLineEdit) {
+    setObjectName("ruleEditorSheet");
+    setWindowTitle("Rules");
+    setWindowModality(Qt::WindowModal);
+    setAttribute(Qt::WA_DeleteOnClose);
+
+    sectionNameField->setObjectName("sectionNameField");
+    // What is there or is pasted is never cut in silence.
+    sectionNameField->setMaxLength(std::numeric_limits<int>::max());
+    sectionNameField->setText(qtText(editor.sectionName()));
+    sectionNameField->setEnabled(!isReadOnly);
+    auto* table = new RuleTable(editor.rules());
+    table->setNoteWithoutRules("Without a rule the section applies to every page.");
+
+    auto* buttons = new QDialogButtonBox;
+    QPushButton* save = buttons->addButton("&Save", QDialogButtonBox::AcceptRole);
+    QPushButton* cancel = buttons->addButton("&Cancel", QDialogButtonBox::RejectRole);
+    save->setObjectName("saveButton");
+    save->setDefault(true);
+    cancel->setAutoDefault(false);
+    for (QAbstractButton* button : buttons->buttons())
+        button->setIcon({});
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    connect(new QShortcut(QKeySequence::Save, this), &QShortcut::activated, this, &QDialog::accept);
+
+    auto* formPart = new QWidget;
+    QFormLayout* form = makePaneForm(*formPart);
+    form->setContentsMargins(0, 0, 0, 0);
+    form->addRow("Section &name:", sectionNameField);
+    auto* parts = new QVBoxLayout(this);
+    parts->addWidget(formPart);
+    parts->addWidget(table, 1);
+    parts->addWidget(buttons);
+    resize(comfortableSize);
+    if (isReadOnly) table->setFocus();
+}
+
+void RuleEditorSheet::accept() {
+    editor.saveClicked(sectionNameField->text().toStdString());
+    QDialog::accept();
+}
+
+} // namespace tessaril

@@ -1,0 +1,185 @@
+#include "support/event_loop.h"
+#include "windows/rule_editor_sheet.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPointer>
+#include <QTableView>
+#include <QToolButton>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tessaril {
+namespace {
+
+using namespace testing;
+using ::testing::ElementsAre;
+using Rows = std::vector<typedRule>;
+
+/// The sheet over a section, with its table.
+class RuleEditorSheetTest : public ::testing::Test, protected RuleEditorDelegate {
+protected:
+    ~RuleEditorSheetTest() override { delete sheet; }
+
+    void open(Rows rows, bool isReadOnly = false) {
+        section = {std::move(rows), " Name\n"};
+        sheet = new RuleEditorSheet(*this, isReadOnly, nullptr);
+        sheet->show();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(sheet));
+        view = sheet->findChild<QTableView*>("rules");
+    }
+    std::optional<ruleDictionary> rulesForCurrentSection() override { return section; }
+    void applyRules(const ruleDictionary& rules) override { applied = rules; }
+
+    QToolButton& button(const char* name) { return *sheet->findChild<QToolButton*>(name); }
+    void press(const char* name) { QTest::mouseClick(&button(name), Qt::LeftButton); }
+    void click(int row, int column) {
+        QTest::mouseClick(view->viewport(), Qt::LeftButton, {},
+                          view->visualRect(view->model()->index(row, column)).center());
+    }
+    void key(Qt::Key key, Qt::KeyboardModifiers with = {}) {
+        QWidget* target = QApplication::focusWidget();
+        if (QWidget* popup = QApplication::activePopupWidget())
+            target = popup->focusWidget() ? popup->focusWidget() : popup;
+        QTest::keyClick(target, key, with);
+        QCoreApplication::processEvents();
+    }
+    void type(const QString& text) { QTest::keyClicks(QApplication::focusWidget(), text); }
+    QLineEdit* field() { return qobject_cast<QLineEdit*>(QApplication::focusWidget()); }
+    int selectedRow() {
+        const QModelIndexList selected = view->selectionModel()->selectedRows();
+        return selected.isEmpty() ? -1 : selected.front().row();
+    }
+    /// Saves and gives the rows that were applied.
+    Rows saved() {
+        QTest::keyClick(sheet, Qt::Key_S, Qt::ControlModifier);
+        EXPECT_TRUE(eventually([this] { return !sheet; }));
+        return applied ? applied->dictionary : Rows{};
+    }
+
+    ruleDictionary section;
+    std::optional<ruleDictionary> applied;
+    QPointer<RuleEditorSheet> sheet;
+    QTableView* view = nullptr;
+};
+
+TEST_F(RuleEditorSheetTest, AddsAndEditsInPlaceAndSavesWithTheFieldOpen) {
+    open({});
+    EXPECT_TRUE(sheet->findChild<QLabel*>("emptyNote")->isVisible());
+    press("addRuleButton");
+    EXPECT_FALSE(sheet->findChild<QLabel*>("emptyNote")->isVisible());
+    ASSERT_TRUE(field());
+    EXPECT_EQ(field()->placeholderText(), "example.com");
+    type("a.example");
+    key(Qt::Key_Return);
+    ASSERT_TRUE(sheet && sheet->isVisible()) << "the key was for the field";
+    EXPECT_EQ(QApplication::focusWidget(), view);
+
+    button("addRuleButton").setFocus();
+    QTimer::singleShot(0, sheet, [this] { // the menu runs a loop of its own
+        key(Qt::Key_Up);
+        key(Qt::Key_Return);
+    });
+    key(Qt::Key_Down);
+    ASSERT_TRUE(field());
+    EXPECT_EQ(selectedRow(), 1);
+    EXPECT_TRUE(field()->placeholderText().startsWith("https://(www")) << "of an expression";
+    type(" x{2}");
+    EXPECT_EQ(saved(), (Rows{{"Domain", "a.example"}, {"RegExp", " x{2}"}}));
+    EXPECT_EQ(applied->sectionName, "Name");
+}
+
+TEST_F(RuleEditorSheetTest, ChangesTheTypeInItsMenu) {
+    open({{"Domain", "a"}, {"Strange", "b"}, {"Domain", "c"}});
+    click(0, 0);
+    auto* menu = qobject_cast<QComboBox*>(view->indexWidget(view->model()->index(0, 0)));
+    ASSERT_TRUE(menu && menu->view()->isVisible()) << "by one click";
+    key(Qt::Key_Down);
+    key(Qt::Key_Down);
+    key(Qt::Key_Return);
+    EXPECT_TRUE(eventually([this] { return QApplication::focusWidget() == view; }));
+
+    key(Qt::Key_Down);
+    EXPECT_EQ(view->currentIndex().data(), "Strange");
+    key(Qt::Key_Space);
+    key(Qt::Key_Escape); // nothing was chosen
+    EXPECT_TRUE(eventually([this] { return QApplication::focusWidget() == view; }));
+    key(Qt::Key_Down);
+    key(Qt::Key_Right);
+    key(Qt::Key_Down, Qt::AltModifier);
+    key(Qt::Key_Down);
+    key(Qt::Key_Return);
+    EXPECT_EQ(saved(), (Rows{{"URL starts with", "a"}, {"Strange", "b"}, {"URL is", "c"}}));
+}
+
+TEST_F(RuleEditorSheetTest, RemovesByButtonAndKeyAndSelectsWhatTakesThePlace) {
+    open({{"Domain", "a"}, {"Domain", "b"}, {"Domain", "c"}, {"Domain", "d"}});
+    EXPECT_FALSE(button("removeRuleButton").isEnabled());
+    click(1, 1);
+    EXPECT_EQ(QApplication::focusWidget(), view) << "the first click selects";
+    key(Qt::Key_Delete);
+    EXPECT_EQ(selectedRow(), 1);
+    click(1, 1);
+    ASSERT_TRUE(field()) << "the second edits";
+    type("!");
+    key(Qt::Key_Backspace); // within the text
+    press("removeRuleButton");
+    EXPECT_EQ(selectedRow(), 1);
+    key(Qt::Key_Backspace);
+    EXPECT_EQ(selectedRow(), 0) << "the last";
+    EXPECT_EQ(QApplication::focusWidget(), view);
+    button("removeRuleButton").setFocus();
+    key(Qt::Key_Space);
+    EXPECT_FALSE(button("removeRuleButton").isEnabled());
+    EXPECT_EQ(QApplication::focusWidget(), view) << "not a button, for the next key press";
+    EXPECT_EQ(saved(), Rows{});
+    EXPECT_TRUE(applied);
+}
+
+TEST_F(RuleEditorSheetTest, WritesNothingThatWasNotTyped) {
+    const Rows rows{{"RegExp", "a\nb\tc"}, {"Domain", "\xEF\xBB\xBFx\xFF"}, {"Domain", ""}};
+    open(rows);
+    EXPECT_EQ(view->model()->index(0, 1).data(), "a b c");
+    view->setFocus();
+    key(Qt::Key_Tab);
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+        ASSERT_TRUE(field()) << "Tab goes from field to field";
+        EXPECT_EQ(field()->text(), view->model()->index(int(row), 1).data(Qt::EditRole));
+        type("typed");
+        key(Qt::Key_Escape);
+        ASSERT_TRUE(sheet && sheet->isVisible()) << "the key was for the field";
+        key(Qt::Key_Tab);
+        if (row + 1 < rows.size()) key(Qt::Key_Tab);
+    }
+    EXPECT_EQ(QApplication::focusWidget(), &button("addRuleButton")) << "and out of the table";
+    key(Qt::Key_Backtab);
+    key(Qt::Key_F2);
+    ASSERT_TRUE(field());
+    EXPECT_EQ(saved(), rows);
+}
+
+TEST_F(RuleEditorSheetTest, ShowsRulesThatMayNotBeChanged) {
+    open({{"RegExp", "a\nb"}}, true);
+    EXPECT_FALSE(sheet->findChild<QLineEdit*>("sectionNameField")->isEnabled());
+    EXPECT_FALSE(button("addRuleButton").isEnabled());
+    click(0, 0);
+    click(0, 1);
+    EXPECT_FALSE(button("removeRuleButton").isEnabled());
+    for (const Qt::Key pressed : {Qt::Key_F2, Qt::Key_Space, Qt::Key_Delete, Qt::Key_X})
+        key(pressed);
+    key(Qt::Key_Down, Qt::AltModifier);
+    EXPECT_EQ(QApplication::focusWidget(), view);
+    EXPECT_EQ(view->model()->rowCount(), 1);
+    key(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QApplication::clipboard()->text(), "a\nb");
+    saved();
+    EXPECT_FALSE(applied);
+}
+
+} // namespace
+} // namespace tessaril
