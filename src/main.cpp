@@ -109,9 +109,9 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
         shippedFolder() / "tessaril/resources/Ace/index.html");
     QPointer<QWidget> shown;
     application.listCommands().setRoutes(
-        {.exportFromStyleList =
+        {.openStyleProps = [&](std::int64_t id) { return others.openStyleProps(id, *shown); },
+         .exportFromStyleList =
              [&](const styleContainer& style) { others.openExportSheet(style, *shown); },
-         .openStyleProps = [&](std::int64_t id) { return others.openStyleProps(id, *shown); },
          .updateIndividual =
              [&](std::int64_t id) { application.styleUpdates().checkStyleForUpdate(id); }});
     MainWindow window(

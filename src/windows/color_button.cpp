@@ -12,7 +12,7 @@ namespace tessaril {
 
 namespace {
 
-constexpr QSize size(56, 24);
+constexpr QSize buttonSize(56, 24);
 constexpr qreal radius = 4;
 constexpr int square = 6; // of the pattern
 
@@ -45,7 +45,7 @@ void paintSwatch(QPainter& painter, const QRectF& place, const QColor& color) {
 
 ColorButton::ColorButton(QWidget* parent) : QAbstractButton(parent) {
     setFocusPolicy(Qt::StrongFocus);
-    setFixedSize(size);
+    setFixedSize(buttonSize);
     connect(this, &QAbstractButton::clicked, this, [this] { askForColor(); });
 }
 
@@ -55,7 +55,7 @@ void ColorButton::showColor(const colorComponents& newColor) {
 }
 
 QSize ColorButton::sizeHint() const {
-    return size;
+    return buttonSize;
 }
 
 void ColorButton::askForColor() {

@@ -35,7 +35,7 @@ VariableTableCell::VariableTableCell(VariableTable& variableTable, std::size_t o
     displayName->setObjectName("displayName");
     parts->addWidget(displayName);
     addControl(shown);
-    if (show) show(shown);
+    if (showValue) showValue(shown);
 }
 
 void VariableTableCell::setNameWidth(int width) {
@@ -43,7 +43,7 @@ void VariableTableCell::setNameWidth(int width) {
 }
 
 void VariableTableCell::reload() {
-    if (show) show(table.rowAt(row));
+    if (showValue) showValue(table.rowAt(row));
 }
 
 void VariableTableCell::addControl(const variableRow& shown) {
@@ -85,7 +85,7 @@ void VariableTableCell::addField() {
     place(inputField, "inputField", 1);
     connect(inputField, &QLineEdit::textEdited, this,
             [this](const QString& text) { table.textDidChange(row, text.toStdString()); });
-    show = [inputField](const variableRow& shown) { inputField->setText(qtText(shown.text)); };
+    showValue = [inputField](const variableRow& shown) { inputField->setText(qtText(shown.text)); };
 }
 
 void VariableTableCell::addColorWell() {
@@ -98,7 +98,7 @@ void VariableTableCell::addColorWell() {
         table.colorDidChange(row, color);
         reload();
     });
-    show = [colorWell, stored](const variableRow& shown) {
+    showValue = [colorWell, stored](const variableRow& shown) {
         if (shown.color) colorWell->showColor(*shown.color);
         stored->showText(shown.text);
     };
@@ -117,7 +117,7 @@ void VariableTableCell::addCheckbox(const variableRow& shown) {
         table.checkboxToggled(row, isChecked);
         showTitle(!isChecked);
     });
-    show = [checkbox, showTitle](const variableRow& now) {
+    showValue = [checkbox, showTitle](const variableRow& now) {
         checkbox->setChecked(now.isChecked.value_or(false));
         showTitle(now.isChecked == false);
     };
@@ -132,7 +132,7 @@ void VariableTableCell::addDropdown(const variableRow& shown) {
     connect(dropdown, &QComboBox::activated, this, [this](int item) {
         if (item >= 0) table.dropdownChanged(row, static_cast<std::size_t>(item));
     });
-    show = [dropdown](const variableRow& now) {
+    showValue = [dropdown](const variableRow& now) {
         dropdown->setCurrentIndex(now.chosenItem ? static_cast<int>(*now.chosenItem) : -1);
     };
 }
@@ -149,7 +149,7 @@ void VariableTableCell::addSlider(const variableRow& shown) {
         table.valueChanged(row, value);
         showLabel(value);
     });
-    show = [rangeSlider, showLabel](const variableRow& now) {
+    showValue = [rangeSlider, showLabel](const variableRow& now) {
         rangeSlider->showValue(now.value);
         showLabel(now.value);
     };
@@ -162,7 +162,7 @@ void VariableTableCell::addStepper(const variableRow& shown) {
     parts->addStretch(1);
     connect(stepper, &ValueStepper::valueChosen, this,
             [this](double value) { table.valueChanged(row, value); });
-    show = [stepper](const variableRow& now) { stepper->showValue(now.value); };
+    showValue = [stepper](const variableRow& now) { stepper->showValue(now.value); };
 }
 
 } // namespace tessaril

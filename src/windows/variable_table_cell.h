@@ -40,7 +40,7 @@ private:
     std::size_t row;
     QHBoxLayout* parts;
     ElidedLabel* displayName;
-    std::function<void(const variableRow&)> show; ///< the value in the control
+    std::function<void(const variableRow&)> showValue; ///< the value in the control
 };
 
 } // namespace tessaril
