@@ -22,9 +22,10 @@ namespace tessaril {
 
 namespace {
 
-constexpr QSize comfortableSize(560, 620);
-constexpr QSize smallSize(560, 400); // without variables
+constexpr QSize comfortableSize(580, 680);
+constexpr QSize smallSize(580, 400); // without variables
 constexpr int iconSize = 32;
+constexpr int groupGap = 6;
 
 /// In the order of `StylePropView::themes`.
 constexpr std::array<const char*, StylePropView::themes.size()> themeTitles = {
@@ -69,8 +70,10 @@ StylePropWindow::StylePropWindow(std::unique_ptr<StylePropView> ownView,
     auto* parts = new QVBoxLayout(this);
     parts->addWidget(makeHeader(icon));
     parts->addWidget(makeSettings());
-    parts->addWidget(makeExclusions(), 2);
-    if (hasVariables) parts->addWidget(makeVariables(), 3);
+    parts->addWidget(makeExclusions(), 1);
+    if (hasVariables) parts->addSpacing(groupGap);
+    if (hasVariables) parts->addWidget(makeVariables(), 2);
+    parts->addSpacing(groupGap);
     parts->addWidget(makeButtons());
 
     showName(view->style().styleData.name);
@@ -139,12 +142,13 @@ QWidget* StylePropWindow::makeSettings() {
 QWidget* StylePropWindow::makeExclusions() {
     auto* excludeTable = new RuleTable(view->exclusions());
     excludeTable->setObjectName("excludeTable");
+    excludeTable->setNoteWithoutRules("Nothing is excluded.");
     return titled("&Does not apply to:", excludeTable, excludeTable);
 }
 
 QWidget* StylePropWindow::makeVariables() {
     variableTable = new VariableTableView(view->variables());
-    return titled("Va&riables:", variableTable, variableTable);
+    return titled("Varia&bles:", variableTable, variableTable);
 }
 
 QWidget* StylePropWindow::makeButtons() {
@@ -199,7 +203,7 @@ void StylePropWindow::reject() {
 
 void StylePropWindow::closeEvent(QCloseEvent* event) {
     view->leave();
-    QDialog::closeEvent(event);
+    event->accept(); // a dialog's own way would be by `reject`
 }
 
 } // namespace tessaril

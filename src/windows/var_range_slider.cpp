@@ -1,6 +1,8 @@
 #include "windows/var_range_slider.h"
 
+#include <QPainter>
 #include <QSignalBlocker>
+#include <QStyleOptionSlider>
 
 #include <algorithm>
 #include <cmath>
@@ -13,6 +15,7 @@ namespace {
 constexpr double mostPositions = 10000;
 /// Where the scale has no steps.
 constexpr double freePositions = 1000;
+constexpr int tickLength = 4;
 
 } // namespace
 
@@ -28,13 +31,34 @@ void VarRangeSlider::setScale(const valueScale& newScale, bool drawsTicks) {
     const QSignalBlocker blocker(this);
     setRange(0, static_cast<int>(std::min(positions, mostPositions)));
     setPageStep(std::max(1, maximum() / 10));
-    setTickInterval(1);
-    setTickPosition(drawsTicks ? TicksBelow : NoTicks);
+    hasTicks = drawsTicks;
+    update();
 }
 
 void VarRangeSlider::showValue(double value) {
     const QSignalBlocker blocker(this);
     setValue(static_cast<int>(std::lround(scale.partOf(value) * maximum())));
+}
+
+/// With marks of its own: those of the style move the groove, and are hardly seen on dark ground.
+void VarRangeSlider::paintEvent(QPaintEvent* event) {
+    QSlider::paintEvent(event);
+    if (!hasTicks) return;
+    QStyleOptionSlider option;
+    initStyleOption(&option);
+    QPainter painter(this);
+    painter.setPen(palette().color(QPalette::PlaceholderText));
+    const int handle = style()->pixelMetric(QStyle::PM_SliderLength, &option, this);
+    for (int tick = 0; tick <= maximum(); ++tick) {
+        const int x =
+            handle / 2 + QStyle::sliderPositionFromValue(0, maximum(), tick, width() - handle);
+        painter.drawLine(x, height() - tickLength, x, height() - 1);
+    }
+}
+
+QSize VarRangeSlider::sizeHint() const {
+    // The same with marks and without, so that all stand in line.
+    return QSlider::sizeHint() + QSize(0, 2 * (tickLength + 1));
 }
 
 } // namespace tessaril

@@ -18,11 +18,17 @@ public:
     /// Shows the value, or the one nearest to it.
     void showValue(double value);
 
+    QSize sizeHint() const override;
+
 signals:
     void valueChosen(double value);
 
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
 private:
     valueScale scale;
+    bool hasTicks = false;
 };
 
 } // namespace tessaril

@@ -29,6 +29,7 @@ VariableTableCell::VariableTableCell(VariableTable& variableTable, std::size_t o
     , row(ownRow)
     , parts(new QHBoxLayout(this))
     , displayName(new ElidedLabel) {
+    setObjectName("variableRow");
     parts->setContentsMargins(sideMargin, 0, sideMargin, 0);
     const variableRow shown = table.rowAt(row);
     displayName->showText(shown.displayName);
@@ -111,7 +112,9 @@ void VariableTableCell::addCheckbox(const variableRow& shown) {
     checkbox->setMinimumWidth(0);
     place(checkbox, "checkbox", 1);
     const auto showTitle = [checkbox](bool isWeak) {
-        checkbox->setForegroundRole(isWeak ? QPalette::PlaceholderText : QPalette::WindowText);
+        QPalette colors;
+        if (isWeak) colors.setColor(QPalette::WindowText, colors.color(QPalette::PlaceholderText));
+        checkbox->setPalette(colors);
     };
     connect(checkbox, &QCheckBox::clicked, this, [this, showTitle](bool isChecked) {
         table.checkboxToggled(row, isChecked);

@@ -1,6 +1,6 @@
 #include "windows/variable_table_view.h"
 
-#include "windows/shown_text.h"
+#include "windows/var_range_slider.h"
 #include "windows/variable_table_cell.h"
 
 #include <QComboBox>
@@ -14,7 +14,7 @@ namespace tessaril {
 
 namespace {
 
-constexpr int rowPadding = 10;
+constexpr int rowPadding = 8;
 constexpr std::size_t rowsAhead = 8; ///< so that the Tab key finds the next one
 constexpr int comfortableRows = 8;
 
@@ -26,11 +26,9 @@ VariableTableView::VariableTableView(VariableTable& variableTable, QWidget* pare
     setAccessibleName("Variables");
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setFocusPolicy(Qt::NoFocus);
-    content->setBackgroundRole(QPalette::Base);
-    content->setAutoFillBackground(true);
     setWidget(content);
-    viewport()->setBackgroundRole(QPalette::Base);
-    rowHeight = QComboBox().sizeHint().height() + rowPadding;
+    rowHeight = std::max(QComboBox().sizeHint().height(), VarRangeSlider().sizeHint().height()) +
+                rowPadding;
     verticalScrollBar()->setSingleStep(rowHeight);
     connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] { makeRowsInSight(); });
 }
