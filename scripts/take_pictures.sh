@@ -37,6 +37,7 @@ in_session() { # APPEARANCE: within a display and a session bus of its own
     pictures_of_list "$appearance"
     pictures_of_sheets "$appearance"
     pictures_of_updates "$appearance"
+    pictures_of_properties "$appearance"
     pictures_of_preferences "$appearance"
 }
 
@@ -121,6 +122,23 @@ pictures_of_updates() { # APPEARANCE
     xdotool key Escape
     back_to_main
     exec {server[1]}>&- # ends it
+}
+
+pictures_of_properties() { # APPEARANCE
+    xdotool key Home alt+Return
+    shown_window "Properties of Calm Reading"
+    xdotool key alt+a
+    sleep 0.5
+    xdotool type --delay 50 shop.example.com
+    xdotool key Return
+    picture "properties-$1"
+    xdotool key alt+b space
+    shown_window Paper
+    picture "properties-color-$1"
+    xdotool key Escape
+    shown_window "Properties of Calm Reading"
+    xdotool key Escape
+    back_to_main
 }
 
 back_to_main() {

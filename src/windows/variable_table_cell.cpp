@@ -67,6 +67,7 @@ void VariableTableCell::addControl(const variableRow& shown) {
 }
 
 void VariableTableCell::place(QWidget* control, const char* name, int stretch) {
+    valueControl = control;
     control->setObjectName(name);
     control->setAccessibleName(qtText(table.rowAt(row).displayName));
     parts->addWidget(control, stretch);

@@ -24,6 +24,9 @@ public:
     /// Shows the variable as it stands.
     void reload();
 
+    /// What takes the value; none for a type that is unheard of.
+    QWidget* control() const { return valueControl; }
+
 private:
     void addControl(const variableRow& shown);
     void addField();
@@ -40,6 +43,7 @@ private:
     std::size_t row;
     QHBoxLayout* parts;
     ElidedLabel* displayName;
+    QWidget* valueControl = nullptr;
     std::function<void(const variableRow&)> showValue; ///< the value in the control
 };
 

@@ -60,6 +60,10 @@ void VariableTableView::makeRowsInSight() {
         auto* row = new VariableTableCell(table, rows.size(), content);
         for (QWidget* part : row->findChildren<QWidget*>())
             part->installEventFilter(this);
+        if (rows.empty() && row->control()) {
+            setFocusProxy(row->control());
+            setFocusPolicy(Qt::StrongFocus); // for the mnemonic of the title
+        }
         rows.push_back(row);
         placeRow(rows.size() - 1);
         row->show();
