@@ -4,8 +4,7 @@
 #include "model/database_json.h"
 #include "model/text.h"
 #include "support/captured_log.h"
-
-#include <gtest/gtest.h>
+#include "support/test.h"
 
 #include <random>
 
@@ -49,7 +48,7 @@ protected:
         EXPECT_EQ(culprit, "");
     }
 
-    testing::CapturedLog log;
+    CapturedLog log;
     std::string culprit;
 };
 

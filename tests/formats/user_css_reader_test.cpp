@@ -1,6 +1,5 @@
 #include "formats/user_css_reader.h"
-
-#include <gtest/gtest.h>
+#include "support/test.h"
 
 namespace tessaril {
 namespace {
