@@ -1,13 +1,10 @@
 #include "import/style_site.h"
 #include "model/text.h"
+#include "support/test.h"
 #include "support/url_machine.h"
-
-#include <gtest/gtest.h>
 
 namespace tessaril {
 namespace {
-
-using namespace testing;
 
 class StyleSiteTest : public ::testing::Test, public UrlMachine {};
 
