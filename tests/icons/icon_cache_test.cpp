@@ -1,12 +1,10 @@
 #include "icons/icon_cache.h"
 #include "support/memory_files.h"
-
-#include <gtest/gtest.h>
+#include "support/test.h"
 
 namespace tessaril {
 namespace {
 
-using namespace testing;
 using namespace std::chrono_literals;
 
 class IconCacheTest : public ::testing::Test {
