@@ -1,19 +1,14 @@
 #include "support/event_loop.h"
 #include "support/list_machine.h"
+#include "support/test.h"
 #include "windows/style_list_view.h"
 
 #include <QAbstractItemModelTester>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <random>
 
 namespace tessaril {
 namespace {
-
-using namespace testing;
-using ::testing::ElementsAre;
 
 /// The list's window is the model; Qt's own tester checks everything it announces.
 class StyleListModelTest : public ::testing::Test {
