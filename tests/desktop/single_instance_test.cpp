@@ -3,20 +3,16 @@
 #include "desktop/start_arguments.h"
 #include "support/event_loop.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 #include <QLocalSocket>
 #include <QThread>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <atomic>
 
 namespace tessaril {
 namespace {
 
-using namespace testing;
-using ::testing::ElementsAre;
 using role = SingleInstance::role;
 namespace fs = std::filesystem;
 
