@@ -51,6 +51,9 @@ TEST(DatabaseJSON, readsBackWhatItWrote) {
                                  .randomHash = limits::min(),
                                  .dateModified = 0.1 + 0.2};
     EXPECT_EQ(decodeDatabase(*encodeDatabase(database)), database);
+    EXPECT_THAT(*encodeStyle(namedStyle("\"\\\n\t\r\x01\x1F/\x7F", 1)),
+                HasSubstr(R"("name":"\"\\\n\t\r\u0001\u001f/)"
+                          "\x7F\""));
     std::mt19937_64 random(3);
     for (int i = 0; i < 500; ++i) {
         const styleDatabase texts{.styles = {namedStyle(randomText(random), 1)}};
@@ -131,6 +134,9 @@ TEST(DatabaseJSON, keepsIntegersAndDoublesExact) {
                   std::bit_cast<std::uint64_t>(value))
             << *json;
     }
+    // Integers to other readers, which lose a zero's sign and refuse more than 64 bits.
+    for (const double value : {-0.0, 1180591620717411303424.0})
+        EXPECT_NE(encodeDatabase({.dateModified = value})->find('.'), std::string::npos) << value;
     // Spelled by others: integers beyond 64 bits are doubles like any other.
     EXPECT_EQ(decodeDatabase(withDate("100000000000000000000"))->dateModified, 1e20);
     for (const char* number : {"1e999", "1.", ".5", "01.5", "-", "1e", "NaN", "Infinity"})

@@ -302,7 +302,7 @@ TEST_F(StyleListCommandsTest, opensEachStyleOnceAndForgetsAWindowThatDidNotOpen)
     commands.disableSelected({1});
     EXPECT_EQ(alerts.beeps, 4);
     EXPECT_TRUE(store.styleWithID(2)->isEnabled);
-    tellings();
+    EXPECT_THAT(tellings(), ElementsAre("draw 1")) << "the box shows what is";
     commands.openSelected({0});
     center.post(notifications::openStyleNotif, 4);
     center.post(notifications::openStyleNotif, 77);
