@@ -10,8 +10,7 @@
 namespace tessaril {
 namespace {
 
-class ApplicationTest : public ::testing::Test, protected StandInMachine {
-protected:
+struct ApplicationTest : ::testing::Test, StandInMachine {
     /// Shows the list and lets the launch checks run.
     void launch(Application& launched) {
         launched.styleListShown();

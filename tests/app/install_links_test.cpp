@@ -17,8 +17,7 @@ alertQuestion questionFor(const std::string& name) {
             .buttons = {"Yes", "No"}};
 }
 
-class InstallLinksTest : public ::testing::Test, public UrlMachine {
-protected:
+struct InstallLinksTest : ::testing::Test, UrlMachine {
     void open(const std::string& rest) {
         links.route("tessaril://" + rest);
         dispatcher.runAll();

@@ -57,8 +57,7 @@ struct ScriptedEngine : ScriptEngine, Resources {
 constexpr auto renderLess =
     "less.render(str).then(result => {compiled = result.css;}, err => {errorMsg = err;});";
 
-class StyleCompilerTest : public ::testing::Test {
-protected:
+struct StyleCompilerTest : ::testing::Test {
     static styleContainer styleFor(std::string preprocessor) {
         styleContainer style;
         style.preprocessor = std::move(preprocessor);

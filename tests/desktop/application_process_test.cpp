@@ -12,8 +12,7 @@ namespace {
 namespace fs = std::filesystem;
 
 /// The program as a user starts it, in a home of its own.
-class ApplicationProcess : public ::testing::Test {
-protected:
+struct ApplicationProcess : ::testing::Test {
     std::unique_ptr<QProcess> start(const QStringList& arguments) const {
         const QString folder = home.path.c_str();
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();

@@ -16,8 +16,7 @@ namespace {
 using namespace std::chrono_literals;
 
 /// One server for all tests, as it takes a while to start; each test puts files of its own there.
-class CurlUrlLoaderTest : public ::testing::Test {
-protected:
+struct CurlUrlLoaderTest : ::testing::Test {
     static void SetUpTestSuite() { server = std::make_unique<StyleSiteServer>(); }
     static void TearDownTestSuite() { server.reset(); }
 

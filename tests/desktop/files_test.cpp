@@ -46,8 +46,7 @@ private:
     void (*handler)(int) = std::signal(SIGXFSZ, SIG_IGN);
 };
 
-class PosixFileSystemTest : public ::testing::Test {
-protected:
+struct PosixFileSystemTest : ::testing::Test {
     std::unique_ptr<StagedFile> stage(std::string_view content) {
         return files.stage(folder.path, std::span(&content, 1));
     }

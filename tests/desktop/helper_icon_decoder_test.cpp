@@ -51,8 +51,7 @@ std::string svg(const std::string& content) {
            content + "</svg>";
 }
 
-class HelperIconDecoderTest : public ::testing::Test {
-protected:
+struct HelperIconDecoderTest : ::testing::Test {
     /// A null image where it is refused.
     QImage decoded(const std::string& bytes) {
         const auto icon = decoder.decode(bytes);

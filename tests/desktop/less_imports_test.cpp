@@ -16,8 +16,7 @@ namespace tessaril {
 namespace {
 
 /// The real Less on files from a network in memory.
-class LessImportsTest : public ::testing::Test {
-protected:
+struct LessImportsTest : ::testing::Test {
     void serve(std::string address, std::string text) {
         loader.responses[std::move(address)] = {.body = std::move(text)};
     }

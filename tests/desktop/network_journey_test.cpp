@@ -14,8 +14,7 @@ namespace {
 
 /// The application with the real loader, compilers and threads, and a server that plays the site
 /// and everyone else.
-class NetworkJourneyTest : public ::testing::Test, protected StandInMachine {
-protected:
+struct NetworkJourneyTest : ::testing::Test, StandInMachine {
     NetworkJourneyTest() {
         standard.setValue(preferenceKeys::siteAddress, server.https());
         standard.setValue(preferenceKeys::fetchSiteIcons, false);

@@ -23,8 +23,7 @@ Act press(Qt::Key key) {
     return [key](QMessageBox& box) { QTest::keyClick(&box, key); };
 }
 
-class QtAlertsTest : public ::testing::Test {
-protected:
+struct QtAlertsTest : ::testing::Test {
     /// Does `act` with every box that comes on the screen.
     void onBox(const Act& act) {
         timer.disconnect();

@@ -30,8 +30,7 @@ role startElsewhere(
     return result;
 }
 
-class SingleInstanceTest : public ::testing::Test {
-protected:
+struct SingleInstanceTest : ::testing::Test {
     role beginFirst(SingleInstance& first) {
         return first.begin({}, [this](laterStart start) { received.push_back(std::move(start)); });
     }

@@ -41,8 +41,7 @@ std::optional<std::string> json(userVariable variable) {
 constexpr std::size_t mostPerByte = 20;
 
 // Failures are reported late: a captured log would swallow their messages.
-class HostileText : public ::testing::Test {
-protected:
+struct HostileText : ::testing::Test {
     ~HostileText() override {
         EXPECT_TRUE(isValidUTF8(log.take()));
         EXPECT_EQ(culprit, "");

@@ -97,8 +97,7 @@ TEST(UserCSSWriter, declaresEveryTypeOfVariable) {
 
 /// Draws styles with whatever can be hostile and comes back as it was; what does not is in the
 /// writer's contract.
-class StyleGenerator {
-public:
+struct StyleGenerator {
     explicit StyleGenerator(unsigned seed) : random(seed) {}
 
     styleContainer style() {
@@ -123,7 +122,6 @@ public:
         return made;
     }
 
-private:
     static constexpr const char* line =
         "a~ ~\t~\"~'~`~\\~/~-{~}~[~]~(~)~,~:~;~*~/*~<<<EOT~EOT;~@-moz-document ~@var~@name ~"
         "==UserStyle==~\u00E9~\u3000~\u6F22~\U0001F600~\u0085";

@@ -7,8 +7,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class IconCacheTest : public ::testing::Test {
-protected:
+struct IconCacheTest : ::testing::Test {
     IconCache cache(iconCacheLimits limits = {}) {
         return {files, "/cache", [this] { return files.now; }, limits};
     }

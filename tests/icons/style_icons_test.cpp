@@ -70,8 +70,7 @@ struct IconMachine {
     std::unique_ptr<StyleIcons> icons;
 };
 
-class StyleIconsTest : public ::testing::Test, protected IconMachine<SteppedDispatcher> {
-protected:
+struct StyleIconsTest : ::testing::Test, IconMachine<SteppedDispatcher> {
     /// The addresses that are asked for it.
     texts fetch(std::vector<std::int64_t> ids, iconRequest why = iconRequest::newRow) {
         found.clear();

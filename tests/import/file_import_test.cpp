@@ -5,8 +5,7 @@
 namespace tessaril {
 namespace {
 
-class FileImportTest : public ::testing::Test, public ImportMachine {
-protected:
+struct FileImportTest : ::testing::Test, ImportMachine {
     /// Imports files of these names and contents together and gives the last style.
     styleContainer imported(const std::vector<std::pair<std::string, std::string>>& named) {
         std::vector<std::filesystem::path> paths;

@@ -13,8 +13,7 @@ const RecordingAlerts::shown noRules{
     "The style you have imported does not have any defined rules for where it should be applied. "
     "If you do not define these rules, the style will be applied to all sites."};
 
-class PasteImportTest : public ::testing::Test, public ImportMachine {
-protected:
+struct PasteImportTest : ::testing::Test, ImportMachine {
     std::optional<bool> import(const std::string& text) {
         std::optional<bool> outcome;
         const auto ticket = importer.importText(text, [&](bool imported) { outcome = imported; });

@@ -6,7 +6,7 @@
 namespace tessaril {
 namespace {
 
-class StyleSiteTest : public ::testing::Test, public UrlMachine {};
+struct StyleSiteTest : ::testing::Test, UrlMachine {};
 
 TEST_F(StyleSiteTest, KnowsTheAddressesOfItsStyles) {
     stored.setValue(preferenceKeys::siteAddress, " https://styles42.example:8443/ ");

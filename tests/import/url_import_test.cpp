@@ -23,8 +23,7 @@ shown duplicate(const std::string& name) {
     return {"Duplicate Style", "The style \"" + name + "\" is already installed."};
 }
 
-class UrlImportTest : public ::testing::Test, public UrlMachine {
-protected:
+struct UrlImportTest : ::testing::Test, UrlMachine {
     /// What the sheet shows after the import of that address.
     std::optional<state> import(const std::string& address) {
         std::optional<state> next;

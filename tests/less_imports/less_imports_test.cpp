@@ -12,8 +12,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class LessImportsTest : public ::testing::Test, protected StoreMachine<> {
-protected:
+struct LessImportsTest : ::testing::Test, StoreMachine<> {
     LessImportsTest() {
         compile = [this](styleContainer& style) { afterStoring = saving.compile(style); };
     }

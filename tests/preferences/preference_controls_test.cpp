@@ -8,8 +8,7 @@
 namespace tessaril {
 namespace {
 
-class PreferenceControlsTest : public ::testing::Test, protected StandInMachine {
-protected:
+struct PreferenceControlsTest : ::testing::Test, StandInMachine {
     PreferenceControlsTest() {
         application.preferences().set("UseiCloud", true);
         application.preferenceSync().setUploadHandler(

@@ -10,8 +10,7 @@
 namespace tessaril {
 namespace {
 
-class PreferenceSyncTest : public ::testing::Test {
-protected:
+struct PreferenceSyncTest : ::testing::Test {
     PreferenceSyncTest() { registerPreferenceDefaults(standard, shared, 7, false); }
 
     NotificationCenter center;

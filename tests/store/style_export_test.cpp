@@ -27,8 +27,7 @@ TEST(StyleExportNames, AreTakenByFileSystemsAndPanels) {
     EXPECT_TRUE(isValidUTF8(cut));
 }
 
-class StyleExportTest : public ::testing::Test {
-protected:
+struct StyleExportTest : ::testing::Test {
     void write(const std::filesystem::path& file) {
         StyleExport(files, alerts, dispatcher).write(file, "é {}");
         dispatcher.runAll();

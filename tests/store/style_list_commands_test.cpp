@@ -7,8 +7,7 @@ namespace {
 
 using shownAlert = RecordingAlerts::shown;
 
-class StyleListCommandsTest : public ::testing::Test, public ListMachine {
-protected:
+struct StyleListCommandsTest : ::testing::Test, ListMachine {
     StyleListCommandsTest() {
         for (const std::string_view name :
              {notifications::addLatestStyle, notifications::addToOpenStyles,

@@ -19,8 +19,7 @@ const RecordingAlerts::shown importFailed{
     "Error reading style database",
     "The style database file you selected may not be valid, or is corrupt."};
 
-class StyleStoreTest : public ::testing::Test, public StoreMachine<> {
-protected:
+struct StyleStoreTest : ::testing::Test, StoreMachine<> {
     StyleStoreTest() {
         compile = [](styleContainer& style) {
             style.styleData.sections.at(0).compiledcode = "compiled";

@@ -30,8 +30,7 @@ struct Updates : UpdateMachine<Tasks> {
                           this->checks()}};
 };
 
-class StyleUpdatesTest : public ::testing::Test, protected Updates<SteppedDispatcher> {
-protected:
+struct StyleUpdatesTest : ::testing::Test, Updates<SteppedDispatcher> {
     void begin(std::vector<styleContainer> styles) {
         putDocument(std::move(styles));
         list.refreshTable();
@@ -43,7 +42,6 @@ protected:
     }
     const styleContainer& stored(std::int64_t id) { return *(kept = store.findStyle(id)); }
 
-private:
     std::shared_ptr<const styleContainer> kept;
 };
 

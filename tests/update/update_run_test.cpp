@@ -6,8 +6,7 @@
 namespace tessaril {
 namespace {
 
-class UpdateRunTest : public ::testing::Test, protected UpdateMachine<> {
-protected:
+struct UpdateRunTest : ::testing::Test, UpdateMachine<> {
     void open(std::vector<styleContainer> styles) {
         putDocument(std::move(styles));
         run = runs.make();

@@ -8,9 +8,7 @@
 #include "support/test.h"
 #include "windows/code_editor.h"
 
-#include <QApplication>
-#include <QClipboard>
-#include <QLineEdit>
+#include <QtWidgets>
 
 namespace tessaril {
 namespace {
@@ -34,8 +32,7 @@ struct EditorWindow {
     ConfiguredEditor configured{view(), preferences, center, [this] { return content; }};
 };
 
-class CodeEditorTest : public ::testing::Test, protected EditorWindow {
-protected:
+struct CodeEditorTest : ::testing::Test, EditorWindow {
     CodeEditorTest() {
         registerPreferenceDefaults(preferences, shared, 1, false);
         EXPECT_TRUE(eventually([this] { return configured.isReady(); }));

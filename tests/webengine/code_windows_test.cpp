@@ -8,17 +8,13 @@
 #include "windows/export_sheet.h"
 #include "windows/import_moz_doc_view.h"
 
-#include <QApplication>
-#include <QFileDialog>
-#include <QLineEdit>
-#include <QPushButton>
+#include <QtWidgets>
 
 namespace tessaril {
 namespace {
 
 /// A dialog with code, used by its keys as a person does.
-class CodeWindowTest : public ::testing::Test, protected ImportMachine {
-protected:
+struct CodeWindowTest : ::testing::Test, ImportMachine {
     CodeWindowTest() { registerPreferenceDefaults(settings, shared, 1, false); }
 
     editorParts parts() {
@@ -44,8 +40,7 @@ protected:
     shownWebView web;
 };
 
-class PasteWindowTest : public CodeWindowTest {
-protected:
+struct PasteWindowTest : CodeWindowTest {
     PasteWindowTest() {
         show(window);
         EXPECT_TRUE(eventually([&] { return isInPage("editor.isFocused()"); }))
@@ -139,8 +134,7 @@ TEST_F(PasteWindowTest, AsksAboutWhatWasTypedInTheLastInstantHoweverItIsClosed) 
     EXPECT_THAT(alerts.questions, SizeIs(3)) << "Cancel asks nothing";
 }
 
-class ExportSheetTest : public CodeWindowTest {
-protected:
+struct ExportSheetTest : CodeWindowTest {
     ExportSheetTest() {
         style.preprocessor = "Less";
         desk.show();

@@ -4,7 +4,6 @@
 #include "support/test.h"
 #include "support/window_commands.h"
 #include "windows/import_moz_doc_view.h"
-#include "windows/main_window.h"
 #include "windows/other_windows.h"
 
 #include <QApplication>
@@ -13,8 +12,7 @@ namespace tessaril {
 namespace {
 
 /// The main window with the windows that it opens, in an application that ends with its windows.
-class QuittingTest : public ::testing::Test {
-protected:
+struct QuittingTest : ::testing::Test {
     QuittingTest() { QApplication::setQuitOnLastWindowClosed(true); }
     ~QuittingTest() override { QApplication::setQuitOnLastWindowClosed(false); }
 

@@ -3,11 +3,7 @@
 #include "support/running_web_engine.h"
 #include "support/test.h"
 
-#include <QDragEnterEvent>
-#include <QMenu>
-#include <QMimeData>
-#include <QPointer>
-#include <QWidget>
+#include <QtWidgets>
 
 #include <csignal>
 
@@ -16,8 +12,7 @@ namespace {
 
 using Value = std::optional<scriptValue>;
 
-class WebViewTest : public ::testing::Test, public WebViewObserver {
-protected:
+struct WebViewTest : ::testing::Test, WebViewObserver {
     WebViewTest() {
         shown.view->setObserver(this);
         shown.widget->setGeometry(0, 0, 800, 600);

@@ -17,8 +17,7 @@ struct PageWidget : QWidget, RecordingWebView {
 };
 
 /// Two editors in a dialog that its own keys close, the harder one of the possible places.
-class CodeEditorTest : public ::testing::Test {
-protected:
+struct CodeEditorTest : ::testing::Test {
     CodeEditorTest() {
         auto* rows = new QVBoxLayout(&dialog);
         for (CodeEditor* editor : {&first, &second})

@@ -7,8 +7,7 @@
 namespace tessaril {
 namespace {
 
-class ImportSheetTest : public ::testing::Test, protected ListWindow {
-protected:
+struct ImportSheetTest : ::testing::Test, ListWindow {
     ImportSheetTest()
         : ListWindow([this](mainWindowCommands& commands) {
             commands.importFromURL = [this] {
@@ -51,16 +50,11 @@ TEST_F(ImportSheetTest, ShowsWhatTheImportIsAt) {
 
     QTest::keyClicks(&urlBox(), "https://a.example/y.css");
     EXPECT_EQ(shown(), "");
-    const auto places = [this] {
-        return std::vector{sheet->geometry(), urlBox().geometry(), importButton().geometry()};
-    };
-    const auto before = places();
     importButton().setFocus();
     QTest::mouseClick(&importButton(), Qt::LeftButton);
     EXPECT_FALSE(importButton().isEnabled());
     EXPECT_EQ(QApplication::focusWidget(), &urlBox()) << "not Cancel, for the next key press";
     EXPECT_EQ(shown(), "loadSpinner importLabel ");
-    EXPECT_EQ(places(), before) << "nothing jumps";
     QTest::keyClicks(&urlBox(), "typed");
     EXPECT_EQ(machine.dispatcher.backgroundTasks.size(), 1U) << "one at a time";
 
@@ -68,7 +62,6 @@ TEST_F(ImportSheetTest, ShowsWhatTheImportIsAt) {
     EXPECT_EQ(machine.alerts.alerts.size(), 1U);
     EXPECT_TRUE(importButton().isEnabled());
     EXPECT_EQ(shown(), "errorLabel ");
-    EXPECT_EQ(places(), before);
     EXPECT_EQ(urlBox().text(), "  https://a.example/y.css");
 
     QApplication::clipboard()->setText("https://a.example/x.css");

@@ -9,8 +9,7 @@
 namespace tessaril {
 namespace {
 
-class PreferencesWindowTest : public ::testing::Test {
-protected:
+struct PreferencesWindowTest : ::testing::Test {
     void open() {
         window.emplace(
             preferencesWindowParts{.center = application.notificationCenter(),

@@ -11,8 +11,7 @@ namespace tessaril {
 namespace {
 
 /// The list's window is the model; Qt's own tester checks everything it announces.
-class StyleListModelTest : public ::testing::Test {
-protected:
+struct StyleListModelTest : ::testing::Test {
     ~StyleListModelTest() override { machine.list.setObserver(&machine); }
 
     std::string shown() const {

@@ -10,8 +10,7 @@ namespace {
 using Names = std::vector<std::string>;
 
 /// The window over styles with the names A, B, C, ... and the identifiers 1, 2, 3, ...
-class StyleListWindowTest : public ::testing::Test, protected ListWindow {
-protected:
+struct StyleListWindowTest : ::testing::Test, ListWindow {
     void show(int count) {
         for (int id = 1; id <= count; ++id)
             application.store().appendStyle(namedStyle(std::string(1, char('A' + id - 1)), id));

@@ -10,8 +10,7 @@ namespace {
 
 /// The window over styles named A, B, C, ... with the identifiers 1, 2, 3, ..., each of which has a
 /// newer version.
-class UpdateWindowTest : public ::testing::Test, protected ListWindow {
-protected:
+struct UpdateWindowTest : ::testing::Test, ListWindow {
     void show(int count) {
         for (int id = 1; id <= count; ++id) {
             const std::string address = "https://a.example/" + std::to_string(id) + ".css";

@@ -10,8 +10,7 @@ namespace {
 
 using Paths = std::vector<std::filesystem::path>;
 
-class MainWindowTest : public ::testing::Test, protected ListWindow {
-protected:
+struct MainWindowTest : ::testing::Test, ListWindow {
     MainWindowTest()
         : ListWindow([this](mainWindowCommands& commands) {
             commands.canImport = [this] { return canImport; };
