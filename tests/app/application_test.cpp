@@ -5,17 +5,12 @@
 #include "support/captured_log.h"
 #include "support/sample_styles.h"
 #include "support/stand_in_machine.h"
-
-#include <gmock/gmock.h>
+#include "support/test.h"
 
 namespace tessaril {
 namespace {
 
-using namespace testing;
-using ::testing::ElementsAre, ::testing::IsEmpty, ::testing::Return;
-
-class ApplicationTest : public ::testing::Test, protected StandInMachine {
-protected:
+struct ApplicationTest : ::testing::Test, StandInMachine {
     /// Shows the list and lets the launch checks run.
     void launch(Application& launched) {
         launched.styleListShown();
@@ -137,44 +132,29 @@ TEST_F(ApplicationTest, theHelpMenuReachesTheMakers) {
                     "However, you can still email me at help@other.example if you need to!"}));
 }
 
-TEST_F(ApplicationTest, looksForIconsUntilItQuits) {
-    const auto add = [&](std::int64_t id) {
-        styleContainer style = namedStyle("style", id);
-        style.styleData.sections.front().domains = {std::to_string(id) + ".example"};
-        application.store().appendStyle(style);
-        application.notificationCenter().post(notifications::addLatestStyle);
-    };
-    urls.responses["https://1.example/favicon.ico"].body = "picture 1";
-    add(1);
-    dispatcher.runAll();
-    EXPECT_THAT(urls.asked, ElementsAre("https://1.example/favicon.ico"));
-    EXPECT_TRUE(application.styleList().styles().at(0)->faviconImg);
-    add(2);
-    application.stopLoading();
-    dispatcher.runAll();
-    EXPECT_TRUE(urls.cancelled);
-    EXPECT_TRUE(pictures.cancelled);
-    EXPECT_EQ(urls.asked.size(), 1U);
-}
-
-TEST_F(ApplicationTest, updatesAtLaunchAndStopsWhenItQuits) {
+TEST_F(ApplicationTest, updatesAndLooksForIconsUntilItQuits) {
     styleContainer style = namedStyle("style", 1);
     style.source = sourceUserCSS;
     style.downloadedFrom = "https://a.example/1.css";
+    style.styleData.sections.front().domains = {"a.example"};
     application.store().appendStyle(style);
     application.styleList().refreshTable();
-    standard.setValue(preferenceKeys::fetchSiteIcons, false);
-    launch(application);
-    EXPECT_THAT(urls.taken(), IsEmpty()) << "not wanted";
+    urls.responses["https://a.example/favicon.ico"].body = "picture 1";
     standard.setValue(preferenceKeys::updateOnLaunch, true);
     launch(application);
-    EXPECT_THAT(urls.taken(), ElementsAre("https://a.example/1.css"));
+    EXPECT_THAT(urls.taken(),
+                UnorderedElementsAre("https://a.example/favicon.ico", "https://a.example/1.css"));
     application.styleUpdates().updateAllClicked();
     const auto run = application.updateRuns().make();
     run->begin();
+    style.uniqueID = 2;
+    style.styleData.sections.front().domains = {"b.example"};
+    application.store().appendStyle(style);
+    application.notificationCenter().post(notifications::addLatestStyle);
     application.stopLoading();
     dispatcher.runAll();
     EXPECT_THAT(urls.taken(), IsEmpty());
+    EXPECT_TRUE(urls.cancelled && pictures.cancelled);
 }
 
 TEST(Preferences, giveDefaultsThatAreNeverWritten) {

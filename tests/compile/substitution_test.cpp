@@ -2,8 +2,7 @@
 #include "compile/substitution.h"
 #include "compile/variable_text.h"
 #include "support/captured_log.h"
-
-#include <gtest/gtest.h>
+#include "support/test.h"
 
 namespace tessaril {
 namespace {
@@ -131,7 +130,7 @@ TEST(Substitution, fillsPlaceholdersInOrder) {
         const std::string next = "/*[[v" + std::to_string(i + 1) + "]]*/";
         doubling.push_back(variable("text", "v" + std::to_string(i), next + next));
     }
-    testing::CapturedLog log;
+    CapturedLog log;
     EXPECT_EQ(placeholders(doubling, "/*[[v0]]*/"), "left as it was");
     EXPECT_EQ(log.take(), "A compiled style was too large.\n");
 }

@@ -1,22 +1,16 @@
 #include "desktop/helper_icon_decoder.h"
 #include "support/event_loop.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 #include <QBuffer>
 #include <QImage>
 #include <QtEndian>
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
 #include <future>
-#include <string>
-#include <vector>
 
 namespace tessaril {
 namespace {
-
-using namespace testing;
 
 std::string encoded(const QImage& image, const char* format) {
     QBuffer buffer;
@@ -31,11 +25,9 @@ QImage filled(int width, int height, QColor color) {
     return image;
 }
 
-std::string bytesOf(quint32 number, int count) {
-    std::string bytes;
-    for (int i = 0; i < count; ++i)
-        bytes += static_cast<char>(number >> 8 * i);
-    return bytes;
+std::string bytesOf(quint32 number, std::size_t count) {
+    const quint32 bytes = qToLittleEndian(number);
+    return {reinterpret_cast<const char*>(&bytes), count};
 }
 
 /// An icon file of square PNG pictures.
@@ -59,8 +51,7 @@ std::string svg(const std::string& content) {
            content + "</svg>";
 }
 
-class HelperIconDecoderTest : public ::testing::Test {
-protected:
+struct HelperIconDecoderTest : ::testing::Test {
     /// A null image where it is refused.
     QImage decoded(const std::string& bytes) {
         const auto icon = decoder.decode(bytes);
@@ -86,9 +77,6 @@ TEST_F(HelperIconDecoderTest, FitsPicturesOfEveryFormatIntoTheMiddle) {
     EXPECT_EQ(middle(icoOf({filled(16, 16, Qt::red), filled(128, 128, Qt::blue),
                             filled(64, 64, Qt::green), filled(32, 32, Qt::red)})),
               QColor(Qt::green));
-    EXPECT_EQ(middle(icoOf({filled(16, 16, Qt::red), filled(32, 32, Qt::blue)})), QColor(Qt::blue));
-    EXPECT_EQ(middle(icoOf({filled(64, 64, Qt::green), filled(16, 16, Qt::red)})),
-              QColor(Qt::green));
     using namespace std::string_literals;
     const std::string frame = ",\0\0\0\0\1\0\1\0\0\2\2"s;
     EXPECT_EQ(decoded("GIF89a\1\0\1\0\x80\0\0\xFF\0\0\0\0\xFF"s + frame + "\x44\1\0"s + frame +
@@ -96,13 +84,9 @@ TEST_F(HelperIconDecoderTest, FitsPicturesOfEveryFormatIntoTheMiddle) {
                   .pixelColor(23, 23),
               QColor(Qt::red))
         << "an animation's first picture";
-    const QImage drawn =
-        decoded(svg("<rect width='20' height='10' fill='#0000ff'/><text>i</text>"));
-    EXPECT_EQ(drawn.pixelColor(40, 30), QColor(Qt::blue));
-    EXPECT_EQ(drawn.pixelColor(24, 2).alpha(), 0);
     EXPECT_EQ(middle("<!DOCTYPE svg PUBLIC '-//W3C//DTD SVG 1.1//EN' "
                      "'http://www.w3.org/Graphics/SVG/1.1/DTD/svg11.dtd'>" +
-                     svg("<rect width='20' height='10' fill='#0000ff'/>").substr(21)),
+                     svg("<rect width='20' height='10' fill='#0000ff'/><text>i</text>").substr(21)),
               QColor(Qt::blue));
 }
 
@@ -113,15 +97,7 @@ TEST_F(HelperIconDecoderTest, RefusesWhatIsBrokenHugeOrNoPicture) {
         for (const std::size_t size : {std::size_t{0}, std::size_t{9}, whole.size() / 2})
             decoded(whole.substr(0, size)); // a part of a picture may do, but harms nobody
     EXPECT_TRUE(decoded(png.substr(0, 30)).isNull());
-    const auto noise = [](int edge) {
-        QImage image(edge, edge, QImage::Format_RGB32);
-        quint32 state = 1;
-        for (int y = 0; y < edge; ++y)
-            for (int x = 0; x < edge; ++x)
-                image.setPixel(x, y, state = state * 1664525 + 1013904223);
-        return image;
-    };
-    EXPECT_FALSE(decoded(encoded(noise(400), "PNG")).isNull()) << "large, but within the limits";
+    EXPECT_FALSE(decoded(encoded(filled(2048, 2048, Qt::red), "PNG")).isNull()) << "the limit";
     EXPECT_TRUE(decoded("<!DOCTYPE html><title>Not found</title>").isNull());
     EXPECT_TRUE(decoded("P6 1 1 255\nabc").isNull()) << "a format that no site has";
 

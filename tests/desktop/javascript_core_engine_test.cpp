@@ -4,27 +4,20 @@
 #include "support/captured_log.h"
 #include "support/recording_alerts.h"
 #include "support/recording_compiler_errors.h"
+#include "support/test.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <fstream>
 #include <thread>
 
 namespace tessaril {
 namespace {
 
-using namespace testing;
 using std::chrono_literals::operator""ms;
-using ::testing::AllOf;
-using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 
 constexpr auto stoppedText = "The compiler was stopped: it had not finished after 0.3 seconds.";
 
-class JavaScriptCoreEngineTest : public ::testing::Test {
-protected:
+struct JavaScriptCoreEngineTest : ::testing::Test {
     std::unique_ptr<ScriptContext> context(std::span<const scriptSource> scripts = {}) {
         return engine.makeContext(scripts, [this](const std::string& text) {
             EXPECT_EQ(std::this_thread::get_id(), testThread);
@@ -101,7 +94,6 @@ TEST_F(JavaScriptCoreEngineTest, stopsWhatDoesNotEnd) {
              "new RegExp('a*'.repeat(4) + 'b').test('a'.repeat(200))",
          })
         EXPECT_THAT(exceptionsOf(endless), ElementsAre(stoppedText)) << endless;
-    EXPECT_EQ(context()->evaluate("1 + 1"), "2");
 }
 
 TEST_F(JavaScriptCoreEngineTest, stopsWhatTakesTooMuchMemory) {
@@ -129,8 +121,7 @@ TEST_F(JavaScriptCoreEngineTest, limitsACompilationAsAWholeAndNotTheNext) {
     }
 }
 
-class RealCompilersTest : public ::testing::Test {
-protected:
+struct RealCompilersTest : ::testing::Test {
     /// The only section's CSS without its white space; the error's text where it failed.
     std::string css(std::string preprocessor, std::string code) {
         RecordingCompilerErrors errors;
@@ -138,7 +129,7 @@ protected:
         style.preprocessor = std::move(preprocessor);
         style.styleData.sections = {{.regexps = {"https://a\\.b/.*"}, .code = std::move(code)}};
         style.userVariables = {{.type = "text", .name = "width", .currentValue = "10px"}};
-        StyleCompiler(*used, resources, alerts, errors).compileStyle(style);
+        StyleCompiler(engine, resources, alerts, errors).compileStyle(style);
         const auto& sections = style.styleData.compSections;
         EXPECT_EQ(sections.has_value(), errors.errors.empty());
         if (!sections) return errors.errors.empty() ? "" : errors.errors.front().text;
@@ -150,7 +141,6 @@ protected:
 
     const CapturedLog log;
     JavaScriptCoreEngine engine;
-    ScriptEngine* used = &engine;
     DirectoryResources resources{TESSARIL_RESOURCES};
     RecordingAlerts alerts;
 };
@@ -160,31 +150,18 @@ TEST_F(RealCompilersTest, compileWithTheirVariablesOrSayWhatIsWrongAndWhere) {
               "ab{width:15px;color:#000000;}");
     EXPECT_EQ(css("stylus", "a\n\tb\n\t\twidth width + 5\n\t\tcontent '\U0001F600'"),
               "ab{width:15px;content:'\U0001F600';}");
-    EXPECT_EQ(css("stylus", "a {\n b {\n  width: width\n }\n}"), "ab{width:10px;}");
     EXPECT_THAT(css("less", "a {\n  color: @nope;\n}"),
                 AllOf(HasSubstr("variable @nope is undefined"), HasSubstr("line 6, column 11")));
-    EXPECT_THAT(css("stylus", "a {\n  b: $c(\n}"),
-                AllOf(HasSubstr("stylus:7:"), HasSubstr("expected")));
     EXPECT_THAT(css("stylus", "a {\n  b: c)\n}"), HasSubstr("stylus:6:9")); // not the engine's own
 }
 
-TEST_F(RealCompilersTest, neitherReachTheNetworkNorRunScriptsNorGoOnForever) {
-    for (const char* import :
-         {"@import \"https://example.org/lib.less\";",
-          "@import (inline) \"//example.org/lib.css\";", "@import (reference) \"../lib.less\";"})
-        EXPECT_THAT(css("less", import), AllOf(HasSubstr("lib."), HasSubstr("wasn't found")));
+TEST_F(RealCompilersTest, neitherReachTheNetworkNorRunScripts) {
+    EXPECT_THAT(css("less", "@import \"https://example.org/lib.less\";"),
+                AllOf(HasSubstr("lib."), HasSubstr("wasn't found")));
     EXPECT_THAT(css("less", "@plugin \"https://example.org/p.js\";"), HasSubstr("not allowed"));
     EXPECT_THAT(css("less", "a { w: `1 + 1` }"), HasSubstr("JavaScript is not enabled"));
     EXPECT_THAT(css("stylus", "@import 'lib'"), HasSubstr("failed to locate"));
     EXPECT_THAT(css("stylus", "use('p.js')\na { b: json('c.json') }"), HasSubstr("c.json"));
-
-    JavaScriptCoreEngine impatient(700ms);
-    used = &impatient;
-    EXPECT_THAT(css("less", ".m(@i) when (@i > 0) { .m(@i) } .n(@i) when (@i > 0) "
-                            "{ .n(@i - 1); .n(@i - 1) } a { .n(60) }"),
-                HasSubstr("stopped"));
-    EXPECT_THAT(css("stylus", "n(i)\n\tif i > 0\n\t\tn(i - 1)\n\t\tn(i - 1)\na\n\tn(60)"),
-                HasSubstr("stopped"));
 }
 
 TEST_F(RealCompilersTest, giveMemoryBackAfterManyCompilations) {

@@ -3,20 +3,16 @@
 #include "desktop/start_arguments.h"
 #include "support/event_loop.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 #include <QLocalSocket>
 #include <QThread>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <atomic>
 
 namespace tessaril {
 namespace {
 
-using namespace testing;
-using ::testing::ElementsAre;
 using role = SingleInstance::role;
 namespace fs = std::filesystem;
 
@@ -34,8 +30,7 @@ role startElsewhere(
     return result;
 }
 
-class SingleInstanceTest : public ::testing::Test {
-protected:
+struct SingleInstanceTest : ::testing::Test {
     role beginFirst(SingleInstance& first) {
         return first.begin({}, [this](laterStart start) { received.push_back(std::move(start)); });
     }

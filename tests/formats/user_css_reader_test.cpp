@@ -1,6 +1,5 @@
 #include "formats/user_css_reader.h"
-
-#include <gtest/gtest.h>
+#include "support/test.h"
 
 namespace tessaril {
 namespace {
@@ -10,8 +9,7 @@ std::string fileWith(std::string_view lines) {
     return "/* ==UserStyle==\n" + std::string(lines) + "\n==/UserStyle== */\na{}";
 }
 
-class UserCSSReader : public ::testing::Test {
-protected:
+struct UserCSSReader : ::testing::Test {
     std::optional<styleContainer> read(std::string_view text) {
         compiled = 0;
         return parseUserCSS(text, {[] { return 42; }, [this](styleContainer&) { ++compiled; }});

@@ -1,9 +1,6 @@
 #include "formats/variable_declaration.h"
 #include "support/captured_log.h"
-
-#include <gtest/gtest.h>
-
-#include <sstream>
+#include "support/test.h"
 
 namespace tessaril {
 namespace {
@@ -33,7 +30,7 @@ void expectReadings(const std::vector<std::pair<std::string_view, std::string_vi
 } // namespace
 
 TEST(VariableDeclaration, separatesItsPartsAndLogsUnknownTypes) {
-    testing::CapturedLog log;
+    CapturedLog log;
     expectReadings({{"Select a A b", "none"},
                     {"", "none"},
                     {"text a \"A\" Value", "text|a|A|Value"},

@@ -1,16 +1,13 @@
 #include "icons/icon_cache.h"
 #include "support/memory_files.h"
-
-#include <gtest/gtest.h>
+#include "support/test.h"
 
 namespace tessaril {
 namespace {
 
-using namespace testing;
 using namespace std::chrono_literals;
 
-class IconCacheTest : public ::testing::Test {
-protected:
+struct IconCacheTest : ::testing::Test {
     IconCache cache(iconCacheLimits limits = {}) {
         return {files, "/cache", [this] { return files.now; }, limits};
     }

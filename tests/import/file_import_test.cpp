@@ -1,17 +1,11 @@
-#include "events/notification_names.h"
 #include "import/file_import.h"
 #include "support/import_machine.h"
-
-#include <gmock/gmock.h>
+#include "support/test.h"
 
 namespace tessaril {
 namespace {
 
-using namespace testing;
-using ::testing::ElementsAre, ::testing::IsEmpty;
-
-class FileImportTest : public ::testing::Test, public ImportMachine {
-protected:
+struct FileImportTest : ::testing::Test, ImportMachine {
     /// Imports files of these names and contents together and gives the last style.
     styleContainer imported(const std::vector<std::pair<std::string, std::string>>& named) {
         std::vector<std::filesystem::path> paths;
@@ -21,14 +15,11 @@ protected:
         }
         importer.importFiles(paths);
         dispatcher.runAll();
-        const liveDatabase live = store.snapshot();
-        return live.styles.empty() ? styleContainer() : *live.styles.back();
+        return last();
     }
 
     FileImport importer{files, importing()};
 };
-
-const std::string block = "@-moz-document domain(\"a.example\") { b { color: red } }";
 
 std::string userCSS(const std::string& metadata) {
     return "/* ==UserStyle==\n" + metadata + "\n==/UserStyle== */\n" + block;
@@ -37,8 +28,7 @@ std::string userCSS(const std::string& metadata) {
 TEST_F(FileImportTest, plainCSSKeepsItsTextAndWarnsThatItAppliesEverywhere) {
     const std::string text = "\n/* ==UserStyle==\n@name Ignored\n==/UserStyle== */\nb { }\n";
     const styleContainer style = imported({{"dark.user.css", text}});
-    EXPECT_EQ(style.source, "custom");
-    EXPECT_EQ(style.userstyleID, -1);
+    EXPECT_TRUE(style.source == "custom" && style.userstyleID == -1);
     EXPECT_EQ(style.styleData, makeStyleJSON("dark", text)) << "metadata and blanks included";
     EXPECT_THAT(alerts.alerts,
                 ElementsAre(RecordingAlerts::shown{
@@ -69,13 +59,10 @@ TEST_F(FileImportTest, takesTheNameFromTheFileAndTheSourceFromTheUpdateAddress) 
 }
 
 TEST_F(FileImportTest, eachFileIsOneStyleOneSaveAndOneNotification) {
-    int announced = 0;
-    const auto subscription =
-        center.observe(notifications::addLatestStyle, [&](const notification&) { ++announced; });
     imported({{"a.css", block}, {"a.less", block}, {"a.css", block}});
     EXPECT_EQ(announced, 3);
     EXPECT_EQ(written().styles.size(), 3U) << "never merged with what is there";
-    EXPECT_THAT(dispatcher.priorities, ::testing::Each(taskPriority::utility));
+    EXPECT_THAT(dispatcher.priorities, Each(taskPriority::utility));
     EXPECT_THAT(alerts.alerts, IsEmpty());
 
     EXPECT_TRUE(importer.canImport());

@@ -1,16 +1,10 @@
-#include "events/notification_names.h"
 #include "import/paste_import.h"
 #include "support/import_machine.h"
-
-#include <gmock/gmock.h>
+#include "support/test.h"
 
 namespace tessaril {
 namespace {
 
-using namespace testing;
-using ::testing::ElementsAre, ::testing::IsEmpty;
-
-const std::string block = "@-moz-document domain(\"a.example\") { b { color: red } }";
 const RecordingAlerts::shown invalid{
     "Invalid Style", "There was an error importing this style. Please make sure there were no "
                      "formatting or syntax errors in this style."};
@@ -19,8 +13,7 @@ const RecordingAlerts::shown noRules{
     "The style you have imported does not have any defined rules for where it should be applied. "
     "If you do not define these rules, the style will be applied to all sites."};
 
-class PasteImportTest : public ::testing::Test, public ImportMachine {
-protected:
+struct PasteImportTest : ::testing::Test, ImportMachine {
     std::optional<bool> import(const std::string& text) {
         std::optional<bool> outcome;
         const auto ticket = importer.importText(text, [&](bool imported) { outcome = imported; });
@@ -28,15 +21,9 @@ protected:
         dispatcher.runAll();
         return outcome;
     }
-    styleContainer last() {
-        const liveDatabase live = store.snapshot();
-        return live.styles.empty() ? styleContainer() : *live.styles.back();
-    }
 
     PasteImport importer{importing()};
 };
-
-const std::string lessStyle = "/* ==UserStyle==\n@preprocessor less\n==/UserStyle== */\n" + block;
 
 TEST_F(PasteImportTest, TellsMarkedTextsFromPlainCSS) {
     const std::string metadata = "/* ==UserStyle==\n@name A\n==/UserStyle== */\nb {}";
@@ -51,11 +38,7 @@ TEST_F(PasteImportTest, TellsMarkedTextsFromPlainCSS) {
               "usercss",
               "b { color: red }",
               {}}}) {
-        int announced = 0;
-        const auto subscription = center.observe(notifications::addLatestStyle,
-                                                 [&](const notification&) { ++announced; });
         EXPECT_EQ(import(text), true);
-        EXPECT_EQ(announced, 1);
         EXPECT_EQ(last().styleData.name, name);
         EXPECT_EQ(last().source, source);
         ASSERT_EQ(last().styleData.sections.size(), 1U);
@@ -64,6 +47,7 @@ TEST_F(PasteImportTest, TellsMarkedTextsFromPlainCSS) {
         alerts.alerts.clear();
     }
     EXPECT_EQ(written().styles.size(), 4U);
+    EXPECT_EQ(announced, 4);
 
     EXPECT_EQ(import("@-moz-document domain(\"a\") {"), false);
     EXPECT_THAT(alerts.alerts, ElementsAre(invalid));
@@ -96,14 +80,6 @@ TEST_F(PasteImportTest, OnlyBeepsWhileTheListIsLocked) {
     EXPECT_EQ(alerts.beeps, 2);
     EXPECT_THAT(names(), IsEmpty());
     EXPECT_THAT(alerts.alerts, IsEmpty());
-}
-
-TEST_F(PasteImportTest, AsksBeforeATextIsLost) {
-    EXPECT_TRUE(importer.mayDiscard("\n "));
-    EXPECT_THAT(alerts.questions, IsEmpty());
-    alerts.answers = {{0}, {1}};
-    EXPECT_FALSE(importer.mayDiscard("b"));
-    EXPECT_TRUE(importer.mayDiscard("b"));
 }
 
 } // namespace

@@ -1,15 +1,12 @@
 #include "import/style_site.h"
 #include "model/text.h"
+#include "support/test.h"
 #include "support/url_machine.h"
-
-#include <gtest/gtest.h>
 
 namespace tessaril {
 namespace {
 
-using namespace testing;
-
-class StyleSiteTest : public ::testing::Test, public UrlMachine {};
+struct StyleSiteTest : ::testing::Test, UrlMachine {};
 
 TEST_F(StyleSiteTest, KnowsTheAddressesOfItsStyles) {
     stored.setValue(preferenceKeys::siteAddress, " https://styles42.example:8443/ ");

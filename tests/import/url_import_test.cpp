@@ -1,18 +1,12 @@
-#include "events/notification_names.h"
+#include "support/test.h"
 #include "support/url_machine.h"
-
-#include <gmock/gmock.h>
 
 namespace tessaril {
 namespace {
 
-using namespace testing;
-using ::testing::ElementsAre, ::testing::IsEmpty;
 using shown = RecordingAlerts::shown;
 using state = importSheetState;
 
-const std::string block = "@-moz-document domain(\"a.example\") { b { color: red } }";
-const std::string lessStyle = "/* ==UserStyle==\n@preprocessor less\n==/UserStyle== */\n" + block;
 const shown unsupported{"Unsupported URL",
                         "The URL provided is either invalid or not currently supported."};
 const shown noConnection{
@@ -29,8 +23,7 @@ shown duplicate(const std::string& name) {
     return {"Duplicate Style", "The style \"" + name + "\" is already installed."};
 }
 
-class UrlImportTest : public ::testing::Test, public UrlMachine {
-protected:
+struct UrlImportTest : ::testing::Test, UrlMachine {
     /// What the sheet shows after the import of that address.
     std::optional<state> import(const std::string& address) {
         std::optional<state> next;
@@ -45,9 +38,6 @@ protected:
 
 TEST_F(UrlImportTest, ReadsAFileByItsMarkersAndNamesItAfterItsAddress) {
     const std::string metadata = "/* ==UserStyle==\n@name A\n==/UserStyle== */\nb {}";
-    int announced = 0;
-    const auto subscription =
-        center.observe(notifications::addLatestStyle, [&](const notification&) { ++announced; });
     for (const auto& [address, text, name, isPlain] :
          std::vector<std::tuple<std::string, std::string, std::string, bool>>{
              {"https://a.example/d/my%20night.user.css?v=1.2", block, "my night.user", false},

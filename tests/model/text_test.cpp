@@ -1,6 +1,5 @@
 #include "model/text.h"
-
-#include <gtest/gtest.h>
+#include "support/test.h"
 
 namespace tessaril {
 
@@ -43,6 +42,12 @@ TEST(Text, acceptsOnlyUTF8AndDropsTheByteOrderMark) {
         EXPECT_EQ(textFromUTF8(bytes), std::nullopt) << bytes;
 
     EXPECT_EQ(validUTF8("\u00FC\xE9.\xE2\x82\u20AC\xC3"), "\u00FC\uFFFD.\uFFFD\uFFFD\u20AC\uFFFD");
+}
+
+TEST(Text, isShortAndHasNoControlsInTheLog) {
+    EXPECT_EQ(forLog("\x1B[2J\n\xC2\x9B\xFF\u20AC"), "?[2J???\uFFFD\u20AC");
+    const std::string line = forLog(replacingAll(std::string(1'000'000, 'x'), "x", "\u20AC"));
+    EXPECT_TRUE(line.size() < 400 && line.ends_with("\u20AC..."));
 }
 
 } // namespace tessaril

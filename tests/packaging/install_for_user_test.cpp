@@ -1,14 +1,11 @@
 #include "support/temporary_folder.h"
+#include "support/test.h"
 
 #include <QProcess>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace tessaril {
 namespace {
 
-using namespace testing;
 namespace fs = std::filesystem;
 
 int run(const QString& command, const QStringList& parameters, const fs::path& home) {
@@ -46,7 +43,7 @@ TEST(InstallForUser, NamesTheProgramThatLinksReachAndChangesNothingTheSecondTime
         EXPECT_EQ(install(), 0);
         EXPECT_EQ(fs::last_write_time(entry), fs::file_time_type());
         const QString line = "\nExec=" + QString(word).arg(home.path.c_str()) + " %U\n";
-        EXPECT_THAT(fileContent(entry), ::testing::HasSubstr(line.toStdString()));
+        EXPECT_THAT(fileContent(entry), HasSubstr(line.toStdString()));
     }
     EXPECT_TRUE(fs::exists(data / "mime/packages/com.tessaril.app.xml"));
     EXPECT_TRUE(fs::exists(data / "icons/hicolor/scalable/apps/com.tessaril.app.svg"));

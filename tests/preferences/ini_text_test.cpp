@@ -1,6 +1,5 @@
 #include "preferences/ini_text.h"
-
-#include <gtest/gtest.h>
+#include "support/test.h"
 
 namespace tessaril {
 namespace {

@@ -5,16 +5,12 @@
 #include "support/captured_log.h"
 #include "support/memory_files.h"
 #include "support/stepped_dispatcher.h"
-
-#include <gtest/gtest.h>
+#include "support/test.h"
 
 namespace tessaril {
 namespace {
 
-using namespace testing;
-
-class PreferenceSyncTest : public ::testing::Test {
-protected:
+struct PreferenceSyncTest : ::testing::Test {
     PreferenceSyncTest() { registerPreferenceDefaults(standard, shared, 7, false); }
 
     NotificationCenter center;
@@ -42,11 +38,6 @@ TEST_F(PreferenceSyncTest, CollectsWhatTravelsDefaultsIncludedAndNothingElse) {
     sync.collectPreferences(record);
     EXPECT_EQ(record.at("toggleShortcut"), preferencesRecord::mapped_type(1));
     EXPECT_EQ(record.size(), 15U);
-
-    Preferences bare(sharedStore); // without defaults, so without a text
-    PreferenceSync(bare, nullptr, center, dispatcher).collectPreferences(record);
-    EXPECT_FALSE(record.contains("ACETheme"));
-    EXPECT_EQ(record.at("ACEFontSize"), preferencesRecord::mapped_type(0));
 }
 
 TEST_F(PreferenceSyncTest, AppliesWhatIsThereOnTheMainThreadThenAnnounces) {

@@ -3,15 +3,10 @@
 #include "support/memory_files.h"
 #include "support/recording_alerts.h"
 #include "support/stepped_dispatcher.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "support/test.h"
 
 namespace tessaril {
 namespace {
-
-using namespace testing;
-using ::testing::ElementsAre, ::testing::IsEmpty;
 
 TEST(StyleExportNames, AreTakenByFileSystemsAndPanels) {
     for (const auto& [style, file] : std::vector<std::pair<std::string, std::string>>{
@@ -32,8 +27,7 @@ TEST(StyleExportNames, AreTakenByFileSystemsAndPanels) {
     EXPECT_TRUE(isValidUTF8(cut));
 }
 
-class StyleExportTest : public ::testing::Test {
-protected:
+struct StyleExportTest : ::testing::Test {
     void write(const std::filesystem::path& file) {
         StyleExport(files, alerts, dispatcher).write(file, "é {}");
         dispatcher.runAll();

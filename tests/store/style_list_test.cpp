@@ -1,12 +1,8 @@
 #include "support/list_machine.h"
-
-#include <gmock/gmock.h>
+#include "support/test.h"
 
 namespace tessaril {
 namespace {
-
-using namespace testing;
-using ::testing::ElementsAre, ::testing::IsEmpty, ::testing::Pair;
 
 struct StyleListTest : ::testing::Test, ListMachine {};
 

@@ -2,16 +2,10 @@
 #include "preferences/preference_keys.h"
 #include "support/captured_log.h"
 #include "support/store_machine.h"
-
-#include <gmock/gmock.h>
-
-#include <set>
+#include "support/test.h"
 
 namespace tessaril {
 namespace {
-
-using namespace testing;
-using ::testing::ElementsAre;
 
 const RecordingAlerts::shown saveFailed{
     "Error writing style database",
@@ -25,8 +19,7 @@ const RecordingAlerts::shown importFailed{
     "Error reading style database",
     "The style database file you selected may not be valid, or is corrupt."};
 
-class StyleStoreTest : public ::testing::Test, public StoreMachine<> {
-protected:
+struct StyleStoreTest : ::testing::Test, StoreMachine<> {
     StyleStoreTest() {
         compile = [](styleContainer& style) {
             style.styleData.sections.at(0).compiledcode = "compiled";
@@ -41,14 +34,16 @@ protected:
     }
 };
 
+/// Copies the fields that the members name.
+void copyFields(const styleContainer& from, styleContainer& to, auto... members) {
+    ((to.*members = from.*members), ...);
+}
+
 /// What the properties window sets, but for the variables.
 void copySettings(const styleContainer& from, styleContainer& to) {
-    to.allowIframe = from.allowIframe;
-    to.exclURL = from.exclURL;
-    to.exclDomain = from.exclDomain;
-    to.exclPrefix = from.exclPrefix;
-    to.exclRegExp = from.exclRegExp;
-    to.systemTheme = from.systemTheme;
+    using style = styleContainer;
+    copyFields(from, to, &style::allowIframe, &style::exclURL, &style::exclDomain,
+               &style::exclPrefix, &style::exclRegExp, &style::systemTheme);
 }
 
 /// A style from a style file.
@@ -124,7 +119,7 @@ TEST_F(StyleStoreTest, aSaveStampsThenSendsThenWritesThenUploads) {
     EXPECT_EQ(written().randomHash, stamped.randomHash) << "no stamp";
     stored.setValue(preferenceKeys::useiCloud, false);
     save();
-    EXPECT_THAT(files.journal, ::testing::Not(::testing::Contains("upload")));
+    EXPECT_THAT(files.journal, Not(Contains("upload")));
 }
 
 TEST_F(StyleStoreTest, savesAskedForWhileOneWaitsAreFoldedIntoIt) {
@@ -309,18 +304,6 @@ TEST_F(StyleStoreTest, answersQueries) {
     EXPECT_FALSE(store.isUserCSSInstalled(other)) << "only usercss styles count";
     other.styleData.sections[0].domains = {"x"};
     EXPECT_FALSE(store.isDuplicateStyle(other));
-
-    setEnabled(5, false);
-    EXPECT_TRUE(store.mostStylesEnabled());
-    store.appendStyle(namedStyle("D", 9));
-    setEnabled(9, false);
-    store.appendStyle(namedStyle("E", 10));
-    setEnabled(10, false);
-    EXPECT_TRUE(store.mostStylesEnabled()) << "half of five is two";
-    setEnabled(7, false); // both that carry it
-    EXPECT_FALSE(store.mostStylesEnabled());
-    store.resetDatabase();
-    EXPECT_TRUE(store.mostStylesEnabled());
 }
 
 TEST_F(StyleStoreTest, aChangeMadeWhileAnotherCompilesIsKept) {
@@ -356,14 +339,10 @@ TEST_F(StyleStoreTest, fieldUpdatesCopyTheirFieldsAndNoOthers) {
     EXPECT_TRUE(favicons.empty());
 
     store.applyEditorChanges(1, from);
-    expected.styleData = from.styleData;
+    using style = styleContainer;
+    copyFields(from, expected, &style::styleData, &style::version, &style::namespace_,
+               &style::description, &style::author, &style::license, &style::preprocessor);
     expected.styleData.sections[0].compiledcode = "compiled";
-    expected.version = from.version;
-    expected.namespace_ = from.namespace_;
-    expected.description = from.description;
-    expected.author = from.author;
-    expected.license = from.license;
-    expected.preprocessor = from.preprocessor;
     expectSaved();
     EXPECT_THAT(favicons, ElementsAre(1));
 

@@ -1,14 +1,10 @@
 #include "support/store_machine.h"
+#include "support/test.h"
 #include "support/thread_dispatcher.h"
 
-#include <gtest/gtest.h>
-
-#include <set>
 #include <thread>
 
 namespace tessaril {
-
-using namespace testing;
 
 TEST(StyleStoreThreads, commandsImportsAndSavesFromManyThreadsLoseNothing) {
     StoreMachine<ThreadDispatcher> machine;

@@ -13,6 +13,12 @@ LazyWebEngine& runningWebEngine();
 /// What the statement gives; waits for it.
 std::optional<scriptValue> evaluated(const shownWebView& web, std::string_view statement);
 
+/// Whether the condition holds in an editor's page, which is ready to report.
+bool holds(const shownWebView& web, const std::string& condition);
+
+/// Shows the window and makes it the active one; no window manager does it.
+void bringForward(QWidget& window);
+
 /// The process behind the page.
 pid_t pageProcess(const shownWebView& web);
 

@@ -76,19 +76,14 @@ class Handler(http.server.BaseHTTPRequestHandler):
         if "raw" in how:
             self.wfile.write(file.read_bytes())
             return
-        if "redirect" in how:
-            target = how["redirect"]
-            if target in ("http:", "https:"):
-                target = f"{target}//127.0.0.1:{self.ports[target]}{self.path}"
-            body = file.read_bytes()
-            fields = {} if "huge" in how else {"Content-Length": str(len(body))}
-            self.answer(302, {"Location": target} | fields, body)
-            while "huge" in how:
-                self.wfile.write(body)
-            return
         status = int(how.get("status", 200 if file.is_file() else 404))
         body = file.read_bytes() if file.is_file() else b"missing"
-        fields = {"Content-Type": how.get("type", "text/plain")}
+        fields = {"Content-Type": how.get("type", "text/plain"), "Connection": "close"}
+        if "redirect" in how:
+            status, target = 302, how["redirect"]
+            if target in ("http:", "https:"):
+                target = f"{target}//127.0.0.1:{self.ports[target]}{self.path}"
+            fields["Location"] = target
         if "gzip" in how:
             body = gzip.compress(body)
             fields["Content-Encoding"] = "gzip"
@@ -97,19 +92,13 @@ class Handler(http.server.BaseHTTPRequestHandler):
             body = b"%x\r\n%s\r\n0\r\n\r\n" % (len(body), body)
         elif "huge" not in how:
             fields["Content-Length"] = str(len(body) + ("longer" in how))
-        if "truncated" in how:
-            body = body[: len(body) // 2]
-        self.answer(status, fields, body)
-        while "huge" in how:
-            self.wfile.write(body)
-
-    def answer(self, status, fields, body):
         self.send_response(status)
-        self.send_header("Connection", "close")
         for name, value in fields.items():
             self.send_header(name, value)
         self.end_headers()
-        self.wfile.write(body)
+        self.wfile.write(body[: len(body) // 2] if "truncated" in how else body)
+        while "huge" in how:
+            self.wfile.write(body)
 
 
 class Server(http.server.ThreadingHTTPServer):

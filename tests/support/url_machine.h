@@ -26,10 +26,6 @@ struct UrlMachine : ImportMachine {
     void serveSiteStyle(const std::string& number, const std::string& name) {
         serve("https://site.example/styles/chrome/" + number + ".json", siteDocument(name));
     }
-    styleContainer last() {
-        const liveDatabase live = store.snapshot();
-        return live.styles.empty() ? styleContainer() : *live.styles.back();
-    }
 
     MapUrlLoader urls;
     StyleSite site{urls, preferences};

@@ -1,6 +1,5 @@
+#include "support/test.h"
 #include "undo/undo_manager.h"
-
-#include <gtest/gtest.h>
 
 namespace tessaril {
 namespace {

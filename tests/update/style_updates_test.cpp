@@ -1,22 +1,17 @@
 #include "app/launch_update.h"
 #include "events/notification_names.h"
 #include "store/style_list.h"
-#include "store/style_list_commands.h"
 #include "support/captured_log.h"
 #include "support/recording_icons.h"
+#include "support/test.h"
 #include "support/thread_dispatcher.h"
 #include "support/update_machine.h"
 #include "update/style_updates.h"
 
-#include <gmock/gmock.h>
-
 namespace tessaril {
 namespace {
 
-using namespace testing;
 using text = std::optional<std::string>;
-using ::testing::ElementsAre, ::testing::Each, ::testing::IsEmpty, ::testing::SizeIs,
-    ::testing::UnorderedElementsAre;
 
 template <typename Tasks>
 struct Updates : UpdateMachine<Tasks> {
@@ -35,8 +30,7 @@ struct Updates : UpdateMachine<Tasks> {
                           this->checks()}};
 };
 
-class StyleUpdatesTest : public ::testing::Test, protected Updates<SteppedDispatcher> {
-protected:
+struct StyleUpdatesTest : ::testing::Test, Updates<SteppedDispatcher> {
     void begin(std::vector<styleContainer> styles) {
         putDocument(std::move(styles));
         list.refreshTable();
@@ -48,7 +42,6 @@ protected:
     }
     const styleContainer& stored(std::int64_t id) { return *(kept = store.findStyle(id)); }
 
-private:
     std::shared_ptr<const styleContainer> kept;
 };
 
@@ -63,7 +56,6 @@ TEST_F(StyleUpdatesTest, aSiteStyleIsComparedByItsChecksum) {
     old.dateModified = stored(1).dateModified;
     EXPECT_EQ(stored(1), old) << "all but the data is the user's";
     EXPECT_EQ(old.styleData.name, "New Site");
-    EXPECT_EQ(list.styles()[0]->name, "New Site");
     EXPECT_EQ(written().styles.at(0).styleData.originalMd5, "m2");
     EXPECT_EQ(check(1), "error") << "its new update address is no page of the site";
     EXPECT_EQ(check(2), "noupdates");
@@ -87,7 +79,6 @@ TEST_F(StyleUpdatesTest, aUserCSSStyleIsReplacedButKeepsWhatTheUserSet) {
     EXPECT_EQ(now.styleData.sections.at(0).compiledcode, "b {}mine");
     EXPECT_TRUE(!now.isEnabled && now.allowIframe == false && now.exclURL && now.systemTheme);
     EXPECT_EQ(now.downloadedFrom, addressOf(1));
-    EXPECT_EQ(list.styles()[0]->name, "Renamed");
     EXPECT_THAT(icons.asked, ElementsAre(std::pair(1, iconRequest::rulesChanged)));
     EXPECT_EQ(written().styles.at(0).styleData, now.styleData);
     EXPECT_THAT(compilations, ElementsAre("compile Renamed", "compile Renamed"));
@@ -101,7 +92,6 @@ TEST_F(StyleUpdatesTest, aUserCSSStyleIsReplacedButKeepsWhatTheUserSet) {
     std::string changed = userCSS("Renamed", "2", "b {}", "blue");
     serve(1, changed.replace(changed.find("\"V\""), 3, "\"W\""));
     EXPECT_EQ(check(1), "updated") << "a variable is news, whatever the compiler makes of it";
-    EXPECT_EQ(stored(1).userVariables->at(0).label, "W");
     EXPECT_EQ(stored(1).userVariables->at(0).currentValue, "mine");
 }
 
@@ -124,7 +114,6 @@ TEST_F(StyleUpdatesTest, choosesTheAddressAndNamesByIt) {
     EXPECT_THAT(loader.taken(), IsEmpty());
     EXPECT_EQ(checkWith("https://u.example/styles/dark-mode.user.css", ""), "updated");
     EXPECT_EQ(stored(1).styleData.name, "dark-mode.user");
-    EXPECT_EQ(stored(1).downloadedFrom, "");
 }
 
 TEST_F(StyleUpdatesTest, nothingChangesOnFailure) {
@@ -163,14 +152,14 @@ TEST_F(StyleUpdatesTest, allAreCheckedInOrderAFewAtATime) {
         styles.push_back(namedStyle("Custom", 100 + id));
     }
     begin(styles);
-    std::vector<std::int64_t> closed;
-    const auto subscription = center.observe(
-        notifications::closeProperties, [&](const notification& n) { closed.push_back(*n.id()); });
+    int closed = 0;
+    const auto subscription =
+        center.observe(notifications::closeProperties, [&](const notification&) { ++closed; });
     std::vector<bool> running;
     updates.setObserver([&] { running.push_back(updates.isRunning()); });
     updates.updateAllClicked();
     EXPECT_THAT(running, ElementsAre(true));
-    EXPECT_THAT(closed, SizeIs(10));
+    EXPECT_EQ(closed, 10);
     EXPECT_EQ(status(18), "checking") << "also one that waits";
     EXPECT_EQ(status(19), "none");
     EXPECT_THAT(dispatcher.backgroundTasks, SizeIs(8));
@@ -188,8 +177,6 @@ TEST_F(StyleUpdatesTest, allAreCheckedInOrderAFewAtATime) {
     EXPECT_EQ(loader.taken(), addresses);
     EXPECT_THAT(running, ElementsAre(true, false));
     EXPECT_EQ(status(0), "noupdates");
-    list.refreshTable();
-    EXPECT_THAT(statuses(), Each("none"));
 
     list.setLockedForSync(true);
     updates.updateAllClicked();
@@ -200,9 +187,6 @@ TEST_F(StyleUpdatesTest, allAreCheckedInOrderAFewAtATime) {
     list.refreshTable();
     updates.updateAllClicked();
     EXPECT_EQ(alerts.beeps, 4) << "the list is empty";
-    EXPECT_FALSE(updates.hasStylesToCheck());
-    updates.checkAll();
-    EXPECT_EQ(alerts.beeps, 4);
 }
 
 TEST_F(StyleUpdatesTest, theResultLandsOnlyOnTheStyleThatWasChecked) {
@@ -224,7 +208,6 @@ TEST_F(StyleUpdatesTest, theResultLandsOnlyOnTheStyleThatWasChecked) {
     EXPECT_THAT(names(), ElementsAre("Other", "Other"));
     EXPECT_EQ(status(1), "none") << "as if nothing was checked";
     EXPECT_THAT(told, IsEmpty());
-    EXPECT_FALSE(updates.isRunning());
 }
 
 TEST_F(StyleUpdatesTest, aStyleThatIsChangedMeanwhileIsCheckedAgain) {
@@ -312,30 +295,6 @@ TEST_F(StyleUpdatesTest, whatIsQueuedEndsSilentlyWhenTheApplicationQuits) {
     EXPECT_THAT(statuses(), Each("checking"));
 }
 
-TEST_F(StyleUpdatesTest, aStyleThatIsBeingCheckedIsLeftAlone) {
-    begin({siteStyle(1, "A", "m", "n"), siteStyle(2, "B", "m", "n")});
-    UndoManager undoManager;
-    OpenStyles open(center);
-    StyleIDs properties;
-    StyleListCommands commands(
-        {store, list, center, dispatcher, alerts, undoManager, open, updating, properties});
-    int opened = 0;
-    commands.setRoutes({.openStyleProps = [&](auto) { return ++opened > 0; }});
-    updates.checkStyleForUpdate(1);
-    commands.onToggle(0);
-    commands.openProperties(0);
-    EXPECT_EQ(alerts.beeps, 2);
-    EXPECT_EQ(opened, 0);
-    commands.disableSelected({0, 1});
-    EXPECT_TRUE(stored(1).isEnabled && !stored(2).isEnabled);
-    commands.disableAll();
-    EXPECT_EQ(status(0), "checking");
-    dispatcher.runAll();
-    EXPECT_EQ(status(0), "updated");
-    EXPECT_FALSE(stored(1).isEnabled) << "an update keeps what was set meanwhile";
-    EXPECT_EQ(alerts.beeps, 2);
-}
-
 TEST_F(StyleUpdatesTest, allAreUpdatedOncePerLaunch) {
     begin({siteStyle(1, "A", "m", "n")});
     preferences.registerDefault(preferenceKeys::updateOnLaunch, false);
@@ -350,8 +309,7 @@ TEST_F(StyleUpdatesTest, allAreUpdatedOncePerLaunch) {
         return loader.taken().size();
     };
     LaunchUpdate first(updates, preferences, center, dispatcher);
-    EXPECT_EQ(loads(first), 0U);
-    EXPECT_EQ(firstFetch(), 0U) << "not wanted";
+    EXPECT_EQ(loads(first), 0U) << "not wanted";
     preferences.set(preferenceKeys::updateOnLaunch, true);
     EXPECT_EQ(loads(first), 1U);
     EXPECT_EQ(loads(first), 0U);
@@ -360,11 +318,9 @@ TEST_F(StyleUpdatesTest, allAreUpdatedOncePerLaunch) {
     preferences.set(preferenceKeys::useiCloud, true);
     LaunchUpdate second(updates, preferences, center, dispatcher);
     EXPECT_EQ(loads(second), 0U);
-    EXPECT_TRUE(second.isPending());
     store.setStyleData(1, siteStyle(1, "A", "m", "n").styleData);
     EXPECT_EQ(firstFetch(), 1U);
     EXPECT_EQ(firstFetch(), 0U);
-    EXPECT_EQ(alerts.beeps, 0);
 }
 
 /// Checks run at once while the user deletes, renames and switches styles.

@@ -1,17 +1,12 @@
 #include "events/notification_names.h"
+#include "support/test.h"
 #include "support/update_machine.h"
 #include "update/update_run.h"
-
-#include <gmock/gmock.h>
 
 namespace tessaril {
 namespace {
 
-using namespace testing;
-using ::testing::ElementsAre, ::testing::HasSubstr, ::testing::IsEmpty, ::testing::SizeIs;
-
-class UpdateRunTest : public ::testing::Test, protected UpdateMachine<> {
-protected:
+struct UpdateRunTest : ::testing::Test, UpdateMachine<> {
     void open(std::vector<styleContainer> styles) {
         putDocument(std::move(styles));
         run = runs.make();
@@ -25,15 +20,16 @@ protected:
         SteppedDispatcher::step(dispatcher.mainTasks);
     }
     bool hasFile() { return files.contents.at(document).find("New ") != std::string::npos; }
-    std::string version(std::int64_t id) { return store.findStyle(id)->version; }
 
     UpdateRuns runs{{store, center, dispatcher, checks()}};
     std::unique_ptr<UpdateRun> run;
     std::vector<double> progresses;
-    int closed = 0;
-    int refreshed = 0;
-    NotificationCenter::Subscription subscription =
-        center.observe(notifications::refreshTable, [this](const notification&) { ++refreshed; });
+    int closed = 0, refreshed = 0;
+    std::vector<std::int64_t> closedProperties;
+    NotificationCenter::Subscription subscriptions[2] = {
+        center.observe(notifications::refreshTable, [this](const auto&) { ++refreshed; }),
+        center.observe(notifications::closeProperties,
+                       [this](const auto& n) { closedProperties.push_back(*n.id()); })};
 };
 
 TEST_F(UpdateRunTest, hasNothingToDoForStylesThatWereWrittenHere) {
@@ -61,15 +57,9 @@ TEST_F(UpdateRunTest, checksStyleByStyleAndSavesWhenItIsDone) {
     four.downloadedFrom = "";
     four.updateURL = addressOf(3);
     serve(3, userCSS("", "2", "a {}", "red"));
-    std::vector<std::int64_t> closedProperties;
-    const auto properties = center.observe(notifications::closeProperties, [&](const auto& n) {
-        closedProperties.push_back(*n.id());
-    });
     open({siteStyle(1, "One", "m", "n"), namedStyle("Custom", 9), siteStyle(2, "Two", "m", "m"),
           three, four, five, siteStyle(6, "Six", "m", "n")});
     loader.responses.erase("https://site.example/styles/chrome/6.json");
-    EXPECT_EQ(run->log(), "Checking for updates...\n");
-    EXPECT_TRUE(run->isRunning());
     run->doneClicked();
     step();
     EXPECT_EQ(run->log(), "Checking for updates...\n\"One\" was updated to the latest version.\n");
@@ -87,7 +77,6 @@ TEST_F(UpdateRunTest, checksStyleByStyleAndSavesWhenItIsDone) {
     EXPECT_THAT(closedProperties, ElementsAre(1, 3));
     const auto updated = store.findStyle(3);
     EXPECT_EQ(updated->userVariables->at(0).currentValue, three.userVariables->at(0).defaultValue);
-    EXPECT_EQ(updated->styleData.name, "Style From User CSS");
     EXPECT_FALSE(updated->isEnabled);
     EXPECT_EQ(store.findStyle(5)->userVariables, five.userVariables) << "nothing new, nothing lost";
     EXPECT_THAT(told, ElementsAre("compile "));
@@ -125,23 +114,11 @@ TEST_F(UpdateRunTest, bringsInNewImportsWithTheUsersValues) {
     EXPECT_EQ(store.findStyle(1)->userVariables, style.userVariables);
 }
 
-TEST_F(UpdateRunTest, canceledItEndsBeforeTheNextStyle) {
-    open({siteStyle(1, "One", "m", "n"), siteStyle(2, "Two", "m", "n")});
-    run->cancelClicked();
-    EXPECT_TRUE(run->isRunning() && run->isCanceled());
-    dispatcher.runAll();
-    EXPECT_EQ(run->log(), "Checking for updates...\n"
-                          "\"One\" was updated to the latest version.\n"
-                          "Update process was interrupted. 1 style was updated.");
-    EXPECT_FALSE(run->isRunning());
-    EXPECT_THAT(loader.taken(), SizeIs(1));
-}
-
 TEST_F(UpdateRunTest, theFifthCancelClosesAtOnceAndNothingIsLost) {
     open({siteStyle(1, "One", "m", "n"), siteStyle(2, "Two", "m", "n")});
     for (int i = 0; i < 4; ++i)
         run->cancelClicked();
-    EXPECT_EQ(closed, 0);
+    EXPECT_TRUE(run->isRunning() && run->isCanceled() && closed == 0);
     run->cancelClicked();
     EXPECT_EQ(closed, 1);
     EXPECT_EQ(refreshed, 1);

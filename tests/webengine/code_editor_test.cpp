@@ -5,20 +5,13 @@
 #include "support/event_loop.h"
 #include "support/memory_files.h"
 #include "support/running_web_engine.h"
+#include "support/test.h"
 #include "windows/code_editor.h"
 
-#include <QApplication>
-#include <QClipboard>
-#include <QLineEdit>
-
-#include <gtest/gtest.h>
-
-#include <optional>
+#include <QtWidgets>
 
 namespace tessaril {
 namespace {
-
-using namespace testing;
 
 /// An editor in a window, configured as hosts do it.
 struct EditorWindow {
@@ -39,13 +32,11 @@ struct EditorWindow {
     ConfiguredEditor configured{view(), preferences, center, [this] { return content; }};
 };
 
-class CodeEditorTest : public ::testing::Test, protected EditorWindow {
-protected:
+struct CodeEditorTest : ::testing::Test, EditorWindow {
     CodeEditorTest() {
         registerPreferenceDefaults(preferences, shared, 1, false);
         EXPECT_TRUE(eventually([this] { return configured.isReady(); }));
-        editor.activateWindow(); // no window manager does it
-        EXPECT_TRUE(eventually([this] { return editor.isActiveWindow(); }));
+        bringForward(editor);
         editor.focusEditor();
         EXPECT_EQ(inPage("document.hasFocus() && editor.isFocused()"), scriptValue(true));
     }
@@ -141,25 +132,12 @@ TEST_F(CodeEditorTest, FindsAndReplacesByTheFindBar) {
     press(Qt::Key_F, Qt::ControlModifier);
     type("red");
     EXPECT_TRUE(eventually([&] { return selectedInPage() == "red"; }));
-    const auto row = [&] { return inPage("editor.getSelectionRange().start.row"); };
-    EXPECT_EQ(row(), scriptValue(0.));
     press(Qt::Key_Return);
-    EXPECT_TRUE(eventually([&] { return row() == scriptValue(1.); }));
-    press(Qt::Key_F3);
-    EXPECT_TRUE(eventually([&] { return row() == scriptValue(2.); }));
-    press(Qt::Key_F3, Qt::ShiftModifier);
-    EXPECT_TRUE(eventually([&] { return row() == scriptValue(1.); }));
-    EXPECT_EQ(selectedInPage(), "RED"); // without the line break before it
-
-    press(Qt::Key_H, Qt::ControlModifier);
+    EXPECT_TRUE(eventually([&] { return selectedInPage() == "RED"; })); // and no line break
     view().finder().setReplacement("green");
     view().performTextFinderAction(textFinderAction::replaceAndFind);
     EXPECT_TRUE(becomes("red;\ngreen; blue\nred"));
-    EXPECT_TRUE(eventually([&] { return row() == scriptValue(2.); }));
-    view().performTextFinderAction(textFinderAction::replaceAll);
-    EXPECT_TRUE(becomes("green;\ngreen; blue\ngreen"));
-    undo.undo();
-    EXPECT_TRUE(becomes("red;\ngreen; blue\nred"));
+    EXPECT_TRUE(eventually([&] { return selectedInPage() == "red"; }));
 
     press(Qt::Key_Escape);
     EXPECT_TRUE(eventually([&] { return inPage("editor.isFocused()") == scriptValue(true); }));
@@ -178,24 +156,15 @@ TEST_F(CodeEditorTest, FollowsThePreferences) {
     };
     const scriptValue light = background();
     preferences.set("ACETheme", "nord");
-    preferences.set("ACEFontSize", std::int64_t{20});
     preferences.set("ACEShowErrors", true);
     preferences.set("ACEShowGutter", false);
     center.post(notifications::preferencesDidChange);
     EXPECT_TRUE(eventually([&] { return background() != light; }));
-    EXPECT_EQ(inPage("editor.getFontSize()"), scriptValue(20.));
     EXPECT_EQ(inPage("editor.renderer.getShowGutter()"), scriptValue(false));
 
     set("a { color: }");
     EXPECT_TRUE(eventually(
         [&] { return inPage("editor.session.getAnnotations().length > 0") == scriptValue(true); }));
-    set("iiiiiiiiii\nWWWWWWWWWW");
-    EXPECT_TRUE(eventually([&] {
-        return inPage("(() => { const r = document.createRange();"
-                      "r.selectNodeContents(document.querySelector('.ace_line'));"
-                      "return Math.round(r.getBoundingClientRect().width) ==="
-                      "Math.round(editor.renderer.characterWidth * 10); })()") == scriptValue(true);
-    })) << "a proportional font";
 }
 
 TEST_F(CodeEditorTest, ShowsItsTextAgainWhenTheProcessEnds) {

@@ -1,23 +1,18 @@
 #include "support/event_loop.h"
 #include "support/running_web_engine.h"
 #include "support/stand_in_machine.h"
+#include "support/test.h"
 #include "support/window_commands.h"
 #include "windows/import_moz_doc_view.h"
-#include "windows/main_window.h"
 #include "windows/other_windows.h"
 
 #include <QApplication>
 
-#include <gtest/gtest.h>
-
 namespace tessaril {
 namespace {
 
-using namespace testing;
-
 /// The main window with the windows that it opens, in an application that ends with its windows.
-class QuittingTest : public ::testing::Test {
-protected:
+struct QuittingTest : ::testing::Test {
     QuittingTest() { QApplication::setQuitOnLastWindowClosed(true); }
     ~QuittingTest() override { QApplication::setQuitOnLastWindowClosed(false); }
 
@@ -30,16 +25,11 @@ protected:
 
     QWidget* pasteWindow() { return window.findChild<ImportMozDocView*>(); }
     void openPasteWindow() {
-        window.show();
-        window.activateWindow(); // no window manager does it
-        ASSERT_TRUE(eventually([&] { return window.isActiveWindow(); }));
+        bringForward(window);
         QTest::keyClick(&window, Qt::Key_V, Qt::ControlModifier | Qt::ShiftModifier);
         ASSERT_TRUE(pasteWindow());
         pasteWindow()->activateWindow();
-        ASSERT_TRUE(eventually([&] {
-            return evaluated(web, "typeof reportChanges !== 'undefined' && reportChanges && "
-                                  "editor.isFocused()") == scriptValue(true);
-        }));
+        ASSERT_TRUE(eventually([&] { return holds(web, "reportChanges && editor.isFocused()"); }));
     }
 
     StandInMachine machine;

@@ -34,6 +34,17 @@ std::optional<scriptValue> evaluated(const shownWebView& web, std::string_view s
     return result.value_or(std::nullopt);
 }
 
+bool holds(const shownWebView& web, const std::string& condition) {
+    return evaluated(web, "typeof reportChanges !== 'undefined' && (" + condition + ")") ==
+           scriptValue(true);
+}
+
+void bringForward(QWidget& window) {
+    window.show();
+    window.activateWindow();
+    EXPECT_TRUE(eventually([&] { return window.isActiveWindow(); }));
+}
+
 pid_t pageProcess(const shownWebView& web) {
     return web.widget->findChild<QObject*>("page")->property("renderProcessPid").value<pid_t>();
 }

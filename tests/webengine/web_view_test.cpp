@@ -1,30 +1,18 @@
 #include "support/captured_log.h"
 #include "support/event_loop.h"
 #include "support/running_web_engine.h"
+#include "support/test.h"
 
-#include <QDragEnterEvent>
-#include <QMenu>
-#include <QMimeData>
-#include <QNativeGestureEvent>
-#include <QPointer>
-#include <QPointingDevice>
-#include <QWheelEvent>
-#include <QWidget>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include <QtWidgets>
 
 #include <csignal>
 
 namespace tessaril {
 namespace {
 
-using namespace testing;
-using ::testing::HasSubstr, ::testing::IsEmpty;
 using Value = std::optional<scriptValue>;
 
-class WebViewTest : public ::testing::Test, public WebViewObserver {
-protected:
+struct WebViewTest : ::testing::Test, WebViewObserver {
     WebViewTest() {
         shown.view->setObserver(this);
         shown.widget->setGeometry(0, 0, 800, 600);
@@ -131,21 +119,6 @@ TEST_F(WebViewTest, TakesDroppedTextButNoFilesAndLinks) {
     EXPECT_FALSE(isTaken());
     data.setUrls({QUrl("file:///styles/a.css")});
     EXPECT_FALSE(isTaken());
-}
-
-TEST_F(WebViewTest, KeepsItsScaleUnderTheWheel) {
-    QWidget* input = shown.widget->focusProxy();
-    ASSERT_TRUE(input);
-    QWheelEvent wheel({100, 100}, input->mapToGlobal(QPointF(100, 100)), {0, 120}, {0, 120},
-                      Qt::NoButton, Qt::ControlModifier, Qt::NoScrollPhase, false);
-    const Value before = value("innerWidth");
-    QNativeGestureEvent pinch(Qt::ZoomNativeGesture, QPointingDevice::primaryPointingDevice(), 2,
-                              {100, 100}, {100, 100}, {100, 100}, 0.5, {});
-    for (int i = 0; i < 5; ++i)
-        for (QEvent* event : std::initializer_list<QEvent*>{&wheel, &pinch})
-            QApplication::sendEvent(input, event);
-    EXPECT_EQ(value("innerWidth"), before);
-    EXPECT_EQ(value("visualViewport.scale"), Value(1.));
 }
 
 TEST_F(WebViewTest, SaysWhenItsProcessEndedAndLoadsAgain) {

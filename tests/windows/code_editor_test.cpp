@@ -1,28 +1,14 @@
-#include "events/notification_names.h"
 #include "support/captured_log.h"
 #include "support/event_loop.h"
-#include "support/memory_files.h"
 #include "support/recording_web_view.h"
+#include "support/test.h"
 #include "windows/code_editor.h"
-#include "windows/editor_preview.h"
 
-#include <QAction>
-#include <QApplication>
-#include <QCheckBox>
-#include <QDialog>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QVBoxLayout>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include <QtWidgets>
 
 namespace tessaril {
 namespace {
 
-using namespace testing;
-using ::testing::Contains, ::testing::ElementsAre, ::testing::StartsWith;
 using tag = textFinderAction;
 
 /// A web view whose page is the test's.
@@ -31,8 +17,7 @@ struct PageWidget : QWidget, RecordingWebView {
 };
 
 /// Two editors in a dialog that its own keys close, the harder one of the possible places.
-class CodeEditorTest : public ::testing::Test {
-protected:
+struct CodeEditorTest : ::testing::Test {
     CodeEditorTest() {
         auto* rows = new QVBoxLayout(&dialog);
         for (CodeEditor* editor : {&first, &second})
@@ -127,16 +112,6 @@ TEST_F(CodeEditorTest, ReplacesAndReachesEveryPartOfTheBarByKeyboard) {
     EXPECT_EQ(matchCount(), "1 replaced");
 }
 
-TEST_F(CodeEditorTest, MakesRoomForTheBorderAndTheBar) {
-    first.setBorderType(borderType::groove);
-    EXPECT_EQ(page().geometry(), first.rect().adjusted(2, 2, -2, -2));
-    EXPECT_EQ(first.frameWidth(), 2);
-    first.findAction(tag::showReplaceInterface)->trigger();
-    const QRect bar = part<QWidget>("findBar").geometry();
-    EXPECT_EQ(page().geometry(), first.rect().adjusted(2, 2 + bar.height(), -2, -2));
-    EXPECT_GE(bar.height(), 2 * part<QLineEdit>("findField").height());
-}
-
 TEST_F(CodeEditorTest, SaysThatThereIsNoPage) {
     CodeEditor absent([](QWidget*) { return shownWebView{}; }, "/page", center, undo);
     EXPECT_EQ(absent.findChild<QLabel*>("editorNotice")->text(),
@@ -153,28 +128,6 @@ TEST_F(CodeEditorTest, SaysThatThereIsNoPage) {
     EXPECT_TRUE(part<QLabel>("editorNotice").isVisible() && !page().isVisible());
     press(Qt::Key_H, Qt::ControlModifier); // nothing to see, nothing to replace
     EXPECT_FALSE(part<QWidget>("findBar").isVisible());
-}
-
-TEST_F(CodeEditorTest, TheSettingsAreShownInTheirPreview) {
-    MemoryPreferences stored;
-    Preferences preferences(stored);
-    QWidget pane;
-    PageWidget* made = nullptr;
-    const WebViewFactory make = [&](QWidget* parent) {
-        made = new PageWidget(parent);
-        return shownWebView{made, made};
-    };
-    EditorPreview preview({make, "/page", preferences, center}, &pane);
-    pane.show();
-    ASSERT_TRUE(eventually([&] { return made; }));
-    PageWidget& shown = *made;
-    EXPECT_THAT(shown.loaded, ElementsAre("/page"));
-    shown.observer->navigationFinished();
-    EXPECT_THAT(shown.taken(), Contains(StartsWith("editor.setValue(\"/* A nice example. */ \\n")));
-    EXPECT_EQ(shown.focusPolicy(), Qt::ClickFocus);
-    preferences.registerDefault("ACETheme", "nord");
-    center.post(notifications::preferencesDidChange);
-    EXPECT_THAT(shown.taken(), Contains("editor.setTheme(\"ace/theme/nord_dark\");"));
 }
 
 } // namespace

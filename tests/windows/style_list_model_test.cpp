@@ -1,23 +1,17 @@
 #include "support/event_loop.h"
 #include "support/list_machine.h"
+#include "support/test.h"
 #include "windows/style_list_view.h"
 
 #include <QAbstractItemModelTester>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <random>
 
 namespace tessaril {
 namespace {
 
-using namespace testing;
-using ::testing::ElementsAre;
-
 /// The list's window is the model; Qt's own tester checks everything it announces.
-class StyleListModelTest : public ::testing::Test {
-protected:
+struct StyleListModelTest : ::testing::Test {
     ~StyleListModelTest() override { machine.list.setObserver(&machine); }
 
     std::string shown() const {

@@ -1,39 +1,24 @@
 #include "events/notification_names.h"
-#include "support/event_loop.h"
-#include "support/sample_styles.h"
-#include "support/stand_in_machine.h"
-#include "support/window_commands.h"
+#include "support/list_window.h"
+#include "support/test.h"
 #include "windows/compiler_error_windows.h"
-#include "windows/main_window.h"
 
-#include <QAccessible>
-#include <QApplication>
-#include <QClipboard>
-#include <QDir>
-#include <QDragEnterEvent>
-#include <QFileDialog>
-#include <QLabel>
-#include <QListView>
-#include <QMimeData>
-#include <QPointer>
-#include <QPushButton>
-#include <QTextEdit>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include <QtWidgets>
 
 namespace tessaril {
 namespace {
 
-using namespace testing;
-using ::testing::ElementsAre;
 using Paths = std::vector<std::filesystem::path>;
 
-class MainWindowTest : public ::testing::Test {
-protected:
-    MainWindowTest() {
-        window.show();
-        EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+struct MainWindowTest : ::testing::Test, ListWindow {
+    MainWindowTest()
+        : ListWindow([this](mainWindowCommands& commands) {
+            commands.canImport = [this] { return canImport; };
+            commands.importFiles = [this](const Paths& paths) { imported = paths; };
+            commands.openFiles = [this](const Paths& paths) { opened = paths; };
+            commands.openPreferences = [this] { ++preferencesOpened; };
+        }) {
+        showWindow();
     }
 
     void add(int count) {
@@ -42,83 +27,51 @@ protected:
             application.notificationCenter().post(notifications::addLatestStyle);
         }
     }
-
-    bool isEnabled(std::int64_t id) { return application.store().styleWithID(id)->isEnabled; }
-    QRect rowRect(int row) { return view.visualRect(view.model()->index(row, 0)); }
-    QPoint checkBox(int row) { return {rowRect(row).left() + 20, rowRect(row).center().y()}; }
-
-    void click(const QPoint& from, const QPoint& to, Qt::MouseButton button = Qt::LeftButton) {
+    QPoint checkBox(int position) { return place(position, rowControl::checkBox); }
+    void drag(const QPoint& from, const QPoint& to, Qt::MouseButton button = Qt::LeftButton) {
         QTest::mousePress(view.viewport(), button, {}, from);
         QTest::mouseRelease(view.viewport(), button, {}, to);
     }
-    void click(const QPoint& place) { click(place, place); }
 
-    StandInMachine machine;
-    Application application{machine.surroundings()};
     bool canImport = false;
-    Paths imported;
-    Paths opened;
+    Paths imported, opened;
     int preferencesOpened = 0;
-    MainWindow window{{.list = application.styleList(),
-                       .listCommands = application.listCommands(),
-                       .newStyle = application.newStyle(),
-                       .listUndo = application.listUndo(),
-                       .updates = application.styleUpdates(),
-                       .canImport = [this] { return canImport; },
-                       .importFiles = [this](const Paths& paths) { imported = paths; },
-                       .openFiles = [this](const Paths& paths) { opened = paths; },
-                       .openPreferences = [this] { ++preferencesOpened; },
-                       .emailSupport = [] {},
-                       .openWebsite = [] {}}};
-    QListView& view = *window.findChild<QListView*>("styleList");
-    QPushButton& beginButton = *window.findChild<QPushButton*>("beginButton");
+    QPushButton& beginButton = part<QPushButton>("beginButton");
 };
 
 TEST_F(MainWindowTest, TheCheckBoxWorksByMouseAndSpaceKeyOnly) {
     add(2);
-    click(checkBox(1));
+    click(1, rowControl::checkBox);
     EXPECT_TRUE(isEnabled(1) && !isEnabled(2));
-    click(checkBox(1));
-    click(rowRect(0).center()); // selects
+    click(1, rowControl::checkBox);
+    drag(rowRect(0).center(), rowRect(0).center()); // selects
     EXPECT_TRUE(isEnabled(1) && isEnabled(2));
     QTest::keyClick(&view, Qt::Key_Space);
     EXPECT_FALSE(isEnabled(1));
 
     // A press elsewhere that ends on the box, and one on the box of another row, are no clicks.
-    click(rowRect(1).center(), checkBox(1));
-    click(checkBox(0), checkBox(1));
-    click(checkBox(1), checkBox(1), Qt::RightButton);
+    drag(rowRect(1).center(), checkBox(1));
+    drag(checkBox(0), checkBox(1));
+    drag(checkBox(1), checkBox(1), Qt::RightButton);
     EXPECT_TRUE(isEnabled(2));
     application.styleList().setLockedForSync(true);
-    click(checkBox(1));
+    click(1, rowControl::checkBox);
     EXPECT_TRUE(isEnabled(2));
     EXPECT_EQ(machine.alerts.beeps, 1);
 }
 
 TEST_F(MainWindowTest, SaysHowToBeginUntilThereIsAStyleToShow) {
     EXPECT_TRUE(beginButton.isVisible() && beginButton.hasFocus());
-    add(100);
-    EXPECT_TRUE(view.isVisible() && view.hasFocus() && !beginButton.isVisible());
-    EXPECT_EQ(view.selectionModel()->selectedIndexes(),
-              QModelIndexList{view.model()->index(99, 0)});
-    EXPECT_TRUE(view.viewport()->rect().contains(rowRect(99)));
-    QAccessibleInterface* row = QAccessible::queryAccessibleInterface(&view)->child(99);
-    EXPECT_EQ(row->text(QAccessible::Name), "Quiet %1 Night, Custom Style, enabled");
-    click(checkBox(99));
-    EXPECT_FALSE(row->state().checked);
-}
-
-TEST_F(MainWindowTest, BeginsWithTheFocusOnTheList) {
-    add(2);
-    MainWindow second(windowCommands(application));
-    second.show();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&second));
-    EXPECT_EQ(QApplication::focusWidget()->objectName(), "styleList");
-}
-
-TEST_F(MainWindowTest, OpensThePreferencesByTheirKeys) {
     QTest::keyClick(&window, Qt::Key_Comma, Qt::ControlModifier);
     EXPECT_EQ(preferencesOpened, 1);
+    add(100);
+    EXPECT_TRUE(view.isVisible() && view.hasFocus() && !beginButton.isVisible());
+    EXPECT_EQ(view.selectionModel()->selectedIndexes(), QModelIndexList{row(99)});
+    EXPECT_TRUE(view.viewport()->rect().contains(rowRect(99)));
+    QAccessibleInterface* last = QAccessible::queryAccessibleInterface(&view)->child(99);
+    EXPECT_EQ(last->text(QAccessible::Name), "Quiet %1 Night, Custom Style, enabled");
+    click(99, rowControl::checkBox);
+    EXPECT_FALSE(last->state().checked);
 }
 
 TEST_F(MainWindowTest, TakesFilesFromTheDialogAndByDropping) {
