@@ -31,6 +31,13 @@ VariableTableView::VariableTableView(VariableTable& variableTable, QWidget* pare
                 rowPadding;
     verticalScrollBar()->setSingleStep(rowHeight);
     connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] { makeRowsInSight(); });
+    makeRowsInSight();
+}
+
+QWidget* VariableTableView::firstControl() const {
+    for (const VariableTableCell* row : rows)
+        if (row->control()) return row->control();
+    return nullptr;
 }
 
 void VariableTableView::reload() {
@@ -52,7 +59,6 @@ void VariableTableView::resizeEvent(QResizeEvent* event) {
     makeRowsInSight();
 }
 
-/// In order, as the Tab key goes through rows in the order in which they were made.
 void VariableTableView::makeRowsInSight() {
     const int bottom = verticalScrollBar()->value() + viewport()->height();
     const std::size_t wanted = static_cast<std::size_t>(bottom / rowHeight) + 1 + rowsAhead;
@@ -60,11 +66,11 @@ void VariableTableView::makeRowsInSight() {
         auto* row = new VariableTableCell(table, rows.size(), content);
         for (QWidget* part : row->findChildren<QWidget*>())
             part->installEventFilter(this);
-        if (rows.empty() && row->control()) {
-            setFocusProxy(row->control());
-            setFocusPolicy(Qt::StrongFocus); // for the mnemonic of the title
-        }
         rows.push_back(row);
+        if (QWidget* control = row->control()) {
+            if (lastControl) setTabOrder(lastControl, control); // not after the window's last one
+            lastControl = control;
+        }
         placeRow(rows.size() - 1);
         row->show();
     }

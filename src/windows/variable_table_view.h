@@ -20,6 +20,9 @@ public:
     /// Shows all values as they stand.
     void reload();
 
+    /// Of the first rows; none when they have none.
+    QWidget* firstControl() const;
+
     QSize sizeHint() const override;
 
 protected:
@@ -35,6 +38,7 @@ private:
     int rowHeight = 0;
     QWidget* content;
     std::vector<VariableTableCell*> rows; ///< the first ones; children of `content`
+    QWidget* lastControl = nullptr;       ///< of `rows`
 };
 
 } // namespace tessaril
