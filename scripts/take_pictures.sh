@@ -132,7 +132,9 @@ pictures_of_properties() { # APPEARANCE
     xdotool type --delay 50 shop.example.com
     xdotool key Return
     picture "properties-$1"
-    xdotool key alt+b space
+    xdotool key alt+b
+    sleep 0.5
+    xdotool key space
     shown_window Paper
     picture "properties-color-$1"
     xdotool key Escape

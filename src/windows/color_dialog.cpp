@@ -7,6 +7,7 @@
 #include <QColorDialog>
 #include <QDialogButtonBox>
 #include <QFormLayout>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSignalBlocker>
@@ -44,6 +45,9 @@ ColorDialog::ColorDialog(const colorComponents& color, QWidget* parent)
     picker->setCurrentColor(qtColor(color));
     connect(picker, &QColorDialog::currentColorChanged, this,
             [this](const QColor& current) { picked(current); });
+    picker->installEventFilter(this);
+    for (QPushButton* button : picker->findChildren<QPushButton*>())
+        button->setAutoDefault(false); // Return is for this dialog's own
 
     textField->setObjectName("colorText");
     textField->setMaxLength(std::numeric_limits<int>::max());
@@ -83,6 +87,15 @@ void ColorDialog::typed(const QString& text) {
     chosen = *color;
     const QSignalBlocker blocker(picker); // it would round what was typed
     picker->setCurrentColor(qtColor(*color));
+}
+
+/// A dialog within a dialog would take Return and Escape for itself and hide.
+bool ColorDialog::eventFilter(QObject* object, QEvent* event) {
+    if (event->type() != QEvent::KeyPress) return QDialog::eventFilter(object, event);
+    const int key = static_cast<QKeyEvent*>(event)->key();
+    if (key != Qt::Key_Return && key != Qt::Key_Enter && key != Qt::Key_Escape) return false;
+    event->ignore(); // and so on to this dialog
+    return true;
 }
 
 } // namespace tessaril

@@ -18,6 +18,9 @@ public:
 
     const colorComponents& color() const { return chosen; }
 
+protected:
+    bool eventFilter(QObject* object, QEvent* event) override;
+
 private:
     void picked(const QColor& color);
     void typed(const QString& text);

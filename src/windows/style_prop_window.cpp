@@ -148,7 +148,7 @@ QWidget* StylePropWindow::makeExclusions() {
 
 QWidget* StylePropWindow::makeVariables() {
     variableTable = new VariableTableView(view->variables());
-    return titled("Varia&bles:", variableTable, variableTable->firstControl());
+    return titled("Varia&bles:", variableTable, variableTable);
 }
 
 QWidget* StylePropWindow::makeButtons() {

@@ -25,19 +25,13 @@ VariableTableView::VariableTableView(VariableTable& variableTable, QWidget* pare
     setObjectName("variableTable");
     setAccessibleName("Variables");
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setFocusPolicy(Qt::NoFocus);
+    setFocusPolicy(Qt::StrongFocus); // for the mnemonic of the title
     setWidget(content);
     rowHeight = std::max(QComboBox().sizeHint().height(), VarRangeSlider().sizeHint().height()) +
                 rowPadding;
     verticalScrollBar()->setSingleStep(rowHeight);
     connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] { makeRowsInSight(); });
     makeRowsInSight();
-}
-
-QWidget* VariableTableView::firstControl() const {
-    for (const VariableTableCell* row : rows)
-        if (row->control()) return row->control();
-    return nullptr;
 }
 
 void VariableTableView::reload() {
@@ -68,7 +62,10 @@ void VariableTableView::makeRowsInSight() {
             part->installEventFilter(this);
         rows.push_back(row);
         if (QWidget* control = row->control()) {
-            if (lastControl) setTabOrder(lastControl, control); // not after the window's last one
+            if (lastControl)
+                setTabOrder(lastControl, control); // not after the window's last one
+            else
+                setFocusProxy(control);
             lastControl = control;
         }
         placeRow(rows.size() - 1);

@@ -11,7 +11,8 @@ namespace tessaril {
 class VariableTableCell;
 
 /// The rows of a style's variables. Rows are made when they come into sight, so that a style with
-/// very many opens at once. The wheel scrolls and never changes a value.
+/// very many opens at once. The wheel scrolls and never changes a value. Its own keyboard focus
+/// goes to the first control.
 class VariableTableView : public QScrollArea {
 public:
     /// `table` must live longer.
@@ -19,9 +20,6 @@ public:
 
     /// Shows all values as they stand.
     void reload();
-
-    /// Of the first rows; none when they have none.
-    QWidget* firstControl() const;
 
     QSize sizeHint() const override;
 

@@ -132,7 +132,8 @@ TEST_F(StylePropWindowTest, BringsChosenValuesToTheExtension) {
     QTest::keyClicks(colorText, "#12345");
     EXPECT_FALSE(control<QPushButton>("chooseButton")->isEnabled());
     QTest::keyClicks(colorText, "678");
-    keys(colorText, {Qt::Key_Return});
+    keys(colorText, {Qt::Key_Tab});
+    keys(colorText->window()->focusWidget(), {Qt::Key_Return}); // in the picker
     keys(control<QCheckBox>("checkbox"), {Qt::Key_Space});
     keys(control<QComboBox>("dropdown"), {Qt::Key_Down});
     keys(control<VarRangeSlider>("rangeSlider"), {Qt::Key_Right, Qt::Key_Right});
