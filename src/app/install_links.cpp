@@ -126,7 +126,7 @@ void InstallLinks::ask(fetchedStyle fetched) {
     if (answer.button != 0) return;
     // Appended while the list is locked for sync, too, as opened files are: nothing is lost.
     appendImportedStyle(machine, std::move(style));
-    fetched.tellErrors();
+    if (fetched.tellErrors) fetched.tellErrors();
 }
 
 bool InstallLinks::tellIfInstalled(std::int64_t userstyleID) {

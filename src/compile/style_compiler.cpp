@@ -182,8 +182,9 @@ quietCompilation StyleCompiler::compileWithImports(styleContainer& style,
     if (preprocessor == "stylus") dialect = &stylus;
     if (dialect == nullptr) return {};
     foundInCompiling found;
-    storeCompiled(style, compiledText(style, *dialect, engine, resources, lookUp, found));
-    if (found.errors.empty()) return {{}, std::move(found.missing)};
+    const auto text = compiledText(style, *dialect, engine, resources, lookUp, found);
+    storeCompiled(style, text);
+    if (text && found.errors.empty()) return {{}, std::move(found.missing)};
     const auto tellErrors = [this, told = std::move(found.errors)] {
         for (const compilerError& error : told)
             errors.show(error);

@@ -14,7 +14,7 @@
 namespace tessaril {
 
 struct quietCompilation {
-    std::function<void()> tellErrors; ///< shows the user alerts and errors; empty for none
+    std::function<void()> tellErrors; ///< shows the user alerts and errors; empty where it was compiled
     std::vector<std::string> missing;         ///< what Less asked for and the look-up did not have
 };
 

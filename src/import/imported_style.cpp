@@ -24,7 +24,7 @@ quietlyRead parseQuietly(std::string_view text, const importSurroundings& machin
     styleMaking making = machine.making;
     making.compileStyle = [&](styleContainer& style) {
         complete(style);
-        if (auto tellErrors = machine.compileQuietly(style)) result.tellErrors = tellErrors;
+        result.tellErrors = machine.compileQuietly(style);
     };
     result.style = parseUserCSS(text, making);
     return result;

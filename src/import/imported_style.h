@@ -32,10 +32,10 @@ inline constexpr std::string_view invalidStyleTitle = "Invalid Style";
 /// The new style of plain CSS: one section without rules, which is `css` as it stands.
 styleContainer plainStyle(std::string css, const styleMaking& making);
 
-/// What `parseUserCSS` makes of a text, and what tells the user of its compiler's errors.
+/// What `parseUserCSS` makes of a text, and what tells the user of the compiler's errors.
 struct quietlyRead {
     std::optional<styleContainer> style;
-    std::function<void()> tellErrors = [] {};
+    std::function<void()> tellErrors = {}; ///< empty where it could be compiled
 };
 
 /// - complete: adds what the text does not say, before the style is compiled

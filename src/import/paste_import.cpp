@@ -78,7 +78,7 @@ void PasteImport::finish(outcome result, const std::function<void(bool imported)
     }
     appendImportedStyle(machine, std::move(*result.style));
     done(true);
-    result.tellErrors();
+    if (result.tellErrors) result.tellErrors();
     if (result.isPlain) machine.alerts.showAlert(noRulesTitle, noRulesText);
 }
 

@@ -181,7 +181,7 @@ void UrlImport::finish(fetchedStyle fetched, const std::function<void(importShee
     if (!mayBegin()) return done(importSheetState::idle);
     appendImportedStyle(machine, std::move(*fetched.style));
     done(importSheetState::finished);
-    fetched.tellErrors();
+    if (fetched.tellErrors) fetched.tellErrors();
     show(fetched.alert);
 }
 

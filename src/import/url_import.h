@@ -28,8 +28,8 @@ alertMessage duplicateStyleAlert(std::string_view name);
 /// What an address gave. Nobody has been told of anything yet.
 struct fetchedStyle {
     std::optional<styleContainer> style = std::nullopt;
-    /// Tells of the compiler's errors, for when the style is taken. Main thread only.
-    std::function<void()> tellErrors = [] {};
+    /// Tells of the compiler's errors, for when the style is taken; may be empty.
+    std::function<void()> tellErrors = {};
     /// Why there is no style, or what the user should know of it. There may be neither.
     std::optional<alertMessage> alert = std::nullopt;
 };

@@ -149,7 +149,7 @@ std::function<void()> ImportingCompiler::compileWith(Run& run, styleContainer& s
         bool isMore = false;
         if (!result.missing.empty())
             dispatcher.whileWaiting([&] { isMore = run.load(result.missing, stop); });
-        if (!isMore && stop.stop_requested() && !result.missing.empty()) return {};
+        if (!isMore && stop.stop_requested() && !result.missing.empty()) return [] {};
         if (!isMore) return std::move(result.tellErrors);
         style.styleData.compSections = compiledBefore;
     }

@@ -16,8 +16,8 @@ struct styleMaking {
 };
 
 /// Recomputes a style's compiled output in place and gives what tells the user of its errors; empty
-/// where there are none. The latter may not be called at all, as the style may turn out not to be
-/// wanted. Both on any thread.
+/// where it could be compiled. The latter may not be called at all, as the style may turn out not
+/// to be wanted. Both on any thread.
 using QuietCompile = std::function<std::function<void()>(styleContainer&)>;
 
 } // namespace tessaril

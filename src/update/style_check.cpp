@@ -52,13 +52,13 @@ bool isSameVersion(const styleContainer& a, const styleContainer& b, const check
                                     : areSameAsWritten(a.styleData.sections, b.styleData.sections);
 }
 
-bool isSameCode(const styleContainer& a, const styleContainer& b) {
-    return a.preprocessor == b.preprocessor && a.version == b.version &&
-           areSameAsWritten(a.styleData.sections, b.styleData.sections);
+std::string languageOf(const styleContainer& style) {
+    return lowercasedASCII(style.preprocessor);
 }
 
-bool isLess(const styleContainer& style) {
-    return lowercasedASCII(style.preprocessor) == "less";
+bool isSameCode(const styleContainer& a, const styleContainer& b) {
+    return languageOf(a) == languageOf(b) && a.version == b.version &&
+           areSameAsWritten(a.styleData.sections, b.styleData.sections);
 }
 
 /// Compiles the style anew. One that fails gets `before` for its compiled code, as when a file that
@@ -73,12 +73,18 @@ std::function<void()> compileKeeping(styleContainer& style,
     return tellErrors;
 }
 
+/// Of what fails as before it is told only where the style has never worked but could.
+checkResult asItWas(const styleContainer& stored, std::function<void()> tellErrors) {
+    if (stored.styleData.compSections || languageOf(stored) == "sass") tellErrors = {};
+    return {checkOutcome::upToDate, {}, std::move(tellErrors)};
+}
+
 /// For a style whose code is the same as before: what it imports may not be.
 checkResult checkImports(const styleContainer& stored, const QuietCompile& compile) {
-    if (!isLess(stored)) return {checkOutcome::upToDate};
+    if (languageOf(stored) != "less") return {checkOutcome::upToDate};
     styleContainer again = stored;
     auto tellErrors = compileKeeping(again, stored.styleData.compSections, compile);
-    if (again.styleData == stored.styleData) return {checkOutcome::upToDate};
+    if (again.styleData == stored.styleData) return asItWas(stored, std::move(tellErrors));
     return {checkOutcome::updated, std::move(again.styleData), std::move(tellErrors)};
 }
 
@@ -95,8 +101,8 @@ checkResult checkUserCSS(const styleContainer& stored, const checkManner& manner
         keepFromOwnNetwork(style, address, loaded->address);
     };
     const auto compiledBefore = [&](const styleContainer& style) {
-        return style.preprocessor == stored.preprocessor ? stored.styleData.compSections
-                                                         : std::nullopt;
+        return languageOf(style) == languageOf(stored) ? stored.styleData.compSections
+                                                       : std::nullopt;
     };
     std::function<void()> tellErrors;
     bool isCompiled = false;
@@ -114,23 +120,24 @@ checkResult checkUserCSS(const styleContainer& stored, const checkManner& manner
         newer.styleData.name = nameFor(address);
     addOrigin(newer);
     newer.isEnabled = stored.isEnabled;
-    if (isSameVersion(newer, stored, manner))
-        return manner.comparesWholeData ? checkResult{checkOutcome::upToDate}
-                                        : checkImports(stored, compile);
-    if (manner.keepsVariableValues) {
-        const auto asRead = newer.userVariables;
-        newer = carryOverVariableValues(stored, std::move(newer));
-        if (!isCompiled || newer.userVariables != asRead) {
-            // Of new code, what the author's values give is nearer to it than what was there.
-            const auto before =
-                isSameCode(newer, stored) ? compiledBefore(newer) : newer.styleData.compSections;
-            tellErrors = compileKeeping(newer, before, compile);
-        }
-        // The reader leaves out what was compiled since. With the same values and compiled it may
-        // turn out to be what is installed, to the last byte.
-        if (isSameVersion(newer, stored, manner) && newer.userVariables == stored.userVariables)
-            return {checkOutcome::upToDate};
+    if (!manner.comparesWholeData) {
+        if (isSameVersion(newer, stored, manner)) return checkImports(stored, compile);
+    } else if (!tellErrors && isSameVersion(newer, stored, manner)) {
+        return {checkOutcome::upToDate};
     }
+    const auto asRead = newer.userVariables;
+    if (manner.keepsVariableValues) newer = carryOverVariableValues(stored, std::move(newer));
+    if (!isCompiled || newer.userVariables != asRead) {
+        // Of new code, what the author's values give is nearer to it than what was there.
+        const auto before = isCompiled && !isSameCode(newer, stored) ? newer.styleData.compSections
+                                                                     : compiledBefore(newer);
+        tellErrors = compileKeeping(newer, before, compile);
+    }
+    // The reader leaves out what was compiled since. With the same values and compiled it may turn
+    // out to be what is installed, to the last byte.
+    if (manner.comparesWholeData && isSameVersion(newer, stored, manner) &&
+        newer.userVariables == stored.userVariables)
+        return asItWas(newer, std::move(tellErrors));
     return {checkOutcome::updated, std::move(newer), std::move(tellErrors)};
 }
 

@@ -58,7 +58,7 @@ struct checkResult {
     checkOutcome outcome = checkOutcome::error;
     /// Of an update: the site's document, or the whole style.
     std::variant<std::monostate, styleJSON, styleContainer> newer = {};
-    /// Tells of the compiler's errors; may be empty. Main thread only.
+    /// Tells of the compiler's errors; may be empty.
     std::function<void()> tellErrors = {};
 };
 

@@ -76,6 +76,7 @@ UpdateSheet::UpdateSheet(std::unique_ptr<UpdateRun> ownRun, QWidget* parent)
     cancelButton->setFocus();
     installEventFilter(this);
     cancelButton->installEventFilter(this);
+    doneButton->installEventFilter(this); // it gets the focus at the end
     run->setHandlers([this] { showRun(); }, [this] { accept(); });
 }
 

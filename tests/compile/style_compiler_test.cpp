@@ -77,13 +77,14 @@ struct StyleCompilerTest : ::testing::Test {
     /// Compiles, and gives what was logged.
     std::string compile(styleContainer& style) {
         CapturedLog log;
-        StyleCompiler(engine, engine, alerts, errors).compileStyle(style);
+        compiler.compileStyle(style);
         return log.take();
     }
 
     ScriptedEngine engine;
     RecordingAlerts alerts;
     RecordingCompilerErrors errors;
+    StyleCompiler compiler{engine, engine, alerts, errors};
 };
 
 TEST_F(StyleCompilerTest, choosesTheModeByThePreprocessor) {
@@ -156,6 +157,8 @@ TEST_F(StyleCompilerTest, logsMissingScripts) {
         styleContainer style = styleFor(preprocessor);
         EXPECT_EQ(compile(style), line);
         EXPECT_EQ(style, styleFor(preprocessor));
+        const CapturedLog log;
+        EXPECT_TRUE(compiler.compileQuietly(style)) << "not as if it were compiled to nothing";
     }
     EXPECT_EQ(engine.contexts, 0);
     EXPECT_THAT(errors.errors, IsEmpty());

@@ -79,6 +79,18 @@ TEST_F(UrlImportTest, SaysWhyThereIsNoStyle) {
     EXPECT_THAT(names(), IsEmpty());
 }
 
+TEST_F(UrlImportTest, DoesNotTakeARedirectedTextForOneOfTheOwnNetwork) {
+    const std::string own = "http://localhost/x.less", elsewhere = "https://a.example/x.less";
+    serve(own, lessStyle);
+    EXPECT_EQ(import(own), state::finished);
+    EXPECT_TRUE(reachedOwnNetwork);
+    store.resetDatabase();
+    urls.responses[own].finalAddress = elsewhere;
+    EXPECT_EQ(import(own), state::finished);
+    EXPECT_FALSE(reachedOwnNetwork);
+    EXPECT_EQ(last().updateURL, elsewhere);
+}
+
 TEST_F(UrlImportTest, AddsAStyleOnce) {
     serveSiteStyle("12", "Night");
     EXPECT_EQ(import("http://www.site.example/styles/12/night"), state::finished);

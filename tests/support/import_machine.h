@@ -2,6 +2,7 @@
 
 #include "events/notification_names.h"
 #include "import/imported_style.h"
+#include "less_imports/importing_compiler.h"
 #include "support/recording_icons.h"
 #include "support/store_machine.h"
 
@@ -20,7 +21,10 @@ struct ImportMachine : StoreMachine<> {
                 store,
                 list,
                 {[this] { return store.generateUniqueID(); }, compile},
-                [this](styleContainer&) { return [this] { ++toldOfErrors; }; }};
+                [this](styleContainer& style) {
+                    reachedOwnNetwork = mayImportFromOwnNetwork(style);
+                    return [this] { ++toldOfErrors; };
+                }};
     }
 
     /// The last style, or an empty one.
@@ -30,6 +34,7 @@ struct ImportMachine : StoreMachine<> {
     }
 
     int toldOfErrors = 0, announced = 0;
+    bool reachedOwnNetwork = false; ///< whether the last style that was compiled may
     NotificationCenter::Subscription subscription =
         center.observe(notifications::addLatestStyle, [this](const auto&) { ++announced; });
     RecordingIcons icons;

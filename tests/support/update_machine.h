@@ -2,6 +2,7 @@
 
 #include "formats/user_css_reader.h"
 #include "import/style_site.h"
+#include "less_imports/importing_compiler.h"
 #include "model/text.h"
 #include "preferences/preference_keys.h"
 #include "support/map_url_loader.h"
@@ -31,14 +32,16 @@ struct UpdateMachine : StoreMachine<Tasks> {
         for (const userVariable& variable : *style.userVariables)
             values += variable.currentValue.value_or("-");
         const bool isLess = lowercasedASCII(style.preprocessor) == "less";
-        const bool worked = isLess && values != failing;
-        if (worked && !library.empty()) style.styleData.compSections = {{.code = library}};
+        const bool failed = isLess && values == failing;
+        if (isLess && !failed && !library.empty())
+            style.styleData.compSections = {{.code = library}};
         if (!isLess)
             for (styleSection& section : style.styleData.sections)
                 section.compiledcode = section.code + values;
         const std::lock_guard lock(mutex);
         compilations.push_back(how + style.styleData.name);
-        if (worked) return {};
+        reachedOwnNetwork = reachedOwnNetwork || mayImportFromOwnNetwork(style);
+        if (!failed) return {};
         return [this, how] { told.push_back(how); };
     }
 
@@ -80,6 +83,7 @@ struct UpdateMachine : StoreMachine<Tasks> {
     StyleSite site{loader, this->preferences};
     std::mutex mutex;
     std::vector<std::string> compilations, told;
+    bool reachedOwnNetwork = false;     ///< whether a style that was compiled may
     std::string library = "one";        ///< what every Less style imports; empty: gives no CSS
     std::optional<std::string> failing; ///< the values with which none can be compiled
 };
