@@ -31,8 +31,11 @@ in_session() { # APPEARANCE: within a display and a session bus of its own
     shown_window Tessaril
     main=$window
     picture "list-empty-$appearance"
-    "$program" "$root"/examples/*
-    sleep 3
+    local example
+    for example in "$root"/examples/*; do # one by one, as they arrive in any order
+        "$program" "$example"
+        sleep 1
+    done
     picture "main-window-$appearance"
     pictures_of_list "$appearance"
     pictures_of_sheets "$appearance"
