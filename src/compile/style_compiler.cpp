@@ -120,7 +120,7 @@ struct foundInCompiling {
     std::vector<std::string> missing; ///< addresses of imported files
 };
 
-/// What the compiler makes of `style`; nothing or "undefined" when it gives no text.
+/// What the compiler makes of `style`; nothing when it gives no text.
 std::optional<std::string> compiledText(const styleContainer& style, const compilerDialect& dialect,
                                         ScriptEngine& engine, const Resources& resources,
                                         const ImportLookup& lookUp, foundInCompiling& found) {
@@ -137,11 +137,13 @@ std::optional<std::string> compiledText(const styleContainer& style, const compi
     const auto context = engine.makeContext(scripts, showError);
     context->evaluate(dialect.catchError);
     context->setGlobal("str", sourceFor(style, dialect));
-    return dialect.run(*context, showError, lookUp, found.missing);
+    auto text = dialect.run(*context, showError, lookUp, found.missing);
+    if (text && trimmed(*text) == undefined) return std::nullopt;
+    return text;
 }
 
 void storeCompiled(styleContainer& style, const std::optional<std::string>& compiled) {
-    if (!compiled || trimmed(*compiled) == undefined) return;
+    if (!compiled) return;
     logLine(*compiled);
     auto read = parseCompiledCSS(*compiled);
     if (!read) {

@@ -14,8 +14,8 @@
 namespace tessaril {
 
 struct quietCompilation {
-    std::function<void()> tellErrors; ///< shows the user alerts and errors; empty where it was compiled
-    std::vector<std::string> missing;         ///< what Less asked for and the look-up did not have
+    std::function<void()> tellErrors; ///< shows the user alerts and errors; empty if it compiled
+    std::vector<std::string> missing; ///< what Less asked for and the look-up did not have
 };
 
 /// Turns a style's code and variables into the CSS that the extension injects. Holds no state

@@ -61,6 +61,11 @@ bool isSameCode(const styleContainer& a, const styleContainer& b) {
            areSameAsWritten(a.styleData.sections, b.styleData.sections);
 }
 
+bool hasCompiler(const styleContainer& style) {
+    const std::string language = languageOf(style);
+    return language == "less" || language == "stylus";
+}
+
 /// Compiles the style anew. One that fails gets `before` for its compiled code, as when a file that
 /// it imports cannot be had: pages keep what they have.
 std::function<void()> compileKeeping(styleContainer& style,
@@ -73,18 +78,17 @@ std::function<void()> compileKeeping(styleContainer& style,
     return tellErrors;
 }
 
-/// Of what fails as before it is told only where the style has never worked but could.
-checkResult asItWas(const styleContainer& stored, std::function<void()> tellErrors) {
-    if (stored.styleData.compSections || languageOf(stored) == "sass") tellErrors = {};
-    return {checkOutcome::upToDate, {}, std::move(tellErrors)};
-}
-
-/// For a style whose code is the same as before: what it imports may not be.
-checkResult checkImports(const styleContainer& stored, const QuietCompile& compile) {
-    if (languageOf(stored) != "less") return {checkOutcome::upToDate};
+/// For a style whose code is the same as before: what it imports may not be, and what failed may
+/// work.
+checkResult compileAgain(const styleContainer& stored, const QuietCompile& compile) {
+    if (!hasCompiler(stored)) return {checkOutcome::upToDate};
     styleContainer again = stored;
     auto tellErrors = compileKeeping(again, stored.styleData.compSections, compile);
-    if (again.styleData == stored.styleData) return asItWas(stored, std::move(tellErrors));
+    if (again.styleData == stored.styleData) {
+        // Of what fails as before it is told only where the style has never worked.
+        if (stored.styleData.compSections) tellErrors = {};
+        return {checkOutcome::upToDate, {}, std::move(tellErrors)};
+    }
     return {checkOutcome::updated, std::move(again.styleData), std::move(tellErrors)};
 }
 
@@ -120,14 +124,15 @@ checkResult checkUserCSS(const styleContainer& stored, const checkManner& manner
         newer.styleData.name = nameFor(address);
     addOrigin(newer);
     newer.isEnabled = stored.isEnabled;
-    if (!manner.comparesWholeData) {
-        if (isSameVersion(newer, stored, manner)) return checkImports(stored, compile);
-    } else if (!tellErrors && isSameVersion(newer, stored, manner)) {
-        return {checkOutcome::upToDate};
+    if (isSameVersion(newer, stored, manner)) {
+        if (manner.comparesWholeData && !tellErrors) return {checkOutcome::upToDate};
+        return compileAgain(stored, compile);
     }
     const auto asRead = newer.userVariables;
     if (manner.keepsVariableValues) newer = carryOverVariableValues(stored, std::move(newer));
-    if (!isCompiled || newer.userVariables != asRead) {
+    // The reader compiles no style without variables in every spelling of its language.
+    const bool isLeftOut = !isCompiled && (manner.keepsVariableValues || hasCompiler(newer));
+    if (isLeftOut || newer.userVariables != asRead) {
         // Of new code, what the author's values give is nearer to it than what was there.
         const auto before = isCompiled && !isSameCode(newer, stored) ? newer.styleData.compSections
                                                                      : compiledBefore(newer);
@@ -137,7 +142,7 @@ checkResult checkUserCSS(const styleContainer& stored, const checkManner& manner
     // out to be what is installed, to the last byte.
     if (manner.comparesWholeData && isSameVersion(newer, stored, manner) &&
         newer.userVariables == stored.userVariables)
-        return asItWas(newer, std::move(tellErrors));
+        return {checkOutcome::upToDate};
     return {checkOutcome::updated, std::move(newer), std::move(tellErrors)};
 }
 
@@ -175,7 +180,9 @@ checkOutcome landCheck(StyleStore& store, const styleContainer& stored, checkRes
         if (!land(store, stored.uniqueID, result)) return checkOutcome::nothingToCheck;
         if (manner.savesAtOnce) store.saveDatabase();
     }
-    if (result.tellErrors) result.tellErrors();
+    const bool isOfWhatIsThere =
+        result.outcome == checkOutcome::updated || isUnchanged(*present, stored);
+    if (result.tellErrors && isOfWhatIsThere) result.tellErrors();
     return result.outcome;
 }
 

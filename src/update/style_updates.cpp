@@ -37,6 +37,7 @@ StyleUpdates::StyleUpdates(styleUpdatesSurroundings surroundings)
 void StyleUpdates::checkStyleForUpdate(std::int64_t id) {
     const auto style = machine.store.findStyle(id);
     if (!style || style->source == sourceCustom) return;
+    askedFor.insert(id);
     begin(id);
     startWaiting();
     tellWhetherRunning();
@@ -101,6 +102,9 @@ void StyleUpdates::start(const std::shared_ptr<const styleContainer>& style) {
         machine.dispatcher.onMain([this, style, result = std::move(result)]() mutable {
             if (stopping.stop_requested()) return;
             --running;
+            // Nobody wants to hear at every start of the program that nothing has changed.
+            const bool isNews = result.outcome == checkOutcome::updated;
+            if (!isNews && !askedFor.contains(style->uniqueID)) result.tellErrors = {};
             const auto outcome = landCheck(machine.store, *style, std::move(result), rowCheck);
             if (outcome == checkOutcome::outdated)
                 waiting.push_front(style->uniqueID); // for a check of what it is now
@@ -113,6 +117,7 @@ void StyleUpdates::start(const std::shared_ptr<const styleContainer>& style) {
 }
 
 void StyleUpdates::end(std::int64_t id, checkOutcome outcome) {
+    askedFor.erase(id);
     machine.updatingStyles.remove(id);
     machine.list.showUpdateStatus(id, statusOf(outcome));
 }

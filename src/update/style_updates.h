@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <set>
 #include <functional>
 #include <memory>
 #include <stop_token>
@@ -69,6 +70,7 @@ private:
     std::function<void()> observer;
     bool wasRunning = false;
     std::deque<std::int64_t> waiting;
+    std::set<std::int64_t> askedFor; ///< by the row's own button
     std::size_t running = 0;
     std::stop_source stopping;
 };

@@ -139,6 +139,7 @@ TEST_F(StyleCompilerTest, keepsTheLastResultWhenThereIsNone) {
         for (const char* preprocessor : {"less", "stylus"}) {
             style.preprocessor = preprocessor;
             EXPECT_EQ(compile(style), "");
+            EXPECT_TRUE(compiler.compileQuietly(style));
         }
     }
     style.preprocessor = "less";

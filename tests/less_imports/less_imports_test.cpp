@@ -122,6 +122,8 @@ TEST_F(LessImportsTest, aSaveTellsOnceOfWhatCannotBeHadAndEnds) {
     loaded("@https://a.example/other");
     EXPECT_THAT(loader.taken(), IsEmpty());
     EXPECT_THAT(errors.errors, SizeIs(told));
+    styleContainer other = lessStyle("@https://a.example/other");
+    EXPECT_TRUE(importing.refreshing()(other)) << "not as if it were compiled";
 }
 
 TEST_F(LessImportsTest, aStrangersStyleSeesNothingOfTheOwnNetwork) {

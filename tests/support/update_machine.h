@@ -32,10 +32,11 @@ struct UpdateMachine : StoreMachine<Tasks> {
         for (const userVariable& variable : *style.userVariables)
             values += variable.currentValue.value_or("-");
         const bool isLess = lowercasedASCII(style.preprocessor) == "less";
-        const bool failed = isLess && values == failing;
+        const bool isSass = style.preprocessor == "sass";
+        const bool failed = isSass || (isLess && values == failing);
         if (isLess && !failed && !library.empty())
             style.styleData.compSections = {{.code = library}};
-        if (!isLess)
+        if (!isLess && !isSass)
             for (styleSection& section : style.styleData.sections)
                 section.compiledcode = section.code + values;
         const std::lock_guard lock(mutex);

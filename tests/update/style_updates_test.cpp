@@ -141,6 +141,16 @@ TEST_F(StyleUpdatesTest, nothingChangesOnFailure) {
     serve(5, userCSS("Less", "1\n@preprocessor less", "a {}"));
     EXPECT_EQ(check(5), "noupdates");
     EXPECT_THAT(told, SizeIs(1)) << "it has never worked, and this is why";
+    updates.updateAllClicked();
+    dispatcher.runAll();
+    EXPECT_THAT(told, SizeIs(1)) << "nobody has asked for it";
+    updates.checkStyleForUpdate(5);
+    SteppedDispatcher::step(dispatcher.backgroundTasks);
+    styleContainer mended = neverCompiled;
+    mended.styleData.sections[0].code = "mended {}";
+    store.applyEditorChanges(5, mended);
+    dispatcher.runAll();
+    EXPECT_THAT(told, SizeIs(1)) << "an error of code that is gone";
     EXPECT_THAT(alerts.alerts, IsEmpty());
     EXPECT_FALSE(updates.isRunning());
 }
@@ -235,7 +245,10 @@ TEST_F(StyleUpdatesTest, whatCannotBeCompiledKeepsWhatWasCompiledBefore) {
     const auto version = [&](const char* number, const char* value) {
         serve(1, userCSS("A", std::string(number) + "\n@preprocessor Less", "a {}", value));
     };
-    const auto compiledCode = [&] { return stored(1).styleData.compSections->at(0).code; };
+    const auto compiledCode = [&] {
+        const auto& sections = stored(1).styleData.compSections;
+        return sections ? sections->at(0).code : "nothing";
+    };
     version("1", "red");
     styleContainer style = userStyle(1);
     style.userVariables->at(0).currentValue = "mine";
@@ -274,6 +287,37 @@ TEST_F(StyleUpdatesTest, whatCannotBeCompiledKeepsWhatWasCompiledBefore) {
     version("6", "red");
     EXPECT_EQ(check(1), "updated");
     EXPECT_EQ(stored(1).styleData.compSections, std::nullopt) << "the author has emptied it";
+}
+
+TEST_F(StyleUpdatesTest, whatCanNeverBeCompiledIsNoNews) {
+    const auto sass = [&](const char* version, const char* variables) {
+        serve(1, userCSS("A", std::string(version) + "\n@preprocessor sass" + variables, "a {}"));
+    };
+    sass("1", "\n@var text a \"V\" one\n@var text b \"V\" two");
+    styleContainer style = userStyle(1);
+    style.userVariables->at(0).currentValue = "mine";
+    begin({style});
+    EXPECT_EQ(check(1), "noupdates");
+    EXPECT_EQ(stored(1), style) << "though one label of two would take the other's value";
+    EXPECT_THAT(told, IsEmpty());
+    sass("2", "");
+    const checkResult result = checkStyle(style, sheetCheck, checks(), {});
+    EXPECT_EQ(result.outcome, checkOutcome::updated);
+    EXPECT_FALSE(result.tellErrors);
+}
+
+TEST_F(StyleUpdatesTest, theSheetCompilesWhatTheReaderLeavesOut) {
+    const auto sheet = [&](const char* version, const styleContainer& style) {
+        serve(1, userCSS("A", std::string(version) + "\n@preprocessor LESS", "a {}"));
+        auto result = checkStyle(style, sheetCheck, checks(), {});
+        return std::get<styleContainer>(result.newer);
+    };
+    serve(1, userCSS("A", "1\n@preprocessor less", "a {}"));
+    styleContainer style = sheet("2", userStyle(1));
+    EXPECT_EQ(style.styleData.compSections->at(0).code, "one");
+    failing = "";
+    style = sheet("3", style);
+    EXPECT_EQ(style.styleData.compSections->at(0).code, "one") << "pages keep what they have";
 }
 
 TEST_F(StyleUpdatesTest, aTextFromElsewhereDoesNotMakeTheStyleOneOfTheOwnNetwork) {
