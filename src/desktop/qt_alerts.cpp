@@ -8,7 +8,9 @@
 #include <QLabel>
 #include <QMainWindow>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QTextBoundaryFinder>
 
 #include <memory>
@@ -93,10 +95,11 @@ QMessageBox::ButtonRole roleOf(int button, const alertQuestion& question) {
 }
 
 alertAnswer answerTo(const alertQuestion& question, QWidget* below) {
-    const auto box = makeBox(below,
-                             question.style == alertStyle::critical ? QMessageBox::Critical
-                                                                    : QMessageBox::Warning,
-                             question.title, question.text);
+    const auto icon = question.style == alertStyle::critical ? QMessageBox::Critical
+                                                              : QMessageBox::Warning;
+    const QPointer<QMessageBox> box =
+        makeBox(below, icon, question.title, question.text).release();
+    const auto deleteBox = qScopeGuard([&] { delete box; });
     std::vector<QPushButton*> buttons;
     for (const std::string& title : question.buttons)
         buttons.push_back(box->addButton(QString::fromStdString(title),
@@ -108,6 +111,7 @@ alertAnswer answerTo(const alertQuestion& question, QWidget* below) {
     box->setEscapeButton(buttons[closing]);
     if (question.offersSuppression) box->setCheckBox(new QCheckBox(suppressionText));
     box->exec();
+    if (!box) return {closing, false}; // the window below was closed meanwhile
 
     alertAnswer answer{closing, box->checkBox() && box->checkBox()->isChecked()};
     for (std::size_t button = 0; button < buttons.size(); ++button)

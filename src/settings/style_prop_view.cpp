@@ -82,19 +82,22 @@ void StylePropView::themeChanged(std::size_t item) {
 void StylePropView::saveClicked() {
     if (std::exchange(saving, true)) return;
     setExclusions(curStyle, excluded.rows());
-    machine.dispatcher.inBackground(taskPriority::userInitiated,
-                                    [this, style = curStyle, &store = machine.store,
-                                     &dispatcher = machine.dispatcher,
-                                     watched = std::weak_ptr(alive)] {
-                                        store.applyStyleProperties(style.uniqueID, style);
-                                        dispatcher.onMain([this, watched] {
-                                            if (!watched.expired()) close();
-                                        });
-                                    });
+    const auto task = [this, style = curStyle, machine = machine, watched = std::weak_ptr(alive)] {
+        machine.store.applyStyleProperties(style.uniqueID, style);
+        machine.dispatcher.onMain([this, id = style.uniqueID, machine, watched] {
+            machine.openProperties.remove(id);
+            if (watched.expired()) return;
+            saving = false;
+            close();
+        });
+    };
+    machine.dispatcher.inBackground(taskPriority::userInitiated, task);
 }
 
 void StylePropView::leave() {
-    if (std::exchange(isOpen, false)) machine.openProperties.remove(curStyle.uniqueID);
+    if (!std::exchange(isOpen, false)) return;
+    // Opened again before, they would show what is no more, and might be stored the earlier.
+    if (!saving) machine.openProperties.remove(curStyle.uniqueID);
 }
 
 void StylePropView::close() {

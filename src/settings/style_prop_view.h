@@ -73,7 +73,8 @@ public:
     /// Has the window closed, and stores nothing.
     void cancelClicked() { close(); }
 
-    /// The window is closed: the style's properties may be opened again. May be called again.
+    /// The window is closed: the style's properties may be opened again, when they are stored. May
+    /// be called again.
     void leave();
 
 private:

@@ -93,8 +93,9 @@ double alphaFromByte(int alpha) {
 std::optional<double> valueScale::tickCount() const {
     if (step <= 0) return std::nullopt;
     // The steps from 0 to 0.3 by 0.1 are three, though their quotient is a little less.
-    constexpr double lastBits = 1e-9;
-    const double steps = (max / step - min / step) * (1 + lastBits);
+    constexpr double lastBits = 1e-9, mostAdded = 1e-3;
+    const double quotient = max / step - min / step;
+    const double steps = quotient + std::min(quotient * lastBits, mostAdded);
     constexpr double mostCounted = 1e15;
     if (!(steps < mostCounted)) return std::nullopt;
     return std::trunc(steps) + 1;

@@ -24,6 +24,7 @@ void fillNumber(variableRow& row, const userVariable& variable) {
     row.scale = scaleOf(variable.rangeOptions);
     const auto value = parseDouble(variable.currentValue.value_or(""));
     row.value = row.scale.clamped(value.value_or(row.scale.min));
+    row.fits = value == row.value;
     if (variable.rangeOptions) row.rangeUnits = variable.rangeOptions->units.value_or("");
     const auto ticks = row.scale.tickCount();
     row.drawsTicks = row.control == variableControl::slider && ticks && *ticks <= mostDrawnTicks;

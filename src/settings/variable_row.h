@@ -25,6 +25,7 @@ struct variableRow {
     std::optional<std::size_t> chosenItem; ///< nothing: no item is the value
     valueScale scale;                      ///< of slider and stepper
     double value = 0;                      ///< within the scale
+    bool fits = true;                      ///< whether `value` is what is stored
     bool drawsTicks = false;               ///< the slider
     std::string rangeUnits;                ///< behind the value
 

@@ -50,11 +50,12 @@ void VariableTable::valueChanged(std::size_t row, double value) {
 }
 
 bool VariableTable::setDefaults() {
+    const std::weak_ptr watched(alive);
     const auto answer = alerts.ask({.title = resetQuestion,
                                     .text = resetWarning,
                                     .buttons = {"No", "Yes"},
                                     .destructiveButton = resetYes});
-    if (answer.button != resetYes) return false;
+    if (watched.expired() || answer.button != resetYes) return false;
     if (!style.userVariables) return true;
     for (userVariable& variable : *style.userVariables)
         variable.currentValue = variable.defaultValue;

@@ -5,6 +5,7 @@
 #include "settings/variable_row.h"
 
 #include <cstddef>
+#include <memory>
 #include <string>
 
 namespace tessaril {
@@ -27,7 +28,8 @@ public:
     /// Of a slider or stepper.
     void valueChanged(std::size_t row, double value);
 
-    /// Asks, and gives every variable its default value; gives whether it did.
+    /// Asks, and gives every variable its default value; gives whether it did. It may be gone
+    /// afterwards, as a question lets its window be closed.
     bool setDefaults();
 
 private:
@@ -35,6 +37,7 @@ private:
 
     styleContainer& style;
     Alerts& alerts;
+    std::shared_ptr<int> alive = std::make_shared<int>();
 };
 
 } // namespace tessaril

@@ -1,6 +1,7 @@
 #include "windows/color_button.h"
 
 #include "windows/color_dialog.h"
+#include "windows/shown_text.h"
 
 #include <QPainter>
 #include <QPainterPath>
@@ -60,8 +61,9 @@ QSize ColorButton::sizeHint() const {
 
 void ColorButton::askForColor() {
     auto* dialog = new ColorDialog(color, window());
-    dialog->setWindowTitle(accessibleName().isEmpty() ? "Color" : accessibleName());
+    dialog->setWindowTitle(windowTitleText(accessibleName().toStdString()));
     connect(dialog, &QDialog::accepted, this, [this, dialog] {
+        if (!dialog->isChanged()) return;
         showColor(dialog->color());
         emit colorChosen(color);
     });

@@ -2,30 +2,29 @@
 
 #include "settings/value_text.h"
 #include "windows/color_button.h"
+#include "windows/held_key_filter.h"
 #include "windows/shown_text.h"
 
 #include <QColorDialog>
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSignalBlocker>
+#include <QSlider>
 #include <QVBoxLayout>
 
+#include <cmath>
 #include <limits>
 
 namespace tessaril {
 
 namespace {
 
-/// The components as 255ths, as the picker's own numbers show them.
-colorComponents componentsOf(const QColor& color) {
-    return {.red = color.red() / 255.,
-            .green = color.green() / 255.,
-            .blue = color.blue() / 255.,
-            .alpha = alphaFromByte(color.alpha())};
-}
+constexpr int wholeOpacity = 100; // percent
+constexpr int groupGap = 6;
 
 QString textOf(const colorComponents& color) {
     return qtText(colorToText(color).value_or(""));
@@ -34,15 +33,19 @@ QString textOf(const colorComponents& color) {
 } // namespace
 
 ColorDialog::ColorDialog(const colorComponents& color, QWidget* parent)
-    : QDialog(parent), chosen(color), picker(new QColorDialog), textField(new QLineEdit) {
+    : QDialog(parent)
+    , chosen(color)
+    , picker(new QColorDialog)
+    , textField(new QLineEdit)
+    , opacitySlider(new QSlider(Qt::Horizontal))
+    , opacityLabel(new QLabel) {
     setObjectName("colorDialog");
     setWindowModality(Qt::WindowModal);
     setAttribute(Qt::WA_DeleteOnClose);
 
     picker->setWindowFlags(Qt::Widget);
-    picker->setOptions(QColorDialog::DontUseNativeDialog | QColorDialog::NoButtons |
-                       QColorDialog::ShowAlphaChannel);
-    picker->setCurrentColor(qtColor(color));
+    // Its own opacity is lost when a colour is picked from the screen.
+    picker->setOptions(QColorDialog::DontUseNativeDialog | QColorDialog::NoButtons);
     connect(picker, &QColorDialog::currentColorChanged, this,
             [this](const QColor& current) { picked(current); });
     picker->installEventFilter(this);
@@ -51,13 +54,24 @@ ColorDialog::ColorDialog(const colorComponents& color, QWidget* parent)
 
     textField->setObjectName("colorText");
     textField->setMaxLength(std::numeric_limits<int>::max());
-    textField->setText(textOf(color));
     textField->setPlaceholderText("tomato, #ff6347, rgba(255,99,71,0.5)");
     connect(textField, &QLineEdit::textEdited, this, [this](const QString& text) { typed(text); });
 
+    opacitySlider->setObjectName("opacitySlider");
+    opacitySlider->setAccessibleName("Opacity");
+    opacitySlider->setRange(0, wholeOpacity);
+    opacitySlider->setPageStep(wholeOpacity / 10);
+    opacityLabel->setMinimumWidth(fontMetrics().horizontalAdvance("100%"));
+    opacityLabel->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    connect(opacitySlider, &QSlider::valueChanged, this, [this](int percent) {
+        chosen.alpha = percent / double(wholeOpacity);
+        choose();
+    });
+
     auto* buttons = new QDialogButtonBox;
-    chooseButton = buttons->addButton("C&hoose", QDialogButtonBox::AcceptRole);
-    QPushButton* cancel = buttons->addButton("Cancel", QDialogButtonBox::RejectRole);
+    // With the keys that the picker leaves.
+    chooseButton = buttons->addButton("Ch&oose", QDialogButtonBox::AcceptRole);
+    QPushButton* cancel = buttons->addButton("Ca&ncel", QDialogButtonBox::RejectRole);
     chooseButton->setObjectName("chooseButton");
     cancel->setAutoDefault(false);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
@@ -65,19 +79,55 @@ ColorDialog::ColorDialog(const colorComponents& color, QWidget* parent)
 
     auto* form = new QFormLayout;
     form->addRow("As &text:", textField);
+    auto* opacityParts = new QHBoxLayout;
+    opacityParts->addWidget(opacitySlider, 1);
+    opacityParts->addWidget(opacityLabel);
+    auto* opacityTitle = new QLabel("Opacit&y:");
+    opacityTitle->setBuddy(opacitySlider);
+    opacityParts->insertWidget(0, opacityTitle);
     auto* parts = new QVBoxLayout(this);
     parts->addLayout(form);
     parts->addWidget(picker);
+    parts->addLayout(opacityParts);
+    parts->addSpacing(groupGap);
     parts->addWidget(buttons);
+    new HeldKeyFilter(this);
     chooseButton->setDefault(true);
+    showColor();
+    textField->setText(textOf(color));
     textField->setFocus();
     textField->selectAll();
 }
 
 void ColorDialog::picked(const QColor& current) {
-    chosen = componentsOf(current);
+    // As 255ths, as the picker's own numbers show them.
+    chosen.red = current.red() / 255.;
+    chosen.green = current.green() / 255.;
+    chosen.blue = current.blue() / 255.;
+    choose();
+}
+
+void ColorDialog::choose() {
+    changed = true;
     textField->setText(textOf(chosen));
     chooseButton->setEnabled(true);
+    showOpacity();
+}
+
+/// Without the controls' answer, which would round what was typed.
+void ColorDialog::showColor() {
+    const QSignalBlocker blocker(picker);
+    QColor opaque = qtColor(chosen);
+    opaque.setAlpha(255);
+    picker->setCurrentColor(opaque);
+    showOpacity();
+}
+
+void ColorDialog::showOpacity() {
+    const QSignalBlocker blocker(opacitySlider);
+    const int percent = static_cast<int>(std::lround(chosen.alpha * wholeOpacity));
+    opacitySlider->setValue(percent);
+    opacityLabel->setText(QString::number(percent) + '%');
 }
 
 void ColorDialog::typed(const QString& text) {
@@ -85,8 +135,8 @@ void ColorDialog::typed(const QString& text) {
     chooseButton->setEnabled(color.has_value());
     if (!color) return;
     chosen = *color;
-    const QSignalBlocker blocker(picker); // it would round what was typed
-    picker->setCurrentColor(qtColor(*color));
+    changed = true;
+    showColor();
 }
 
 /// A dialog within a dialog would take Return and Escape for itself and hide.

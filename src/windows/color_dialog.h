@@ -17,6 +17,8 @@ public:
     ColorDialog(const colorComponents& color, QWidget* parent);
 
     const colorComponents& color() const { return chosen; }
+    /// Whether the user has touched it.
+    bool isChanged() const { return changed; }
 
 protected:
     bool eventFilter(QObject* object, QEvent* event) override;
@@ -24,10 +26,16 @@ protected:
 private:
     void picked(const QColor& color);
     void typed(const QString& text);
+    void choose();
+    void showColor();
+    void showOpacity();
 
     colorComponents chosen;
+    bool changed = false;
     QColorDialog* picker;
     QLineEdit* textField;
+    QSlider* opacitySlider;
+    QLabel* opacityLabel;
     QPushButton* chooseButton;
 };
 

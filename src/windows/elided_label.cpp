@@ -9,7 +9,7 @@ namespace tessaril {
 void ElidedLabel::showText(std::string_view text) {
     whole = oneLine(text);
     setTextFormat(Qt::PlainText);
-    setToolTip(whole.toHtmlEscaped());
+    setToolTip(toolTipText(whole));
     setText(fontMetrics().elidedText(whole, Qt::ElideRight, width()));
     updateGeometry();
 }

@@ -149,8 +149,7 @@ bool RuleDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view,
         const typedRule& row = model.rule(index);
         const QString whole =
             oneLine(isType(index) ? row.type : row.rule.value_or(""), mostInToolTip);
-        // Escaped, or a rule could bring its own markup.
-        text = "<p style='white-space:pre-wrap'>" + whole.toHtmlEscaped() + "</p>";
+        text = toolTipText(whole);
     }
     QToolTip::showText(event->globalPos(), text, view->viewport(), option.rect);
     return true;

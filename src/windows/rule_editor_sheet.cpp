@@ -1,5 +1,6 @@
 #include "windows/rule_editor_sheet.h"
 
+#include "windows/held_key_filter.h"
 #include "windows/pane_form.h"
 #include "windows/rule_table.h"
 #include "windows/shown_text.h"
@@ -42,8 +43,6 @@ RuleEditorSheet::RuleEditorSheet(RuleEditorDelegate& delegate, bool isReadOnly, 
     save->setObjectName("saveButton");
     save->setDefault(true);
     cancel->setAutoDefault(false);
-    for (QAbstractButton* button : buttons->buttons())
-        button->setIcon({});
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(new QShortcut(QKeySequence::Save, this), &QShortcut::activated, this, &QDialog::accept);
@@ -56,6 +55,7 @@ RuleEditorSheet::RuleEditorSheet(RuleEditorDelegate& delegate, bool isReadOnly, 
     parts->addWidget(formPart);
     parts->addWidget(table, 1);
     parts->addWidget(buttons);
+    new HeldKeyFilter(this);
     resize(comfortableSize);
     if (isReadOnly) table->setFocus();
 }

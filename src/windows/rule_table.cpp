@@ -28,6 +28,7 @@ RuleTable::RuleTable(TypedRules& rules, QWidget* parent)
     , addRuleButton(new QToolButton)
     , removeRuleButton(new QToolButton) {
     setFocusProxy(view);
+    setFocusPolicy(Qt::StrongFocus); // or a mnemonic would not lead here
     makeNote(*emptyNote);
     emptyNote->setObjectName("emptyNote");
     emptyNote->setTextFormat(Qt::PlainText);

@@ -24,6 +24,10 @@ QString oneLine(std::string_view text, qsizetype most) {
     return line;
 }
 
+QString toolTipText(const QString& text) {
+    return "<p style='white-space:pre-wrap'>" + text.toHtmlEscaped() + "</p>";
+}
+
 QString windowTitleText(std::string_view text) {
     return oneLine(text).replace("[*]", "[*][*]");
 }

@@ -23,6 +23,9 @@ inline std::filesystem::path pathOf(const QString& file) {
 /// far more than a line shows.
 QString oneLine(std::string_view text, qsizetype most = 300);
 
+/// `text` as a tool tip: as it stands, whatever markup or blanks it holds.
+QString toolTipText(const QString& text);
+
 /// `text` for QWidget::setWindowTitle, which would take "[*]" as its place for a change mark.
 QString windowTitleText(std::string_view text);
 

@@ -2,6 +2,7 @@
 
 #include "windows/droplet.h"
 #include "windows/elided_label.h"
+#include "windows/held_key_filter.h"
 #include "windows/pane_form.h"
 #include "windows/rule_table.h"
 #include "windows/shown_text.h"
@@ -14,7 +15,9 @@
 #include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QLabel>
+#include <QPointer>
 #include <QPushButton>
+#include <QScreen>
 #include <QShortcut>
 #include <QVBoxLayout>
 
@@ -84,7 +87,9 @@ StylePropWindow::StylePropWindow(std::unique_ptr<StylePropView> ownView,
             [this] { save(); });
     connect(new QShortcut(QKeySequence::Close, this), &QShortcut::activated, this,
             [this] { close(); });
-    resize(hasVariables ? comfortableSize : smallSize);
+    new HeldKeyFilter(this);
+    const QSize size = hasVariables ? comfortableSize : smallSize;
+    resize(size.boundedTo(screen()->availableGeometry().size()));
 }
 
 StylePropWindow::~StylePropWindow() = default;
@@ -155,8 +160,8 @@ QWidget* StylePropWindow::makeButtons() {
     resetVarButton->setObjectName("resetVarButton");
     resetVarButton->setAutoDefault(false);
     resetVarButton->setEnabled(variableTable != nullptr);
-    connect(resetVarButton, &QPushButton::clicked, this, [this] {
-        if (view->variables().setDefaults()) variableTable->reload();
+    connect(resetVarButton, &QPushButton::clicked, this, [this, window = QPointer(this)] {
+        if (view->variables().setDefaults() && window) variableTable->reload();
     });
 
     auto* buttons = new QDialogButtonBox;

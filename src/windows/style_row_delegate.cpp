@@ -331,8 +331,7 @@ bool StyleRowDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view,
         text = "Properties";
         break;
     case rowControl::none:
-        // Escaped, or a name could bring its own markup.
-        if (isCut) text = "<p style='white-space:pre-wrap'>" + name.toHtmlEscaped() + "</p>";
+        if (isCut) text = toolTipText(name);
         place = option.rect;
         break;
     }

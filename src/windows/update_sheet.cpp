@@ -1,12 +1,12 @@
 #include "windows/update_sheet.h"
 
+#include "windows/held_key_filter.h"
 #include "windows/pane_form.h"
 #include "windows/shown_text.h"
 #include "windows/spinner.h"
 
 #include <QDialogButtonBox>
 #include <QHBoxLayout>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QProgressBar>
@@ -23,7 +23,6 @@ namespace tessaril {
 namespace {
 
 constexpr QSize comfortableSize(540, 380);
-constexpr quint64 shortestPause = 20; // milliseconds between a release and a press
 
 } // namespace
 
@@ -74,9 +73,10 @@ UpdateSheet::UpdateSheet(std::unique_ptr<UpdateRun> ownRun, QWidget* parent)
     parts->addLayout(last);
     resize(comfortableSize);
     cancelButton->setFocus();
-    installEventFilter(this);
-    cancelButton->installEventFilter(this);
-    doneButton->installEventFilter(this); // it gets the focus at the end
+    // Held down, a key is one wish to cancel, not five, and none to be done as the run ends.
+    auto* heldKeys = new HeldKeyFilter(this);
+    heldKeys->watch(cancelButton);
+    heldKeys->watch(doneButton);
     run->setHandlers([this] { showRun(); }, [this] { accept(); });
 }
 
@@ -86,29 +86,6 @@ void UpdateSheet::showEvent(QShowEvent* event) {
     QDialog::showEvent(event);
     if (std::exchange(hasBegun, true)) return;
     run->begin();
-}
-
-/// A key that is held down is one wish, not five. Where its repeats come as releases and new
-/// presses, those follow each other at once, as no finger does.
-bool UpdateSheet::isHeldKey(const QKeyEvent& event) {
-    if (event.isAutoRepeat()) return true;
-    if (event.type() == QEvent::KeyRelease) {
-        lastKey = event.key();
-        lastRelease = event.timestamp();
-        return false;
-    }
-    return event.key() == lastKey && lastRelease != 0 &&
-           event.timestamp() - lastRelease < shortestPause;
-}
-
-bool UpdateSheet::eventFilter(QObject* object, QEvent* event) {
-    const bool isKey = event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease ||
-                       event->type() == QEvent::ShortcutOverride;
-    if (isKey && isHeldKey(static_cast<QKeyEvent&>(*event))) {
-        event->accept(); // or it would count as a shortcut
-        return true;
-    }
-    return QDialog::eventFilter(object, event);
 }
 
 void UpdateSheet::reject() {

@@ -26,18 +26,13 @@ public:
     void reject() override;
 
 protected:
-    bool eventFilter(QObject* object, QEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
 private:
     void showRun();
     void appendToLog(QStringView more);
 
-    bool isHeldKey(const QKeyEvent& event);
-
     std::unique_ptr<UpdateRun> run;
-    int lastKey = 0; ///< that was released, and when, by the desktop's clock, in milliseconds
-    quint64 lastRelease = 0;
     bool hasBegun = false;
     std::size_t shownLog = 0; ///< how many bytes of it
     QPlainTextEdit* logText;

@@ -15,7 +15,8 @@ namespace {
 /// The number that was typed, with or without the units, with a comma or a point.
 std::optional<double> numberIn(const std::string& text, const std::string& units) {
     std::string_view number = trimmed(text);
-    if (!units.empty() && number.ends_with(units)) number.remove_suffix(units.size());
+    const std::string_view ending = trimmed(units);
+    if (!ending.empty() && number.ends_with(ending)) number.remove_suffix(ending.size());
     return parseDouble(replacingAll(trimmed(number), ",", "."));
 }
 
@@ -33,8 +34,9 @@ void ValueStepper::setScale(const valueScale& newScale, std::string newUnits) {
     updateGeometry();
 }
 
-void ValueStepper::showValue(double newValue) {
+void ValueStepper::showValue(double newValue, bool isStored) {
     value = newValue;
+    isChosen = isStored;
     showText();
 }
 
@@ -42,7 +44,7 @@ void ValueStepper::stepBy(int steps) {
     const valueScale stepping{scale.min, scale.max, scale.step > 0 ? scale.step : 1};
     const double stepped = stepping.stepped(value, steps);
     if (stepped == value) return;
-    showValue(stepped);
+    showValue(stepped, true);
     emit valueChosen(value);
 }
 
@@ -56,8 +58,11 @@ QAbstractSpinBox::StepEnabled ValueStepper::stepEnabled() const {
 /// Counts at once, so that nothing typed is lost; the text is put in order when it is finished.
 void ValueStepper::typed(const QString& text) {
     const auto number = numberIn(text.toStdString(), units);
-    if (!number || scale.clamped(*number) == value) return;
+    // With more decimals than it shows, a value is not what stands there.
+    const bool isAsShown = text.toStdString() == valueLabel(value, units);
+    if (!number || (isChosen && isAsShown)) return;
     value = scale.clamped(*number);
+    isChosen = true;
     emit valueChosen(value);
 }
 

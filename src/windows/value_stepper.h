@@ -18,7 +18,8 @@ public:
 
     /// - units: UTF-8
     void setScale(const valueScale& newScale, std::string newUnits);
-    void showValue(double value);
+    /// - isStored: otherwise it stands in for one that cannot be shown
+    void showValue(double value, bool isStored);
 
     void stepBy(int steps) override;
     QSize sizeHint() const override;
@@ -36,6 +37,7 @@ private:
     valueScale scale;
     std::string units;
     double value = 0;
+    bool isChosen = false; ///< `value` is stored
 };
 
 } // namespace tessaril

@@ -11,8 +11,7 @@ namespace tessaril {
 
 namespace {
 
-/// More than there are places for the handle.
-constexpr double mostPositions = 10000;
+constexpr double mostPositions = 1e9; // that a slider can tell apart
 /// Where the scale has no steps.
 constexpr double freePositions = 1000;
 constexpr int tickLength = 4;

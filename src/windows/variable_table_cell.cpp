@@ -1,12 +1,12 @@
 #include "windows/variable_table_cell.h"
 
 #include "windows/color_button.h"
+#include "windows/elided_check_box.h"
 #include "windows/elided_label.h"
 #include "windows/shown_text.h"
 #include "windows/value_stepper.h"
 #include "windows/var_range_slider.h"
 
-#include <QCheckBox>
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QLineEdit>
@@ -68,8 +68,9 @@ void VariableTableCell::addControl(const variableRow& shown) {
 
 void VariableTableCell::place(QWidget* control, const char* name, int stretch) {
     valueControl = control;
+    control->setFocusPolicy(Qt::StrongFocus); // not by the wheel, which is for the table
     control->setObjectName(name);
-    control->setAccessibleName(qtText(table.rowAt(row).displayName));
+    control->setAccessibleName(oneLine(table.rowAt(row).displayName));
     parts->addWidget(control, stretch);
 }
 
@@ -108,9 +109,8 @@ void VariableTableCell::addColorWell() {
 
 void VariableTableCell::addCheckbox(const variableRow& shown) {
     displayName->hide();
-    auto* checkbox = new QCheckBox(oneLine(shown.displayName).replace("&", "&&"));
-    checkbox->setToolTip(displayName->toolTip());
-    checkbox->setMinimumWidth(0);
+    auto* checkbox = new ElidedCheckBox;
+    checkbox->showTitle(shown.displayName);
     place(checkbox, "checkbox", 1);
     const auto showTitle = [checkbox](bool isWeak) {
         QPalette colors;
@@ -166,7 +166,7 @@ void VariableTableCell::addStepper(const variableRow& shown) {
     parts->addStretch(1);
     connect(stepper, &ValueStepper::valueChosen, this,
             [this](double value) { table.valueChanged(row, value); });
-    showValue = [stepper](const variableRow& now) { stepper->showValue(now.value); };
+    showValue = [stepper](const variableRow& now) { stepper->showValue(now.value, now.fits); };
 }
 
 } // namespace tessaril

@@ -36,7 +36,6 @@ private:
     void addSlider(const variableRow& shown);
     void addStepper(const variableRow& shown);
     ElidedLabel* addValueLabel();
-    /// Ready for use: named, and with the wheel left to the table.
     void place(QWidget* control, const char* name, int stretch);
 
     VariableTable& table;

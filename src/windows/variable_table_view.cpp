@@ -83,7 +83,8 @@ int VariableTableView::nameWidth() const {
 }
 
 bool VariableTableView::eventFilter(QObject* object, QEvent* event) {
-    if (event->type() != QEvent::Wheel) return QScrollArea::eventFilter(object, event);
+    const bool isInRow = content->isAncestorOf(qobject_cast<QWidget*>(object));
+    if (event->type() != QEvent::Wheel || !isInRow) return QScrollArea::eventFilter(object, event);
     event->ignore();
     return true;
 }

@@ -124,9 +124,23 @@ TEST_F(StylePropViewTest, aSaveOutlivesItsWindow) {
     auto view = openedFirst();
     view->iframeToggled(true);
     view->saveClicked();
+    view->leave();
+    EXPECT_TRUE(openProperties.contains(7)) << "a second save could come before the first";
     view.reset();
+    EXPECT_TRUE(openProperties.contains(7));
     dispatcher.runAll();
+    EXPECT_TRUE(openProperties.isEmpty());
     EXPECT_EQ(written().styles[0].allowIframe, true);
+}
+
+TEST_F(StylePropViewTest, mayCloseWhileItAsks) {
+    styleContainer style = namedStyle("Name", 7);
+    style.userVariables = {{{.type = "text", .name = "v", .currentValue = "old"}}};
+    putDocument({style});
+    auto view = openedFirst();
+    alerts.answers = {{.button = 1}};
+    alerts.whileAsking = [&] { view.reset(); };
+    EXPECT_FALSE(view->variables().setDefaults());
 }
 
 TEST_F(StylePropViewTest, saysWhereTheStyleIsFrom) {

@@ -15,6 +15,7 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QColorDialog>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
@@ -91,6 +92,12 @@ protected:
         for (const Qt::Key key : pressed)
             QTest::keyClick(control, key);
     }
+    void turnWheel(QWidget* over) {
+        QWheelEvent down({5, 5}, over->mapToGlobal(QPointF(5, 5)), {}, {0, -120}, Qt::NoButton, {},
+                         Qt::NoScrollPhase, false);
+        QSpontaneKeyEvent::setSpontaneous(&down);
+        qApp->notify(over, &down);
+    }
     void save() {
         QTest::mouseClick(control<QPushButton>("saveButton"), Qt::LeftButton);
         machine.dispatcher.runAll();
@@ -133,17 +140,25 @@ TEST_F(StylePropWindowTest, BringsChosenValuesToTheExtension) {
     EXPECT_FALSE(control<QPushButton>("chooseButton")->isEnabled());
     QTest::keyClicks(colorText, "678");
     keys(colorText, {Qt::Key_Tab});
+    auto* picker = control<QColorDialog>("");
+    picker->setCurrentColor(QColor(1, 2, 3)); // as when one is picked from the screen
+    EXPECT_EQ(colorText->text(), "rgba(1,2,3,0.47)");
+    keys(control<QSlider>("opacitySlider"), {Qt::Key_Right});
+    EXPECT_EQ(colorText->text(), "rgba(1,2,3,0.48)");
     keys(colorText->window()->focusWidget(), {Qt::Key_Return}); // in the picker
     keys(control<QCheckBox>("checkbox"), {Qt::Key_Space});
     keys(control<QComboBox>("dropdown"), {Qt::Key_Down});
     keys(control<VarRangeSlider>("rangeSlider"), {Qt::Key_Right, Qt::Key_Right});
     keys(control<ValueStepper>("stepper"), {Qt::Key_Up});
-    control<QComboBox>("themeToggle");
+    keys(control<QComboBox>("themeToggle"), {Qt::Key_Down});
+    keys(control<QCheckBox>("iframeCheck"), {Qt::Key_Space});
     EXPECT_THAT(values(), ElementsAre("serif", "#ff8000", "0", "0", "16", "60")) << "until saved";
     save();
-    EXPECT_THAT(values(), ElementsAre("Georgia", "rgba(18,52,86,0.47)", "1", "1", "18.0", "60.5"));
+    EXPECT_THAT(values(), ElementsAre("Georgia", "rgba(1,2,3,0.48)", "1", "1", "18.0", "60.5"));
+    EXPECT_EQ(application->store().styleAt(0)->systemTheme, "light");
+    EXPECT_EQ(application->store().styleAt(0)->allowIframe, false);
     const std::string message = sentMessage();
-    for (const char* compiled : {"font: Georgia", "rgba(18, 52, 86, 0.47)", "size: 18",
+    for (const char* compiled : {"font: Georgia", "rgba(1, 2, 3, 0.48)", "size: 18",
                                  "width: 60.5em", "--t: Mocha", "--w: 1"})
         EXPECT_THAT(message, HasSubstr(compiled));
 
@@ -169,12 +184,28 @@ TEST_F(StylePropWindowTest, WritesNothingThatNobodyTouched) {
     EXPECT_EQ(control<QComboBox>("dropdown")->currentIndex(), -1);
     for (const char* name : {"inputField", "checkbox", "dropdown", "rangeSlider", "stepper"}) {
         control<QWidget>(name)->setFocus();
-        QWheelEvent wheel({5, 5}, control<QWidget>(name)->mapToGlobal(QPointF(5, 5)), {}, {0, 120},
-                          Qt::NoButton, {}, Qt::NoScrollPhase, false);
-        QApplication::sendEvent(control<QWidget>(name), &wheel);
+        turnWheel(control<QWidget>(name));
     }
+    // A chooser that is only looked at.
+    QTest::mouseClick(control<ColorButton>("colorWell"), Qt::LeftButton);
+    control<QPushButton>("chooseButton")->click();
     save();
     EXPECT_EQ(application->store().styleAt(0)->userVariables, style.userVariables);
+
+    openAgain();
+    auto* number = control<ValueStepper>("stepper")->findChild<QLineEdit*>();
+    EXPECT_EQ(number->text(), "120em");
+    number->selectAll();
+    QTest::keyClicks(number, "x");
+    save();
+    EXPECT_EQ(values().back(), "1e9");
+    openAgain();
+    number = control<ValueStepper>("stepper")->findChild<QLineEdit*>();
+    number->clear();
+    QTest::keyClicks(number, "120");
+    save();
+    EXPECT_EQ(values().back(), "120.0") << "it stood there, but not as the value";
+    style.userVariables->back().currentValue = "120.0";
 
     openAgain();
     auto* field = control<QLineEdit>("inputField");
@@ -199,6 +230,12 @@ TEST_F(StylePropWindowTest, MakesRowsAsTheyComeIntoSight) {
     open(style);
     const auto rows = [this] { return shown()->findChildren<QLineEdit*>("inputField"); };
     EXPECT_LT(rows().size(), 60);
+    for (const auto& [key, name] :
+         {std::pair(Qt::Key_D, "excludeTable"), {Qt::Key_B, "variableTable"}}) {
+        control<QWidget>("themeToggle")->setFocus();
+        QTest::keyClick(shown(), key, Qt::AltModifier);
+        EXPECT_TRUE(control<QWidget>(name)->isAncestorOf(shown()->focusWidget())) << name;
+    }
     control<QWidget>("themeToggle")->setFocus();
     std::set<QWidget*> reached;
     while (reached.insert(QApplication::focusWidget()).second)
@@ -214,6 +251,8 @@ TEST_F(StylePropWindowTest, MakesRowsAsTheyComeIntoSight) {
     openAgain();
     EXPECT_LT(rows().size(), 60);
     auto* bar = control<QScrollArea>("variableTable")->verticalScrollBar();
+    turnWheel(rows().first());
+    EXPECT_GT(bar->value(), 0);
     bar->setValue(bar->maximum());
     EXPECT_THAT(rows(), SizeIs(1000));
 }
