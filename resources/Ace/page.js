@@ -56,6 +56,18 @@ editor.commands.removeCommands([
     "openlink",
 ]);
 
+// What the application itself has done, such as laying out the code, came as a new text, before
+// which the editor forgot its own steps. So these go first, and then the application's.
+for (const name of ["undo", "redo"]) {
+    const command = editor.commands.commands[name];
+    const exec = (target) => {
+        const steps = target.session.getUndoManager();
+        if (name === "undo" ? steps.canUndo() : steps.canRedo()) command.exec(target);
+        else messageHandlers.callback.postMessage(name);
+    };
+    editor.commands.addCommand({ ...command, exec });
+}
+
 editor.on("change", () => {
     if (reportChanges) messageHandlers.callback.postMessage("stringChanged");
 });

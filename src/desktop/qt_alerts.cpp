@@ -95,10 +95,9 @@ QMessageBox::ButtonRole roleOf(int button, const alertQuestion& question) {
 }
 
 alertAnswer answerTo(const alertQuestion& question, QWidget* below) {
-    const auto icon = question.style == alertStyle::critical ? QMessageBox::Critical
-                                                              : QMessageBox::Warning;
-    const QPointer<QMessageBox> box =
-        makeBox(below, icon, question.title, question.text).release();
+    const auto icon =
+        question.style == alertStyle::critical ? QMessageBox::Critical : QMessageBox::Warning;
+    const QPointer<QMessageBox> box = makeBox(below, icon, question.title, question.text).release();
     const auto deleteBox = qScopeGuard([&] { delete box; });
     std::vector<QPushButton*> buttons;
     for (const std::string& title : question.buttons)
@@ -106,7 +105,8 @@ alertAnswer answerTo(const alertQuestion& question, QWidget* below) {
                                          roleOf(static_cast<int>(buttons.size()), question)));
     const int last = static_cast<int>(buttons.size()) - 1;
     // Closing an alert must never destroy anything.
-    const int closing = question.destructiveButton == last ? 0 : last;
+    const int closing =
+        question.closingButton.value_or(question.destructiveButton == last ? 0 : last);
     box->setDefaultButton(buttons.front());
     box->setEscapeButton(buttons[closing]);
     if (question.offersSuppression) box->setCheckBox(new QCheckBox(suppressionText));

@@ -17,6 +17,8 @@ constexpr std::string_view messageHandler = "callback";
 constexpr std::string_view changeMessage = "stringChanged";
 constexpr std::string_view inputMessage = "inputHandled";
 constexpr std::string_view escapeMessage = "escape";
+constexpr std::string_view undoMessage = "undo";
+constexpr std::string_view redoMessage = "redo";
 constexpr const char* beautifyName = "Beautify";
 constexpr std::string_view beautifyStatement =
     "css_beautify(editor.getValue(), {indent_with_tabs: true, preserve_newlines: true, "
@@ -139,6 +141,8 @@ void WKAceView::messageReceived(std::string_view handler, const scriptValue& bod
     if (handler != messageHandler || !message) return;
     if (*message == inputMessage) return inputWasHandled();
     if (*message == escapeMessage && onEscape) return onEscape();
+    if (*message == undoMessage) return undoManager.undo();
+    if (*message == redoMessage) return undoManager.redo();
     if (*message != changeMessage) return;
     // The page shows another text than the one that was set: a host that stored it would mix two.
     if (newest == setting::failed) return;
@@ -195,6 +199,7 @@ void WKAceView::textRead(const std::string* text, std::uint64_t began, bool mayB
     lossesInARow = 0;
     textFinder.textWillChange();
     stringValue = *text;
+    undoManager.removeRedos(this); // it would take away what has been typed
     textFinder.textDidChange();
     reportChange();
 }
@@ -233,6 +238,14 @@ void WKAceView::restore(const std::string& name, const std::string& text) {
     registerTextUndo(name, textToReplace());
     sendText(text);
     reportChange();
+}
+
+void WKAceView::undo() {
+    webView.evaluate("editor.execCommand(\"undo\");");
+}
+
+void WKAceView::redo() {
+    webView.evaluate("editor.execCommand(\"redo\");");
 }
 
 void WKAceView::beautify() {

@@ -94,6 +94,10 @@ public:
     void scrollToTop();
     void focus();
 
+    /// What was typed goes first, then what was done by the operations below and the find bar.
+    void undo();
+    void redo();
+
     /// Lays the code out anew, as one change that can be undone. Nothing happens when the page
     /// can't do it, when the text changes before it has done it, or in a read-only text.
     void beautify();

@@ -1,7 +1,11 @@
 #pragma once
 
+#include "model/style_container.h"
+
 #include <array>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace tessaril {
 
@@ -13,5 +17,20 @@ inline constexpr std::string_view urlPrefixRule = "URL starts with";
 inline constexpr std::string_view regExpRule = "RegExp";
 inline constexpr std::array<std::string_view, 4> ruleTypes = {domainRule, urlRule, urlPrefixRule,
                                                               regExpRule};
+
+/// The list of the section that the menu's position stands for; any other than the menu's stands
+/// for the first.
+inline std::vector<std::string>& rulesAt(styleSection& section, int position) {
+    switch (position) {
+    case 1:
+        return section.urls;
+    case 2:
+        return section.urlPrefixes;
+    case 3:
+        return section.regexps;
+    default:
+        return section.domains;
+    }
+}
 
 } // namespace tessaril

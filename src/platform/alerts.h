@@ -15,6 +15,7 @@ struct alertQuestion {
     std::vector<std::string> buttons; ///< in order; the first is the default
     alertStyle style = alertStyle::warning;
     std::optional<int> destructiveButton = std::nullopt; ///< shown as such where buttons are marked
+    std::optional<int> closingButton = std::nullopt;     ///< where it is not as `alertAnswer` says
     bool offersSuppression = false; ///< show the check box that turns the message off
 
     bool operator==(const alertQuestion&) const = default;

@@ -11,20 +11,6 @@ namespace {
 
 namespace keys = preferenceKeys;
 
-/// The list that the rule type menu's position stands for.
-std::vector<std::string>& rulesAt(styleSection& section, int position) {
-    switch (position) {
-    case 1:
-        return section.urls;
-    case 2:
-        return section.urlPrefixes;
-    case 3:
-        return section.regexps;
-    default:
-        return section.domains;
-    }
-}
-
 std::string_view preprocessorAt(int position) {
     switch (position) {
     case 1:

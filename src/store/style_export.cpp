@@ -33,12 +33,12 @@ std::string_view withVisibleStart(std::string_view name) {
 
 } // namespace
 
-std::string proposedExportName(std::string_view styleName) {
-    const std::string ending = "." + std::string(exportStyleTypes[0]);
-    std::string name(styleName);
-    for (char& c : name)
+std::string proposedExportName(std::string_view name, std::span<const std::string_view> types) {
+    const std::string ending = "." + std::string(types.front());
+    std::string safe(name);
+    for (char& c : safe)
         c = safeCharacter(c);
-    std::string_view cut = withVisibleStart(name);
+    std::string_view cut = withVisibleStart(safe);
     const std::size_t most = longestFileName - ending.size();
     while (cut.size() > most)
         cut = dropLast(cut);
@@ -49,8 +49,9 @@ std::string proposedExportName(std::string_view styleName) {
 StyleExport::StyleExport(FileSystem& fileSystem, Alerts& alertPresenter, Dispatcher& tasks)
     : files(fileSystem), alerts(alertPresenter), dispatcher(tasks) {}
 
-void StyleExport::write(const std::filesystem::path& chosen, std::string text) {
-    const auto file = exportedFile(chosen, exportStyleTypes, files, alerts);
+void StyleExport::write(const std::filesystem::path& chosen, std::string text,
+                        std::span<const std::string_view> types) {
+    const auto file = exportedFile(chosen, types, files, alerts);
     if (!file) return;
     // The sheet, and what holds this, may be gone when a slow disk is done.
     dispatcher.inBackground(taskPriority::utility, [&target = files, &presenter = alerts,

@@ -269,16 +269,20 @@ void StyleStore::applyStyleProperties(std::int64_t id, const styleContainer& fro
     if (tellErrors) tellErrors();
 }
 
+void takeEditorChanges(styleContainer& style, const styleContainer& from) {
+    style.styleData = from.styleData;
+    style.version = from.version;
+    style.namespace_ = from.namespace_;
+    style.description = from.description;
+    style.author = from.author;
+    style.license = from.license;
+    style.preprocessor = from.preprocessor;
+}
+
 void StyleStore::applyEditorChanges(std::int64_t id, const styleContainer& from) {
     std::function<void()> tellErrors;
     const bool changed = changeStyle(id, [&](styleContainer& style) {
-        style.styleData = from.styleData;
-        style.version = from.version;
-        style.namespace_ = from.namespace_;
-        style.description = from.description;
-        style.author = from.author;
-        style.license = from.license;
-        style.preprocessor = from.preprocessor;
+        takeEditorChanges(style, from);
         tellErrors = machine.compileStyle(style);
         style.dateModified = now();
     });

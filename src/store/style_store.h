@@ -46,6 +46,9 @@ struct storeSurroundings {
     QuietCompile compileStyle;
 };
 
+/// Gives the style what a Style Editor changes, as it is in `from`.
+void takeEditorChanges(styleContainer& style, const styleContainer& from);
+
 /// The one live database of the process, loaded from the shared container at the first access and
 /// written back after every change. Safe to use from any thread; a failure is logged and shown as
 /// an alert, never returned.

@@ -54,6 +54,11 @@ void UndoManager::removeActions(const void* owner) {
     removeWhere([owner](const step& s) { return s.owner == owner; });
 }
 
+void UndoManager::removeRedos(const void* owner) {
+    if (std::erase_if(redoStack, [owner](const step& s) { return s.owner == owner; }) > 0)
+        tellObserver();
+}
+
 void UndoManager::tellObserver() const {
     if (observer) observer();
 }

@@ -38,6 +38,9 @@ public:
     /// Forgets every action of an owner. To be called before the owner goes away.
     void removeActions(const void* owner);
 
+    /// Forgets what an owner could redo, as something else has been done since.
+    void removeRedos(const void* owner);
+
     /// Called after every change of what can be undone or redone; nothing to stop.
     void setObserver(std::function<void()> newObserver) { observer = std::move(newObserver); }
 

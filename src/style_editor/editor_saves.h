@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/dispatcher.h"
+#include "store/style_store.h"
+#include "style_editor/style_drafts.h"
+
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <optional>
+
+namespace tessaril {
+
+/// Stores what Style Editors save, in the background, and the saves of one style one after another:
+/// each takes its time to compile, and the last must win. Main thread only.
+class EditorSaves {
+public:
+    /// All outlive it and its tasks.
+    EditorSaves(StyleStore& store, StyleDrafts& drafts, Dispatcher& dispatcher);
+
+    /// Stores the working copy, and drops the draft of what was not saved once that is done.
+    void save(const styleContainer& style);
+
+    /// The style as it is when all saves are done; nothing where there is none.
+    std::optional<styleContainer> styleForEditing(std::int64_t id) const;
+
+private:
+    struct wish {
+        styleContainer style;
+        StyleDrafts::Version version;
+    };
+
+    void start(const wish& first);
+
+    StyleStore& store;
+    StyleDrafts& drafts;
+    Dispatcher& dispatcher;
+    std::map<std::int64_t, std::deque<wish>> wishes; ///< the first of each style is under way
+};
+
+} // namespace tessaril
