@@ -95,10 +95,9 @@ QMessageBox::ButtonRole roleOf(int button, const alertQuestion& question) {
 }
 
 alertAnswer answerTo(const alertQuestion& question, QWidget* below) {
-    const auto icon = question.style == alertStyle::critical ? QMessageBox::Critical
-                                                              : QMessageBox::Warning;
-    const QPointer<QMessageBox> box =
-        makeBox(below, icon, question.title, question.text).release();
+    const auto icon =
+        question.style == alertStyle::critical ? QMessageBox::Critical : QMessageBox::Warning;
+    const QPointer<QMessageBox> box = makeBox(below, icon, question.title, question.text).release();
     const auto deleteBox = qScopeGuard([&] { delete box; });
     std::vector<QPushButton*> buttons;
     for (const std::string& title : question.buttons)

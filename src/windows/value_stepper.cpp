@@ -58,8 +58,8 @@ QAbstractSpinBox::StepEnabled ValueStepper::stepEnabled() const {
 /// Counts at once, so that nothing typed is lost; the text is put in order when it is finished.
 void ValueStepper::typed(const QString& text) {
     const auto number = numberIn(text.toStdString(), units);
-    // With more decimals than it shows, a value is not what stands there.
-    const bool isAsShown = text.toStdString() == valueLabel(value, units);
+    // A value with more decimals than it shows must not lose them.
+    const bool isAsShown = number == numberIn(valueLabel(value, units), units);
     if (!number || (isChosen && isAsShown)) return;
     value = scale.clamped(*number);
     isChosen = true;

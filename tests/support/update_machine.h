@@ -31,7 +31,8 @@ struct UpdateMachine : StoreMachine<Tasks> {
         std::string values;
         for (const userVariable& variable : *style.userVariables)
             values += variable.currentValue.value_or("-");
-        const bool isLess = lowercasedASCII(style.preprocessor) == "less";
+        const std::string language = lowercasedASCII(style.preprocessor);
+        const bool isLess = language == "less" || language == "stylus";
         const bool isSass = style.preprocessor == "sass";
         const bool failed = isSass || (isLess && values == failing);
         if (isLess && !failed && !library.empty())

@@ -116,8 +116,9 @@ TEST_F(StyleUpdatesTest, choosesTheAddressAndNamesByIt) {
 TEST_F(StyleUpdatesTest, nothingChangesOnFailure) {
     CapturedLog quiet;
     serve(1, userCSS("A", "1", "a {}"));
+    const std::string languages[] = {"less", "stylus"};
     for (const std::int64_t id : {4, 5})
-        serve(id, userCSS("Less", "1\n@preprocessor less", "a {}"));
+        serve(id, userCSS("Less", "1\n@preprocessor " + languages[id - 4], "a {}"));
     const styleContainer less = userStyle(4);
     failing = ""; // without values
     const styleContainer neverCompiled = userStyle(5);
@@ -138,9 +139,10 @@ TEST_F(StyleUpdatesTest, nothingChangesOnFailure) {
     EXPECT_EQ(store.snapshot().styles, before);
     EXPECT_TRUE(stored(4).styleData.compSections);
     EXPECT_THAT(told, IsEmpty());
-    serve(5, userCSS("Less", "1\n@preprocessor less", "a {}"));
+    serve(5, userCSS("Less", "1\n@preprocessor stylus", "a {}"));
     EXPECT_EQ(check(5), "noupdates");
     EXPECT_THAT(told, SizeIs(1)) << "it has never worked, and this is why";
+    EXPECT_TRUE(checkStyle(neverCompiled, sheetCheck, checks(), {}).tellErrors);
     updates.updateAllClicked();
     dispatcher.runAll();
     EXPECT_THAT(told, SizeIs(1)) << "nobody has asked for it";

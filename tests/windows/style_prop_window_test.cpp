@@ -178,8 +178,10 @@ TEST_F(StylePropWindowTest, WritesNothingThatNobodyTouched) {
     styleContainer style = *parseUserCSS(everyControl, {[] { return 7; }, [](styleContainer&) {}});
     for (userVariable& variable : *style.userVariables)
         variable.currentValue = "odd\nvalue";
+    (*style.userVariables)[1].currentValue = "#ff8000";
     (*style.userVariables)[4].currentValue = "16.123456789";
     (*style.userVariables)[5].currentValue = "1e9";
+    (*style.userVariables)[5].rangeOptions->units = "em ";
     open(style);
     EXPECT_EQ(control<QComboBox>("dropdown")->currentIndex(), -1);
     for (const char* name : {"inputField", "checkbox", "dropdown", "rangeSlider", "stepper"}) {
@@ -194,7 +196,7 @@ TEST_F(StylePropWindowTest, WritesNothingThatNobodyTouched) {
 
     openAgain();
     auto* number = control<ValueStepper>("stepper")->findChild<QLineEdit*>();
-    EXPECT_EQ(number->text(), "120em");
+    EXPECT_EQ(number->text(), "120em ");
     number->selectAll();
     QTest::keyClicks(number, "x");
     save();
@@ -202,7 +204,7 @@ TEST_F(StylePropWindowTest, WritesNothingThatNobodyTouched) {
     openAgain();
     number = control<ValueStepper>("stepper")->findChild<QLineEdit*>();
     number->clear();
-    QTest::keyClicks(number, "120");
+    QTest::keyClicks(number, "120em ");
     save();
     EXPECT_EQ(values().back(), "120.0") << "it stood there, but not as the value";
     style.userVariables->back().currentValue = "120.0";
