@@ -78,9 +78,9 @@ std::function<void()> compileKeeping(styleContainer& style,
     return tellErrors;
 }
 
-/// Of what fails as before it is told only where the style has never worked but could.
+/// Of what fails as before it is told only where the style has never worked.
 checkResult asItWas(const styleContainer& stored, std::function<void()> tellErrors) {
-    if (stored.styleData.compSections || !hasCompiler(stored)) tellErrors = {};
+    if (stored.styleData.compSections) tellErrors = {};
     return {checkOutcome::upToDate, {}, std::move(tellErrors)};
 }
 
@@ -127,8 +127,9 @@ checkResult checkUserCSS(const styleContainer& stored, const checkManner& manner
     addOrigin(newer);
     newer.isEnabled = stored.isEnabled;
     if (isSameVersion(newer, stored, manner)) {
-        if (manner.comparesWholeData && !tellErrors) return {checkOutcome::upToDate};
-        return compileAgain(stored, compile);
+        const bool isCompiledAsStored = manner.comparesWholeData && isCompiled && !tellErrors;
+        return isCompiledAsStored ? checkResult{checkOutcome::upToDate}
+                                  : compileAgain(stored, compile);
     }
     const auto asRead = newer.userVariables;
     if (manner.keepsVariableValues) newer = carryOverVariableValues(stored, std::move(newer));

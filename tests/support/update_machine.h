@@ -31,8 +31,7 @@ struct UpdateMachine : StoreMachine<Tasks> {
         std::string values;
         for (const userVariable& variable : *style.userVariables)
             values += variable.currentValue.value_or("-");
-        const std::string language = lowercasedASCII(style.preprocessor);
-        const bool isLess = language == "less" || language == "stylus";
+        const bool isLess = lowercasedASCII(style.preprocessor) == "less";
         const bool isSass = style.preprocessor == "sass";
         const bool failed = isSass || (isLess && values == failing);
         if (isLess && !failed && !library.empty())
