@@ -67,7 +67,9 @@ struct ListWindow {
     NewStyle newStyle{store, list, preferences, center, alerts};
     StyleSite site{loader, preferences};
     StyleUpdates updates{
-        {store, list, center, dispatcher, alerts, updatingStyles, {site, loader, [this] { return compile; }}}};
+        {store, list, center, dispatcher, alerts, updatingStyles, {site, loader, [this] {
+                                                                       return compile;
+                                                                   }}}};
     MainWindow window{{.list = list,
                        .listCommands = commands,
                        .newStyle = newStyle,

@@ -78,17 +78,19 @@ std::function<void()> compileKeeping(styleContainer& style,
     return tellErrors;
 }
 
+/// Of what fails as before it is told only where the style has never worked.
+checkResult asItWas(const styleContainer& stored, std::function<void()> tellErrors) {
+    if (stored.styleData.compSections) tellErrors = {};
+    return {checkOutcome::upToDate, {}, std::move(tellErrors)};
+}
+
 /// For a style whose code is the same as before: what it imports may not be, and what failed may
 /// work.
 checkResult compileAgain(const styleContainer& stored, const QuietCompile& compile) {
     if (!hasCompiler(stored)) return {checkOutcome::upToDate};
     styleContainer again = stored;
     auto tellErrors = compileKeeping(again, stored.styleData.compSections, compile);
-    if (again.styleData == stored.styleData) {
-        // Of what fails as before it is told only where the style has never worked.
-        if (stored.styleData.compSections) tellErrors = {};
-        return {checkOutcome::upToDate, {}, std::move(tellErrors)};
-    }
+    if (again.styleData == stored.styleData) return asItWas(stored, std::move(tellErrors));
     return {checkOutcome::updated, std::move(again.styleData), std::move(tellErrors)};
 }
 
@@ -125,8 +127,9 @@ checkResult checkUserCSS(const styleContainer& stored, const checkManner& manner
     addOrigin(newer);
     newer.isEnabled = stored.isEnabled;
     if (isSameVersion(newer, stored, manner)) {
-        if (manner.comparesWholeData && !tellErrors) return {checkOutcome::upToDate};
-        return compileAgain(stored, compile);
+        const bool isCompiledAsStored = manner.comparesWholeData && isCompiled && !tellErrors;
+        return isCompiledAsStored ? checkResult{checkOutcome::upToDate}
+                                  : compileAgain(stored, compile);
     }
     const auto asRead = newer.userVariables;
     if (manner.keepsVariableValues) newer = carryOverVariableValues(stored, std::move(newer));
@@ -142,7 +145,7 @@ checkResult checkUserCSS(const styleContainer& stored, const checkManner& manner
     // out to be what is installed, to the last byte.
     if (manner.comparesWholeData && isSameVersion(newer, stored, manner) &&
         newer.userVariables == stored.userVariables)
-        return {checkOutcome::upToDate};
+        return asItWas(stored, std::move(tellErrors));
     return {checkOutcome::updated, std::move(newer), std::move(tellErrors)};
 }
 

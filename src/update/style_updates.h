@@ -11,9 +11,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <set>
 #include <functional>
 #include <memory>
+#include <set>
 #include <stop_token>
 
 namespace tessaril {

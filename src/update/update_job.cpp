@@ -45,6 +45,8 @@ void UpdateJob::check(const std::shared_ptr<const styleContainer>& style) {
 
 void UpdateJob::complete(const std::shared_ptr<const styleContainer>& style, checkResult result) {
     if (stop.stop_requested()) return;
+    // The sheet has its own log; in the list the style's button tells more.
+    if (result.outcome != checkOutcome::updated) result.tellErrors = {};
     const checkOutcome outcome = landCheck(machine.store, *style, std::move(result), sheetCheck);
     if (outcome == checkOutcome::outdated) return goOn(); // with what the style is now
     if (outcome == checkOutcome::updated) {

@@ -61,9 +61,11 @@ QSize ColorButton::sizeHint() const {
 
 void ColorButton::askForColor() {
     auto* dialog = new ColorDialog(color, window());
-    dialog->setWindowTitle(windowTitleText(accessibleName().toStdString()));
+    const QString title = windowTitleText(accessibleName().toStdString());
+    dialog->setWindowTitle(title.trimmed().isEmpty() ? "Color" : title);
     connect(dialog, &QDialog::accepted, this, [this, dialog] {
-        if (!dialog->isChanged()) return;
+        if (isStored && !dialog->isChanged()) return;
+        isStored = true;
         showColor(dialog->color());
         emit colorChosen(color);
     });

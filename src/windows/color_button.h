@@ -23,6 +23,9 @@ public:
     explicit ColorButton(QWidget* parent = nullptr);
 
     void showColor(const colorComponents& newColor);
+    /// Whether the colour that is shown is the value; otherwise it stands in for one that cannot be
+    /// shown, and choosing it is a choice.
+    void setStored(bool isTheValue) { isStored = isTheValue; }
 
     QSize sizeHint() const override;
 
@@ -36,6 +39,7 @@ private:
     void askForColor();
 
     colorComponents color{.red = 1, .green = 1, .blue = 1};
+    bool isStored = false;
 };
 
 } // namespace tessaril

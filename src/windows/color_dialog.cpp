@@ -16,6 +16,7 @@
 #include <QSlider>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -125,7 +126,8 @@ void ColorDialog::showColor() {
 
 void ColorDialog::showOpacity() {
     const QSignalBlocker blocker(opacitySlider);
-    const int percent = static_cast<int>(std::lround(chosen.alpha * wholeOpacity));
+    const int percent =
+        static_cast<int>(std::lround(std::clamp(chosen.alpha, 0., 1.) * wholeOpacity));
     opacitySlider->setValue(percent);
     opacityLabel->setText(QString::number(percent) + '%');
 }

@@ -5,8 +5,10 @@
 #include <QDialog>
 
 class QColorDialog;
+class QLabel;
 class QLineEdit;
 class QPushButton;
+class QSlider;
 
 namespace tessaril {
 

@@ -25,6 +25,7 @@ QString oneLine(std::string_view text, qsizetype most) {
 }
 
 QString toolTipText(const QString& text) {
+    if (text.isEmpty()) return {}; // none, rather than an empty one
     return "<p style='white-space:pre-wrap'>" + text.toHtmlEscaped() + "</p>";
 }
 

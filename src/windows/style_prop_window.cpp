@@ -89,7 +89,7 @@ StylePropWindow::StylePropWindow(std::unique_ptr<StylePropView> ownView,
             [this] { close(); });
     new HeldKeyFilter(this);
     const QSize size = hasVariables ? comfortableSize : smallSize;
-    resize(size.boundedTo(screen()->availableGeometry().size()));
+    resize(size.boundedTo(screen()->availableSize() * 9 / 10));
 }
 
 StylePropWindow::~StylePropWindow() = default;

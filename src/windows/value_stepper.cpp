@@ -12,12 +12,12 @@ namespace tessaril {
 
 namespace {
 
-/// The number that was typed, with or without the units, with a comma or a point.
-std::optional<double> numberIn(const std::string& text, const std::string& units) {
+/// The number as it was typed, with or without the units, with a comma or a point.
+std::string withoutUnits(const std::string& text, const std::string& units) {
     std::string_view number = trimmed(text);
     const std::string_view ending = trimmed(units);
     if (!ending.empty() && number.ends_with(ending)) number.remove_suffix(ending.size());
-    return parseDouble(replacingAll(trimmed(number), ",", "."));
+    return replacingAll(trimmed(number), ",", ".");
 }
 
 } // namespace
@@ -57,16 +57,18 @@ QAbstractSpinBox::StepEnabled ValueStepper::stepEnabled() const {
 
 /// Counts at once, so that nothing typed is lost; the text is put in order when it is finished.
 void ValueStepper::typed(const QString& text) {
-    const auto number = numberIn(text.toStdString(), units);
-    // With more decimals than it shows, a value is not what stands there.
-    const bool isAsShown = text.toStdString() == valueLabel(value, units);
-    if (!number || (isChosen && isAsShown)) return;
-    value = scale.clamped(*number);
+    const std::string number = withoutUnits(text.toStdString(), units);
+    // A value with more decimals than it shows must not lose them.
+    const bool isAsShown = number == withoutUnits(valueLabel(shownValue, units), units);
+    const auto newValue = isAsShown ? shownValue : parseDouble(number);
+    if (!newValue || (isChosen && scale.clamped(*newValue) == value)) return;
+    value = scale.clamped(*newValue);
     isChosen = true;
     emit valueChosen(value);
 }
 
 void ValueStepper::showText() {
+    shownValue = value;
     const QString text = qtText(valueLabel(value, units));
     if (lineEdit()->text() != text) lineEdit()->setText(text);
     update(); // the arrows

@@ -37,6 +37,7 @@ private:
     valueScale scale;
     std::string units;
     double value = 0;
+    double shownValue = 0; ///< before the text was edited
     bool isChosen = false; ///< `value` is stored
 };
 

@@ -103,6 +103,7 @@ void VariableTableCell::addColorWell() {
     });
     showValue = [colorWell, stored](const variableRow& shown) {
         if (shown.color) colorWell->showColor(*shown.color);
+        colorWell->setStored(shown.color.has_value());
         stored->showText(shown.text);
     };
 }

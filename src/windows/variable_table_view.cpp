@@ -5,6 +5,7 @@
 
 #include <QComboBox>
 #include <QEvent>
+#include <QFocusEvent>
 #include <QResizeEvent>
 #include <QScrollBar>
 
@@ -83,6 +84,10 @@ int VariableTableView::nameWidth() const {
 }
 
 bool VariableTableView::eventFilter(QObject* object, QEvent* event) {
+    // By the title's mnemonic, it may be out of sight; the Tab key looks for that itself.
+    const bool isByKey = event->type() == QEvent::FocusIn &&
+                         static_cast<QFocusEvent*>(event)->reason() == Qt::ShortcutFocusReason;
+    if (isByKey) ensureWidgetVisible(static_cast<QWidget*>(object));
     const bool isInRow = content->isAncestorOf(qobject_cast<QWidget*>(object));
     if (event->type() != QEvent::Wheel || !isInRow) return QScrollArea::eventFilter(object, event);
     event->ignore();

@@ -81,6 +81,7 @@ TEST(ValueScale, takesTheStepsThatTheStyleDeclares) {
 }
 
 TEST(ValueScale, standsWhateverAStyleDeclares) {
+    EXPECT_EQ(scaleOf(rangeOpts{.min = 0, .max = 1e9, .step = 1}).tickCount(), 1e9 + 1);
     constexpr double most = std::numeric_limits<double>::max();
     constexpr double infinite = std::numeric_limits<double>::infinity();
     for (const rangeOpts& odd :

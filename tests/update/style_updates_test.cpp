@@ -116,11 +116,10 @@ TEST_F(StyleUpdatesTest, choosesTheAddressAndNamesByIt) {
 TEST_F(StyleUpdatesTest, nothingChangesOnFailure) {
     CapturedLog quiet;
     serve(1, userCSS("A", "1", "a {}"));
-    for (const std::int64_t id : {4, 5})
-        serve(id, userCSS("Less", "1\n@preprocessor less", "a {}"));
-    const styleContainer less = userStyle(4);
+    serve(4, userCSS("Less", "1\n@preprocessor less", "a {}"));
+    serve(5, userCSS("Less", "1\n@preprocessor LESS", "a {}"));
+    const styleContainer less = userStyle(4), neverCompiled = userStyle(5);
     failing = ""; // without values
-    const styleContainer neverCompiled = userStyle(5);
     begin(
         {userStyle(1), siteStyle(2, "B", "m", "n"), namedStyle("Custom", 3), less, neverCompiled});
     EXPECT_EQ(check(4), "noupdates") << "its code is the same, but could not be compiled";
@@ -138,7 +137,7 @@ TEST_F(StyleUpdatesTest, nothingChangesOnFailure) {
     EXPECT_EQ(store.snapshot().styles, before);
     EXPECT_TRUE(stored(4).styleData.compSections);
     EXPECT_THAT(told, IsEmpty());
-    serve(5, userCSS("Less", "1\n@preprocessor less", "a {}"));
+    serve(5, userCSS("Less", "1\n@preprocessor LESS", "a {}"));
     EXPECT_EQ(check(5), "noupdates");
     EXPECT_THAT(told, SizeIs(1)) << "it has never worked, and this is why";
     updates.updateAllClicked();
@@ -304,6 +303,21 @@ TEST_F(StyleUpdatesTest, whatCanNeverBeCompiledIsNoNews) {
     const checkResult result = checkStyle(style, sheetCheck, checks(), {});
     EXPECT_EQ(result.outcome, checkOutcome::updated);
     EXPECT_FALSE(result.tellErrors);
+}
+
+TEST_F(StyleUpdatesTest, whatNeverWorkedTellsWhyAndMayWorkLater) {
+    serve(1, userCSS("A", "1\n@preprocessor less", "a {}", "red"));
+    serve(2, userCSS("B", "1\n@preprocessor LESS", "b {}"));
+    styleContainer style = userStyle(1);
+    style.userVariables->at(0).currentValue = "mine";
+    style.styleData.compSections.reset();
+    begin({style, userStyle(2)});
+    failing = "mine";
+    EXPECT_EQ(check(1), "noupdates");
+    EXPECT_THAT(told, SizeIs(1)) << "though the author's values work";
+    failing.reset();
+    EXPECT_EQ(check(2), "updated");
+    EXPECT_TRUE(stored(2).styleData.compSections);
 }
 
 TEST_F(StyleUpdatesTest, theSheetCompilesWhatTheReaderLeavesOut) {

@@ -178,8 +178,10 @@ TEST_F(StylePropWindowTest, WritesNothingThatNobodyTouched) {
     styleContainer style = *parseUserCSS(everyControl, {[] { return 7; }, [](styleContainer&) {}});
     for (userVariable& variable : *style.userVariables)
         variable.currentValue = "odd\nvalue";
+    (*style.userVariables)[1].currentValue = "#ff8000";
     (*style.userVariables)[4].currentValue = "16.123456789";
     (*style.userVariables)[5].currentValue = "1e9";
+    (*style.userVariables)[5].rangeOptions->units = "em ";
     open(style);
     EXPECT_EQ(control<QComboBox>("dropdown")->currentIndex(), -1);
     for (const char* name : {"inputField", "checkbox", "dropdown", "rangeSlider", "stepper"}) {
@@ -194,18 +196,11 @@ TEST_F(StylePropWindowTest, WritesNothingThatNobodyTouched) {
 
     openAgain();
     auto* number = control<ValueStepper>("stepper")->findChild<QLineEdit*>();
-    EXPECT_EQ(number->text(), "120em");
+    EXPECT_EQ(number->text(), "120em ");
     number->selectAll();
     QTest::keyClicks(number, "x");
     save();
     EXPECT_EQ(values().back(), "1e9");
-    openAgain();
-    number = control<ValueStepper>("stepper")->findChild<QLineEdit*>();
-    number->clear();
-    QTest::keyClicks(number, "120");
-    save();
-    EXPECT_EQ(values().back(), "120.0") << "it stood there, but not as the value";
-    style.userVariables->back().currentValue = "120.0";
 
     openAgain();
     auto* field = control<QLineEdit>("inputField");
@@ -219,6 +214,47 @@ TEST_F(StylePropWindowTest, WritesNothingThatNobodyTouched) {
     EXPECT_EQ(control<QLineEdit>("inputField")->text(), "serif");
     save();
     EXPECT_THAT(values(), ElementsAre("serif", "#ff8000", "0", "0", "16", "60"));
+}
+
+TEST(ValueStepper, StoresWhatIsTypedAndKeepsTheDecimalsItDoesNotShow) {
+    const std::string all = "\1", back = "\b";
+    for (const auto& [value, units, typed, expected] :
+         std::vector<std::tuple<double, std::string, std::string, double>>{
+             {60, "em", all + "7.254" + back, 7.25},
+             {60, "em", back + back + ".004" + back + back + back + back, 60},
+             {0.004, "", all + "0", 0},
+             {3.9999, "px", all + "4px", 4},
+             {7.256, "em", back + back + "1" + back, 7.256},
+             {1.256, "px", back + back + "px", 1.256},
+             {5, "px ", all + "8px ", 8},
+             {5, "px ", all + "nonsense", 5},
+             {5, "", all + "1e9", 100}}) {
+        ValueStepper stepper;
+        stepper.setScale({.min = 0, .max = 100, .step = 1}, units);
+        stepper.showValue(value, true);
+        double stored = value;
+        QObject::connect(&stepper, &ValueStepper::valueChosen, &stepper,
+                         [&](double chosen) { stored = chosen; });
+        auto* field = stepper.findChild<QLineEdit*>();
+        field->end(false);
+        for (const char key : typed) {
+            if (key == '\1')
+                field->selectAll();
+            else if (key == '\b')
+                QTest::keyClick(field, Qt::Key_Backspace);
+            else
+                QTest::keyClick(field, key);
+        }
+        EXPECT_EQ(stored, expected) << value << " " << typed;
+    }
+    ValueStepper unfit; // the 0 stands for a text that is no number
+    unfit.showValue(0, false);
+    std::vector<double> chosen;
+    QObject::connect(&unfit, &ValueStepper::valueChosen, &unfit,
+                     [&](double value) { chosen.push_back(value); });
+    unfit.findChild<QLineEdit*>()->selectAll();
+    QTest::keyClick(unfit.findChild<QLineEdit*>(), '0');
+    EXPECT_THAT(chosen, ElementsAre(0));
 }
 
 TEST_F(StylePropWindowTest, MakesRowsAsTheyComeIntoSight) {
