@@ -1,5 +1,6 @@
 #include "windows/new_style_sheet.h"
 
+#include "windows/form_fields.h"
 #include "windows/pane_form.h"
 #include "windows/rule_examples.h"
 #include "windows/shown_text.h"
@@ -13,29 +14,11 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include <limits>
-#include <span>
-
 namespace tessaril {
 
 namespace {
 
 constexpr int sheetWidth = 480;
-
-QComboBox* menuOf(const char* name, std::span<const std::string_view> titles) {
-    auto* menu = new QComboBox;
-    menu->setObjectName(name);
-    for (const std::string_view title : titles)
-        menu->addItem(qtText(title));
-    return menu;
-}
-
-QLineEdit* fieldOf(const char* name) {
-    auto* field = new QLineEdit;
-    field->setObjectName(name);
-    field->setMaxLength(std::numeric_limits<int>::max()); // what is pasted is never cut in silence
-    return field;
-}
 
 } // namespace
 
