@@ -78,7 +78,8 @@ TEST_F(StyleEditorTest, WhatWasTypedLastIsStoredSwitchedAndClosedWith) {
     EXPECT_EQ(section(0).code, "typed");
     EXPECT_EQ(editor->currentSection(), 1u);
     EXPECT_TRUE(editor->isDirty());
-    EXPECT_THAT(page.taken(), IsSupersetOf({"editor.setValue(\"b\");", "editor.scrollToRow(0);"}));
+    EXPECT_THAT(page.taken(),
+                ::testing::IsSupersetOf({"editor.setValue(\"b\");", "editor.scrollToRow(0);"}));
 
     run([&] { editor->saveDocument(); }, "saved");
     EXPECT_FALSE(editor->isDirty());
@@ -216,11 +217,11 @@ TEST_F(StyleEditorTest, RulesMetadataAndFontSizeAreSetFromTheWindow) {
     EXPECT_EQ(editor->style().author, "Me");
     EXPECT_EQ(editor->style().preprocessor, "less");
     EXPECT_THAT(page.taken(), Contains("editor.session.setMode(\"ace/mode/less\");"));
-    for (const auto& [position, stored] :
+    for (const auto& [position, value] :
          std::vector<std::pair<int, std::string>>{{0, "default"}, {1, "uso"}, {2, "stylus"}}) {
         fields.preprocessor = position;
         editor->setMetadata(fields);
-        EXPECT_EQ(editor->style().preprocessor, stored);
+        EXPECT_EQ(editor->style().preprocessor, value);
         EXPECT_EQ(editor->metadata().preprocessor, position);
     }
 
