@@ -127,9 +127,9 @@ checkResult checkUserCSS(const styleContainer& stored, const checkManner& manner
     addOrigin(newer);
     newer.isEnabled = stored.isEnabled;
     if (isSameVersion(newer, stored, manner)) {
-        const bool isCompiledAsStored = manner.comparesWholeData && isCompiled && !tellErrors;
-        return isCompiledAsStored ? checkResult{checkOutcome::upToDate}
-                                  : compileAgain(stored, compile);
+        const bool isLeftOut = !isCompiled && languageOf(newer) == languageOf(stored);
+        const bool isAsStored = manner.comparesWholeData && !tellErrors && !isLeftOut;
+        return isAsStored ? checkResult{checkOutcome::upToDate} : compileAgain(stored, compile);
     }
     const auto asRead = newer.userVariables;
     if (manner.keepsVariableValues) newer = carryOverVariableValues(stored, std::move(newer));

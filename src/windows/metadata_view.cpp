@@ -20,7 +20,7 @@ namespace {
 
 constexpr QSize comfortableSize(520, 380);
 
-void show(QLineEdit& field, const std::string& text, bool isReadOnly) {
+void fill(QLineEdit& field, const std::string& text, bool isReadOnly) {
     field.setText(qtText(text));
     field.setCursorPosition(0);
     field.setReadOnly(isReadOnly);
@@ -44,10 +44,10 @@ MetadataView::MetadataView(const metadataFields& fields,
     setAttribute(Qt::WA_DeleteOnClose);
 
     const bool isReadOnly = !save;
-    show(*authorField, fields.author, isReadOnly);
-    show(*versionField, fields.version, isReadOnly);
-    show(*licenseField, fields.license, isReadOnly);
-    show(*namespaceField, fields.namespace_, isReadOnly);
+    fill(*authorField, fields.author, isReadOnly);
+    fill(*versionField, fields.version, isReadOnly);
+    fill(*licenseField, fields.license, isReadOnly);
+    fill(*namespaceField, fields.namespace_, isReadOnly);
     descriptionField->setObjectName("descriptionField");
     descriptionField->setPlainText(qtText(fields.description));
     descriptionField->setReadOnly(isReadOnly);

@@ -16,7 +16,8 @@
 namespace tessaril::testing {
 
 /// A store over a network in memory, with a compiler that writes every section's code and the
-/// styles' values into the compiled code, and of Less styles the library into compiled sections.
+/// styles' values into the compiled code, and of Less and Stylus styles the library into compiled
+/// sections.
 template <typename Tasks = SteppedDispatcher>
 struct UpdateMachine : StoreMachine<Tasks> {
     UpdateMachine() { this->preferences.set(preferenceKeys::siteAddress, "https://site.example"); }
@@ -31,7 +32,8 @@ struct UpdateMachine : StoreMachine<Tasks> {
         std::string values;
         for (const userVariable& variable : *style.userVariables)
             values += variable.currentValue.value_or("-");
-        const bool isLess = lowercasedASCII(style.preprocessor) == "less";
+        const std::string language = lowercasedASCII(style.preprocessor);
+        const bool isLess = language == "less" || language == "stylus";
         const bool isSass = style.preprocessor == "sass";
         const bool failed = isSass || (isLess && values == failing);
         if (isLess && !failed && !library.empty())

@@ -307,7 +307,7 @@ TEST_F(StyleUpdatesTest, whatCanNeverBeCompiledIsNoNews) {
 
 TEST_F(StyleUpdatesTest, whatNeverWorkedTellsWhyAndMayWorkLater) {
     serve(1, userCSS("A", "1\n@preprocessor less", "a {}", "red"));
-    serve(2, userCSS("B", "1\n@preprocessor LESS", "b {}"));
+    serve(2, userCSS("B", "1\n@preprocessor STYLUS", "b {}"));
     styleContainer style = userStyle(1);
     style.userVariables->at(0).currentValue = "mine";
     style.styleData.compSections.reset();
@@ -316,6 +316,9 @@ TEST_F(StyleUpdatesTest, whatNeverWorkedTellsWhyAndMayWorkLater) {
     EXPECT_EQ(check(1), "noupdates");
     EXPECT_THAT(told, SizeIs(1)) << "though the author's values work";
     failing.reset();
+    serve(2, userCSS("B", "1", "b {}"));
+    EXPECT_EQ(check(2), "noupdates") << "its author has dropped the language";
+    serve(2, userCSS("B", "1\n@preprocessor STYLUS", "b {}"));
     EXPECT_EQ(check(2), "updated");
     EXPECT_TRUE(stored(2).styleData.compSections);
 }

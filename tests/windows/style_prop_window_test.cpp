@@ -201,6 +201,13 @@ TEST_F(StylePropWindowTest, WritesNothingThatNobodyTouched) {
     QTest::keyClicks(number, "x");
     save();
     EXPECT_EQ(values().back(), "1e9");
+    openAgain();
+    number = control<ValueStepper>("stepper")->findChild<QLineEdit*>();
+    number->selectAll();
+    number->insert("120em "); // as if pasted
+    save();
+    EXPECT_EQ(values().back(), "120.0") << "it stood there, but not as the value";
+    style.userVariables->back().currentValue = "120.0";
 
     openAgain();
     auto* field = control<QLineEdit>("inputField");
@@ -226,6 +233,7 @@ TEST(ValueStepper, StoresWhatIsTypedAndKeepsTheDecimalsItDoesNotShow) {
              {3.9999, "px", all + "4px", 4},
              {7.256, "em", back + back + "1" + back, 7.256},
              {1.256, "px", back + back + "px", 1.256},
+             {1.256, "px", all + "1.26", 1.256},
              {5, "px ", all + "8px ", 8},
              {5, "px ", all + "nonsense", 5},
              {5, "", all + "1e9", 100}}) {
