@@ -121,10 +121,21 @@ TEST_F(CodeEditorTest, BeautifiesWithUndoAndRedo) {
     set(before);
     view().beautify();
     EXPECT_TRUE(becomes(after));
-    undo.undo();
+    type("x");
+    EXPECT_TRUE(becomes("x" + after));
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_TRUE(becomes(after)) << "what was typed goes first";
+    press(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_TRUE(becomes(before));
-    undo.redo();
+    press(Qt::Key_Y, Qt::ControlModifier);
     EXPECT_TRUE(becomes(after));
+    view().undo();
+    EXPECT_TRUE(becomes(before));
+    type("y");
+    EXPECT_TRUE(becomes("y" + before));
+    EXPECT_FALSE(undo.canRedo()) << "it would take away what was typed";
+    view().undo();
+    EXPECT_TRUE(becomes(before));
 }
 
 TEST_F(CodeEditorTest, FindsAndReplacesByTheFindBar) {
