@@ -1,6 +1,5 @@
 #include "app/application.h"
 #include "desktop/appearance.h"
-#include "desktop/cache_folder.h"
 #include "desktop/curl_url_loader.h"
 #include "desktop/desktop_applications.h"
 #include "desktop/directory_resources.h"
@@ -8,6 +7,7 @@
 #include "desktop/folder_message_channel.h"
 #include "desktop/helper_icon_decoder.h"
 #include "desktop/javascript_core_engine.h"
+#include "desktop/own_folders.h"
 #include "desktop/posix_file_system.h"
 #include "desktop/qt_alerts.h"
 #include "desktop/qt_dispatcher.h"
@@ -68,6 +68,8 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
     if (!iconCache.empty()) removeStaleStagedFiles(iconCache);
     const std::filesystem::path importFolder = makeImportFolder(container);
     if (!importFolder.empty()) removeStaleStagedFiles(importFolder);
+    const std::filesystem::path draftFolder = makeDraftFolder(container);
+    if (!draftFolder.empty()) removeStaleStagedFiles(draftFolder);
 
     PosixFileSystem files;
     FolderMessageChannel channel(files, container);
@@ -102,6 +104,7 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
                              .container = container,
                              .iconCache = iconCache,
                              .importFolder = importFolder,
+                             .draftFolder = draftFolder,
                              .darkAppearance = darkAppearance});
 
     OtherWindows others(
@@ -109,11 +112,18 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
         shippedFolder() / "tessaril/resources/Ace/index.html");
     QPointer<QWidget> shown;
     application.listCommands().setRoutes(
-        {.openStyleProps = [&](std::int64_t id) { return others.openStyleProps(id, *shown); },
+        {.openStyleForEditing = [&](std::int64_t id, bool) { return others.openStyleEditor(id); },
+         .openStyleProps = [&](std::int64_t id) { return others.openStyleProps(id, *shown); },
          .exportFromStyleList =
              [&](const styleContainer& style) { others.openExportSheet(style, *shown); },
          .updateIndividual =
              [&](std::int64_t id) { application.styleUpdates().checkStyleForUpdate(id); }});
+    application.newStyle().setOpenNewStyleInEditor(
+        [&](std::int64_t id) { return others.openStyleEditor(id); });
+    application.draftOffer().setOpen([&](const styleContainer& style, bool isUnsaved) {
+        others.openStyleEditor(style, isUnsaved);
+        return true;
+    });
     MainWindow window(
         {.list = application.styleList(),
          .listCommands = application.listCommands(),
@@ -148,6 +158,7 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
 
     const TerminationSignals termination;
     const int status = QApplication::exec();
+    others.keepUnsaved();
     // A name that is being edited is a change too, and belongs into the last save.
     if (QWidget* edited = QApplication::focusWidget()) edited->clearFocus();
     instance.stopListening();

@@ -81,7 +81,16 @@ Application::Application(applicationSurroundings surroundings)
                      .store = styleStore,
                      .openStyles = stylesOpenInEditors})
     , controls(standard, shared, synced)
-    , cloud(standard, center, machine.dispatcher) {
+    , cloud(standard, center, machine.dispatcher)
+    , drafts(machine.files, machine.draftFolder)
+    , saves(styleStore, drafts, center, machine.dispatcher)
+    , offer({.store = styleStore,
+             .drafts = drafts,
+             .saves = saves,
+             .openStyles = stylesOpenInEditors,
+             .center = center,
+             .alerts = machine.alerts,
+             .dispatcher = machine.dispatcher}) {
     registerPreferenceDefaults(standard, shared, styleStore.generateUniqueID(),
                                machine.darkAppearance);
 }
@@ -114,7 +123,14 @@ stylePropSurroundings Application::styleProps() {
     return {styleStore, openProperties, center, machine.alerts, machine.dispatcher};
 }
 
+styleEditorSurroundings Application::styleEditor() {
+    return {saves,    drafts,   center,  machine.alerts, machine.dispatcher,
+            standard, controls, exporter};
+}
+
 void Application::styleListShown() {
+    // Queued, so before any file or link that the application is asked to open is looked at.
+    machine.dispatcher.onMain([this] { offer.offer(); });
     updateOnLaunch.listShown();
     machine.dispatcher.onMainAfter(launchCheckDelay, [this] { runLaunchChecks(); });
 }

@@ -31,6 +31,10 @@
 #include "store/style_list.h"
 #include "store/style_list_commands.h"
 #include "store/style_store.h"
+#include "style_editor/draft_offer.h"
+#include "style_editor/editor_saves.h"
+#include "style_editor/style_drafts.h"
+#include "style_editor/style_editor_controller.h"
 #include "undo/undo_manager.h"
 #include "update/style_updates.h"
 #include "update/update_run.h"
@@ -59,6 +63,7 @@ struct applicationSurroundings {
     std::filesystem::path container;    ///< the shared container's directory, which exists
     std::filesystem::path iconCache;    ///< a folder for icons alone, which exists; empty for none
     std::filesystem::path importFolder; ///< the same for the files that Less styles import
+    std::filesystem::path draftFolder;  ///< the same for what is unsaved in Style Editors
     bool darkAppearance = false;        ///< whether the windows are dark at launch
 };
 
@@ -84,6 +89,11 @@ public:
     UpdateRuns& updateRuns() { return sheetUpdates; }
     /// What the properties of a style work with.
     stylePropSurroundings styleProps();
+    /// What a Style Editor works with.
+    styleEditorSurroundings styleEditor();
+    EditorSaves& editorSaves() { return saves; }
+    /// What earlier runs left unsaved; offered once the style list is on the screen.
+    DraftOffer& draftOffer() { return offer; }
     const OpenStyles& openStyles() const { return stylesOpenInEditors; }
 
     /// What the Preferences window works on. `preferenceSync` and `cloudSwitch` wait for the cloud:
@@ -94,8 +104,8 @@ public:
     CloudSwitch& cloudSwitch() { return cloud; }
     DatabaseCommands& databaseCommands() { return wholeDatabase; }
 
-    /// To be called once the style list is on the screen: updates the styles where that is wanted
-    /// at launch, and runs the launch checks half a second later.
+    /// To be called once the style list is on the screen: offers unsaved drafts, updates the styles
+    /// where that is wanted at launch, and runs the launch checks half a second later.
     void styleListShown();
 
     /// Opens files by their extension; others are ignored. Asks before a database is merged.
@@ -153,6 +163,9 @@ private:
     DatabaseCommands wholeDatabase;
     PreferenceControls controls;
     CloudSwitch cloud;
+    StyleDrafts drafts;
+    EditorSaves saves;
+    DraftOffer offer;
 };
 
 } // namespace tessaril

@@ -6,9 +6,7 @@
 namespace tessaril {
 
 std::optional<std::int64_t> notification::id() const {
-    const auto found = userInfo.find("id");
-    if (found == userInfo.end()) return std::nullopt;
-    const auto* value = std::get_if<std::int64_t>(&found->second);
+    const auto* value = info<std::int64_t>("id");
     return value ? std::optional(*value) : std::nullopt;
 }
 

@@ -22,6 +22,13 @@ struct notification {
 
     bool operator==(const notification&) const = default;
 
+    /// What `userInfo` holds under the key; null where that is nothing, or of another type.
+    template <typename Value>
+    const Value* info(std::string_view key) const {
+        const auto found = userInfo.find(key);
+        return found == userInfo.end() ? nullptr : std::get_if<Value>(&found->second);
+    }
+
     /// The style that the notification is about, where it names one.
     std::optional<std::int64_t> id() const;
 };

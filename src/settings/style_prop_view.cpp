@@ -33,12 +33,10 @@ StylePropView::StylePropView(stylePropSurroundings surroundings, styleContainer 
     , excluded(exclusionsOf(curStyle), false)
     , variableTable(curStyle, machine.alerts) {
     follow(notifications::styleNameChanged, [this](const notification& posted) {
-        const auto name = posted.userInfo.find("newname");
-        if (name == posted.userInfo.end()) return;
-        const auto* text = std::get_if<std::string>(&name->second);
-        if (!text) return;
-        curStyle.styleData.name = *text;
-        if (window.showName) window.showName(*text);
+        const auto* name = posted.info<std::string>("newname");
+        if (!name) return;
+        curStyle.styleData.name = *name;
+        if (window.showName) window.showName(*name);
     });
     follow(notifications::closeProperties, [this](const notification&) { close(); });
     follow(notifications::focusProperties, [this](const notification&) {

@@ -1,16 +1,44 @@
 #include "style_editor/editor_saves.h"
 
+#include "events/notification_names.h"
+
+#include <utility>
+
 namespace tessaril {
 
 EditorSaves::EditorSaves(StyleStore& styleStore, StyleDrafts& styleDrafts,
-                         Dispatcher& taskDispatcher)
-    : store(styleStore), drafts(styleDrafts), dispatcher(taskDispatcher) {}
+                         NotificationCenter& center, Dispatcher& taskDispatcher)
+    : store(styleStore)
+    , drafts(styleDrafts)
+    , dispatcher(taskDispatcher)
+    , styleNameChanged(
+          center.observe(notifications::styleNameChanged,
+                         [this, watched = std::weak_ptr(alive)](const notification& posted) {
+                             const auto* name = posted.info<std::string>("newname");
+                             if (!posted.id() || !name) return;
+                             dispatcher.onMain([this, watched, id = *posted.id(), newName = *name] {
+                                 if (!watched.expired()) rename(id, newName);
+                             });
+                         })) {}
 
 void EditorSaves::save(const styleContainer& style) {
-    auto& waiting = wishes[style.uniqueID];
+    add({style, drafts.next()});
+}
+
+void EditorSaves::add(wish added) {
+    auto& waiting = wishes[added.style.uniqueID];
     if (waiting.size() > 1) waiting.pop_back(); // nobody has begun with it
-    waiting.push_back({style, drafts.next()});
+    waiting.push_back(std::move(added));
     if (waiting.size() == 1) start(waiting.front());
+}
+
+/// What is on its way carries the old name with it.
+void EditorSaves::rename(std::int64_t id, const std::string& name) {
+    const auto waiting = wishes.find(id);
+    if (waiting == wishes.end()) return;
+    wish renamed = waiting->second.back();
+    renamed.style.styleData.name = name;
+    add(std::move(renamed));
 }
 
 void EditorSaves::start(const wish& first) {

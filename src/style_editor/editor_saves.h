@@ -1,5 +1,6 @@
 #pragma once
 
+#include "events/notification_center.h"
 #include "platform/dispatcher.h"
 #include "store/style_store.h"
 #include "style_editor/style_drafts.h"
@@ -7,6 +8,7 @@
 #include <cstdint>
 #include <deque>
 #include <map>
+#include <memory>
 #include <optional>
 
 namespace tessaril {
@@ -16,7 +18,8 @@ namespace tessaril {
 class EditorSaves {
 public:
     /// All outlive it and its tasks.
-    EditorSaves(StyleStore& store, StyleDrafts& drafts, Dispatcher& dispatcher);
+    EditorSaves(StyleStore& store, StyleDrafts& drafts, NotificationCenter& center,
+                Dispatcher& dispatcher);
 
     /// Stores the working copy, and drops the draft of what was not saved once that is done.
     void save(const styleContainer& style);
@@ -30,12 +33,16 @@ private:
         StyleDrafts::Version version;
     };
 
+    void add(wish added);
     void start(const wish& first);
+    void rename(std::int64_t id, const std::string& name);
 
     StyleStore& store;
     StyleDrafts& drafts;
     Dispatcher& dispatcher;
     std::map<std::int64_t, std::deque<wish>> wishes; ///< the first of each style is under way
+    std::shared_ptr<int> alive = std::make_shared<int>();
+    NotificationCenter::Subscription styleNameChanged;
 };
 
 } // namespace tessaril

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <chrono>
 #include <utility>
-#include <variant>
 
 namespace tessaril {
 
@@ -68,20 +67,16 @@ StyleEditorController::StyleEditorController(styleEditorSurroundings surrounding
         if (posted.id() == currentStyle.uniqueID && window.focus) window.focus();
     });
     follow(notifications::styleNameChanged, [this](const notification& posted) {
-        const auto name = posted.userInfo.find("newname");
-        if (posted.id() != currentStyle.uniqueID || name == posted.userInfo.end()) return;
-        const auto* text = std::get_if<std::string>(&name->second);
-        if (!text) return;
-        currentStyle.styleData.name = *text;
+        const auto* name = posted.info<std::string>("newname");
+        if (posted.id() != currentStyle.uniqueID || !name) return;
+        currentStyle.styleData.name = *name;
         if (window.showName) window.showName();
     });
     follow(notifications::stylesChangedInCloud, [this](const notification& posted) {
-        const auto found = posted.userInfo.find("changedIDs");
-        if (found == posted.userInfo.end()) return;
-        const auto* ids = std::get_if<std::vector<std::int64_t>>(&found->second);
+        const auto* ids = posted.info<std::vector<std::int64_t>>("changedIDs");
         if (!ids || std::ranges::find(*ids, currentStyle.uniqueID) == ids->end()) return;
         // Offered at the next start, rather than gone.
-        if (dirty) keepDraft();
+        keepUnsaved();
         close();
     });
 }
@@ -283,11 +278,12 @@ void StyleEditorController::setDirty() {
     machine.dispatcher.onMainAfter(draftDelay, [this, watched = std::weak_ptr(alive)] {
         if (watched.expired()) return;
         isDraftDue = false;
-        if (dirty && isOpen) keepDraft();
+        keepUnsaved();
     });
 }
 
-void StyleEditorController::keepDraft() {
+void StyleEditorController::keepUnsaved() {
+    if (!dirty || !isOpen) return;
     machine.dispatcher.inBackground(
         taskPriority::utility, [&drafts = machine.drafts, style = currentStyle,
                                 version = machine.drafts.next()] { drafts.keep(style, version); });
@@ -304,9 +300,13 @@ void StyleEditorController::save() {
     if (window.showEdited) window.showEdited();
 }
 
-void StyleEditorController::closeClicked() {
-    whenTextIsKnown([this] {
-        if (!dirty) return close();
+void StyleEditorController::closeClicked(std::function<void()> closed) {
+    whenTextIsKnown([this, closed = std::move(closed)] {
+        const auto closeNow = [&] {
+            close();
+            if (closed) closed();
+        };
+        if (!dirty) return closeNow();
         const std::weak_ptr watched(alive);
         if (window.focus) window.focus(); // the user sees what the question is about
         const auto answer = machine.alerts.ask(
@@ -319,12 +319,15 @@ void StyleEditorController::closeClicked() {
         if (answer.button == saveAnswer)
             save();
         else
-            machine.dispatcher.inBackground(
-                taskPriority::utility,
-                [&drafts = machine.drafts, id = currentStyle.uniqueID,
-                 version = machine.drafts.next()] { drafts.drop(id, version); });
-        close();
+            dropDraft();
+        closeNow();
     });
+}
+
+void StyleEditorController::dropDraft() {
+    machine.dispatcher.inBackground(
+        taskPriority::utility, [&drafts = machine.drafts, id = currentStyle.uniqueID,
+                                version = machine.drafts.next()] { drafts.drop(id, version); });
 }
 
 void StyleEditorController::close() {

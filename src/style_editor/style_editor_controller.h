@@ -103,7 +103,11 @@ public:
     void applyRules(const ruleDictionary& rules) override;
 
     /// Asks about what is not saved, and has the window closed unless the user wants it to stay.
-    void closeClicked();
+    /// - closed: called once it is closed; not when it stays
+    void closeClicked(std::function<void()> closed = {});
+
+    /// Keeps what is not saved for the next start; for an application that ends unasked.
+    void keepUnsaved();
 
     /// The window is closed: the style may be opened again. May be called again.
     void leave();
@@ -118,7 +122,7 @@ private:
     void appendSection(styleSection added);
     void removeSection();
     void setDirty();
-    void keepDraft();
+    void dropDraft();
     void save();
     void close();
     void changeFontSize(int by);

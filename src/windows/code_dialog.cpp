@@ -2,7 +2,6 @@
 
 #include "windows/code_editor.h"
 
-#include <QAction>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QPushButton>
@@ -25,11 +24,7 @@ QPushButton* firstEnabled(const QDialogButtonBox& buttons) {
 
 void setUpCodeDialog(QDialog& dialog, CodeEditor& editor, QDialogButtonBox& buttons,
                      QPushButton& main) {
-    for (const textFinderAction tag :
-         {textFinderAction::showFindInterface, textFinderAction::showReplaceInterface,
-          textFinderAction::nextMatch, textFinderAction::previousMatch})
-        editor.findAction(tag)->setShortcutContext(Qt::WindowShortcut);
-
+    editor.offerFindInWholeWindow();
     for (QAbstractButton* button : buttons.buttons())
         button->setIcon({});
     main.setDefault(true); // only now does the dialog hear of it

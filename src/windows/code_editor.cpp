@@ -1,6 +1,7 @@
 #include "windows/code_editor.h"
 
 #include "windows/find_bar.h"
+#include "windows/spinner.h"
 
 #include <QAction>
 #include <QApplication>
@@ -33,7 +34,7 @@ QRect rectOf(const viewFrame& frame) {
 
 CodeEditor::CodeEditor(const WebViewFactory& makeWebView, const std::filesystem::path& page,
                        NotificationCenter& center, UndoManager& undoManager, QWidget* parent)
-    : QFrame(parent) {
+    : QFrame(parent), loadSpinner(new Spinner(this)) {
     setObjectName("codeEditor");
     const shownWebView made = makeWebView ? makeWebView(this) : shownWebView{};
     if (!made) absentView = std::make_unique<AbsentWebView>();
@@ -60,6 +61,7 @@ CodeEditor::CodeEditor(const WebViewFactory& makeWebView, const std::filesystem:
     setFocusProxy(pageWidget);
     bridge->setLayout([this] {
         applyFocusPolicy();
+        showSpinner(false);
         layOut();
     });
     bridge->setOnGivenUp([this] { showNotice(stoppedText); });
@@ -71,6 +73,7 @@ CodeEditor::CodeEditor(const WebViewFactory& makeWebView, const std::filesystem:
         };
         QMetaObject::invokeMethod(this, press, Qt::QueuedConnection);
     });
+    showSpinner(true);
     bridge->load(page);
 }
 
@@ -109,7 +112,19 @@ QAction* CodeEditor::findAction(textFinderAction tag) const {
     return found == findActions.end() ? nullptr : found->second;
 }
 
+void CodeEditor::offerFindInWholeWindow() {
+    for (const auto& [tag, action] : findActions)
+        action->setShortcutContext(Qt::WindowShortcut);
+}
+
+void CodeEditor::showSpinner(bool shows) {
+    loadSpinner->setVisible(shows);
+    loadSpinner->setSpinning(shows);
+    loadSpinner->raise();
+}
+
 void CodeEditor::showNotice(const QString& text) {
+    showSpinner(false);
     if (pageWidget) pageWidget->hide();
     auto* notice = new QLabel(text, this);
     notice->setObjectName("editorNotice");
@@ -177,6 +192,9 @@ void CodeEditor::layOut() {
     findBar->setGeometry(inside.x, inside.y, inside.width, barHeight);
     if (pageWidget)
         pageWidget->setGeometry(rectOf(webViewFrame(width(), height(), padding, barHeight)));
+    QRect spinner(QPoint(), loadSpinner->sizeHint());
+    spinner.moveCenter(rect().center());
+    loadSpinner->setGeometry(spinner);
 }
 
 } // namespace tessaril

@@ -15,6 +15,7 @@ class QAction;
 namespace tessaril {
 
 class FindBar;
+class Spinner;
 
 /// The code editor as a widget: the page in a web view, below the find bar when that is shown. On a
 /// machine that cannot show the page it says so; its `WKAceView` can be used then too and keeps the
@@ -44,6 +45,9 @@ public:
     /// window don't contend for them.
     QAction* findAction(textFinderAction tag) const;
 
+    /// Has those keys work in the whole window, of which this is the only editor.
+    void offerFindInWholeWindow();
+
 protected:
     void resizeEvent(QResizeEvent* event) override;
 
@@ -51,6 +55,7 @@ private:
     void makeRoomForBar();
     void makeFindActions();
     void showNotice(const QString& text);
+    void showSpinner(bool shows);
     void layOut();
     void applyFocusPolicy();
 
@@ -61,6 +66,7 @@ private:
     std::unique_ptr<WKAceView> bridge;
     std::unique_ptr<FindBar> findBar; ///< goes before the finder, which is the bridge's
     std::map<textFinderAction, QAction*> findActions;
+    Spinner* loadSpinner;
 };
 
 } // namespace tessaril

@@ -2,6 +2,7 @@
 
 #include "windows/shown_text.h"
 
+#include <QFontMetricsF>
 #include <QResizeEvent>
 
 namespace tessaril {
@@ -15,7 +16,8 @@ void ElidedLabel::showText(std::string_view text) {
 }
 
 QSize ElidedLabel::sizeHint() const {
-    return {fontMetrics().horizontalAdvance(whole), QLabel::sizeHint().height()};
+    // Rounded up: less than its exact width would be cut.
+    return {qCeil(QFontMetricsF(font()).horizontalAdvance(whole)), QLabel::sizeHint().height()};
 }
 
 QSize ElidedLabel::minimumSizeHint() const {

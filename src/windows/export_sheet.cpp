@@ -8,7 +8,6 @@
 #include "windows/shown_text.h"
 
 #include <QDialogButtonBox>
-#include <QFileDialog>
 #include <QPushButton>
 #include <QShortcut>
 #include <QVBoxLayout>
@@ -49,13 +48,8 @@ ExportSheet::ExportSheet(const styleContainer& style, exportSheetParts parts, QW
 ExportSheet::~ExportSheet() = default;
 
 void ExportSheet::save() {
-    QFileDialog* panel = makeFilePanel(this, exportStyleTitle, "User CSS files", exportStyleTypes);
-    panel->setAcceptMode(QFileDialog::AcceptSave);
-    panel->setDefaultSuffix(qtText(exportStyleTypes[0]));
-    panel->selectFile(qtText(proposedName));
-    connect(panel, &QFileDialog::fileSelected, this,
-            [this](const QString& file) { exporter.write(pathOf(file), text); });
-    panel->open();
+    openSavePanel(this, exportStyleTitle, "User CSS files", exportStyleTypes, proposedName,
+                  [this](const std::filesystem::path& file) { exporter.write(file, text); });
 }
 
 } // namespace tessaril

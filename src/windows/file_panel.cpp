@@ -6,6 +6,8 @@
 #include <QFileDialog>
 #include <QFileInfo>
 
+#include <utility>
+
 namespace tessaril {
 
 namespace {
@@ -36,6 +38,18 @@ QFileDialog* makeFilePanel(QWidget* parent, std::string_view title, const QStrin
         if (!files.isEmpty()) lastFolder() = QFileInfo(files.front()).absolutePath();
     });
     return panel;
+}
+
+void openSavePanel(QWidget* parent, std::string_view title, const QString& kind,
+                   std::span<const std::string_view> types, std::string_view proposedName,
+                   std::function<void(const std::filesystem::path&)> save) {
+    QFileDialog* panel = makeFilePanel(parent, title, kind, types);
+    panel->setAcceptMode(QFileDialog::AcceptSave);
+    panel->setDefaultSuffix(qtText(types[0]));
+    panel->selectFile(qtText(proposedName));
+    QObject::connect(panel, &QFileDialog::fileSelected, panel,
+                     [save = std::move(save)](const QString& file) { save(pathOf(file)); });
+    panel->open();
 }
 
 } // namespace tessaril

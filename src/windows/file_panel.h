@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <filesystem>
+#include <functional>
 #include <span>
 #include <string_view>
 
@@ -16,5 +18,12 @@ namespace tessaril {
 /// - types: their name's endings, without the dot; UTF-8, as is the title
 QFileDialog* makeFilePanel(QWidget* parent, std::string_view title, const QString& kind,
                            std::span<const std::string_view> types);
+
+/// Shows such a panel that picks where to save.
+/// - proposedName: UTF-8
+/// - save: called with the file that was picked
+void openSavePanel(QWidget* parent, std::string_view title, const QString& kind,
+                   std::span<const std::string_view> types, std::string_view proposedName,
+                   std::function<void(const std::filesystem::path&)> save);
 
 } // namespace tessaril

@@ -2,6 +2,7 @@
 
 #include "editor/editor_configuration.h"
 #include "model/text.h"
+#include "windows/bring_to_front.h"
 #include "windows/code_dialog.h"
 #include "windows/code_editor.h"
 #include "windows/shadow_frame.h"
@@ -72,10 +73,7 @@ ImportMozDocView::~ImportMozDocView() {
 }
 
 void ImportMozDocView::bringForward() {
-    setWindowState(windowState() & ~Qt::WindowMinimized);
-    show();
-    raise();
-    activateWindow();
+    bringToFront(*this);
 }
 
 void ImportMozDocView::textDidChange(const notification&) {

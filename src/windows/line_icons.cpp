@@ -74,6 +74,59 @@ QPainterPath sliders() {
     return path;
 }
 
+QPainterPath minus() {
+    QPainterPath path;
+    addLine(path, {{5, 12}, {19, 12}});
+    return path;
+}
+
+QPainterPath twoSheets() {
+    QPainterPath path;
+    path.addRoundedRect(QRectF(8.5, 8.5, 11, 11), 2, 2);
+    addLine(path, {{15.5, 4.5}, {6.5, 4.5}, {4.5, 6.5}, {4.5, 15.5}});
+    return path;
+}
+
+QPainterPath arrowOutOfTray() {
+    QPainterPath path;
+    addLine(path, {{12, 15}, {12, 4.5}});
+    addLine(path, {{7.5, 8.8}, {12, 4.3}, {16.5, 8.8}});
+    addLine(path, {{4.5, 13.5}, {4.5, 19.5}, {19.5, 19.5}, {19.5, 13.5}});
+    return path;
+}
+
+QPainterPath funnel() {
+    QPainterPath path;
+    addLine(path, {{4.5, 5.5}, {19.5, 5.5}, {14, 12.2}, {14, 17}, {10, 19.5}, {10, 12.2}});
+    path.closeSubpath();
+    return path;
+}
+
+QPainterPath letterI() {
+    QPainterPath path;
+    path.addEllipse(QPointF(12, 12), 8, 8);
+    addLine(path, {{12, 11.5}, {12, 16}});
+    addLine(path, {{12, 8.2}, {12, 8.3}});
+    return path;
+}
+
+/// A star whose four sides bend inwards.
+void addStar(QPainterPath& path, const QPointF& middle, qreal size) {
+    const QPointF corners[] = {middle + QPointF(0, -size), middle + QPointF(size, 0),
+                               middle + QPointF(0, size), middle + QPointF(-size, 0)};
+    path.moveTo(corners[3]);
+    for (const QPointF& corner : corners)
+        path.quadTo(middle, corner);
+    path.closeSubpath();
+}
+
+QPainterPath stars() {
+    QPainterPath path;
+    addStar(path, {10, 13.5}, 6.5);
+    addStar(path, {18, 6}, 3);
+    return path;
+}
+
 QPainterPath outlineOf(lineIcon which) {
     switch (which) {
     case lineIcon::create:
@@ -88,6 +141,18 @@ QPainterPath outlineOf(lineIcon which) {
         return circlingArrow();
     case lineIcon::properties:
         return sliders();
+    case lineIcon::remove:
+        return minus();
+    case lineIcon::duplicate:
+        return twoSheets();
+    case lineIcon::share:
+        return arrowOutOfTray();
+    case lineIcon::rules:
+        return funnel();
+    case lineIcon::details:
+        return letterI();
+    case lineIcon::beautify:
+        return stars();
     }
     return {};
 }

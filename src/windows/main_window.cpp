@@ -1,6 +1,7 @@
 #include "windows/main_window.h"
 
 #include "import/file_import.h"
+#include "windows/bring_to_front.h"
 #include "windows/empty_list_page.h"
 #include "windows/file_panel.h"
 #include "windows/filter_field.h"
@@ -77,10 +78,7 @@ void MainWindow::bringForward(const std::string& activationToken) {
     // Where Qt looks for it when it asks a Wayland desktop for the focus.
     if (!activationToken.empty())
         qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(activationToken));
-    setWindowState(windowState() & ~Qt::WindowMinimized);
-    show();
-    raise();
-    activateWindow();
+    bringToFront(*this);
     // A question that waits for its answer must not lie below.
     if (QWidget* modal = QApplication::activeModalWidget()) {
         modal->raise();

@@ -1,10 +1,13 @@
 #include "windows/other_windows.h"
 
+#include "windows/bring_to_front.h"
 #include "windows/editor_preview.h"
 #include "windows/export_sheet.h"
 #include "windows/import_moz_doc_view.h"
 #include "windows/import_sheet.h"
+#include "windows/new_style_sheet.h"
 #include "windows/preferences_window.h"
+#include "windows/style_editor_window.h"
 #include "windows/style_prop_window.h"
 #include "windows/update_sheet.h"
 
@@ -34,7 +37,11 @@ OtherWindows::OtherWindows(Application& ownApplication, WebViewFactory makeWebVi
              .preferences = application.preferences(),
              .center = application.notificationCenter()} {}
 
-OtherWindows::~OtherWindows() = default;
+/// What of them is left when the application ends unasked.
+OtherWindows::~OtherWindows() {
+    for (const QPointer<StyleEditorWindow>& window : styleEditors)
+        delete window;
+}
 
 void OtherWindows::openPreferences(QWidget& mainWindow) {
     bringForward(preferences, [&] {
@@ -46,6 +53,12 @@ void OtherWindows::openPreferences(QWidget& mainWindow) {
              .makePreview = [this](QWidget* pane) { return new EditorPreview(editor, pane); }},
             &mainWindow);
     });
+}
+
+void OtherWindows::openNewStyleSheet(QWidget& over) {
+    if (!application.newStyle().mayBegin()) return;
+    auto* sheet = new NewStyleSheet(application.newStyle(), &over);
+    sheet->open();
 }
 
 void OtherWindows::openPasteWindow(QWidget& mainWindow) {
@@ -62,9 +75,17 @@ void OtherWindows::openImportSheet(QWidget& mainWindow) {
 }
 
 bool OtherWindows::mayClose(std::function<void()> retry) {
-    if (!pasteWindow || !pasteWindow->isVisible()) return true;
-    pasteWindow->closeThen(std::move(retry));
-    return false;
+    if (pasteWindow && pasteWindow->isVisible()) {
+        pasteWindow->closeThen(std::move(retry));
+        return false;
+    }
+    // Each of them, as what was typed a moment ago has yet to arrive.
+    for (const QPointer<StyleEditorWindow>& window : styleEditors) {
+        if (!window || !window->isVisible()) continue;
+        window->closeThen(std::move(retry));
+        return false;
+    }
+    return true;
 }
 
 void OtherWindows::openUpdateSheet(QWidget& mainWindow) {
@@ -73,9 +94,9 @@ void OtherWindows::openUpdateSheet(QWidget& mainWindow) {
     updateSheet->open();
 }
 
-void OtherWindows::openExportSheet(const styleContainer& style, QWidget& mainWindow) {
-    auto* sheet = new ExportSheet(style, {.editor = editor, .exporter = application.styleExport()},
-                                  &mainWindow);
+void OtherWindows::openExportSheet(const styleContainer& style, QWidget& over) {
+    auto* sheet =
+        new ExportSheet(style, {.editor = editor, .exporter = application.styleExport()}, &over);
     sheet->setAttribute(Qt::WA_DeleteOnClose);
     sheet->open();
 }
@@ -90,6 +111,30 @@ bool OtherWindows::openStyleProps(std::int64_t id, QWidget& mainWindow) {
                             row ? list.styles()[*row]->faviconImg : nullptr, &mainWindow);
     window->bringForward();
     return true;
+}
+
+bool OtherWindows::openStyleEditor(std::int64_t id) {
+    const auto style = application.editorSaves().styleForEditing(id);
+    if (style) openStyleEditor(*style, false);
+    return style.has_value();
+}
+
+void OtherWindows::openStyleEditor(const styleContainer& style, bool isUnsaved) {
+    auto* window = new StyleEditorWindow(
+        style, isUnsaved,
+        {.editor = editor,
+         .session = application.styleEditor(),
+         .newStyle = [this](QWidget& over) { openNewStyleSheet(over); },
+         .exportStyle = [this](const auto& shown,
+                               QWidget& over) { openExportSheet(shown, over); }});
+    std::erase(styleEditors, nullptr);
+    styleEditors.emplace_back(window);
+    bringToFront(*window);
+}
+
+void OtherWindows::keepUnsaved() {
+    for (const QPointer<StyleEditorWindow>& window : styleEditors)
+        if (window) window->keepUnsaved();
 }
 
 } // namespace tessaril

@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <vector>
 
 class QWidget;
 
@@ -15,6 +16,7 @@ namespace tessaril {
 
 class ImportMozDocView;
 class PreferencesWindow;
+class StyleEditorWindow;
 class UpdateSheet;
 
 /// The windows that the main window opens. Each is made when it is asked for, over the main window,
@@ -30,6 +32,7 @@ public:
     OtherWindows& operator=(const OtherWindows&) = delete;
 
     void openPreferences(QWidget& mainWindow);
+    void openNewStyleSheet(QWidget& over);
     void openPasteWindow(QWidget& mainWindow);
     /// Beeps instead while the list is locked for sync.
     void openImportSheet(QWidget& mainWindow);
@@ -38,11 +41,22 @@ public:
     bool mayClose(std::function<void()> retry);
 
     void openUpdateSheet(QWidget& mainWindow);
-    void openExportSheet(const styleContainer& style, QWidget& mainWindow);
+    void openExportSheet(const styleContainer& style, QWidget& over);
 
     /// Opens a window for the style, whose identifier is among the open properties; false when
     /// there is no such style.
     bool openStyleProps(std::int64_t id, QWidget& mainWindow);
+
+    /// Opens a Style Editor, which stands on its own, for the style, whose identifier is among the
+    /// open styles; false when there is no such style.
+    bool openStyleEditor(std::int64_t id);
+    /// The same for a style that is given.
+    /// - isUnsaved: it differs from the stored one
+    void openStyleEditor(const styleContainer& style, bool isUnsaved);
+
+    /// Keeps what is unsaved in Style Editors for the next start; for an application that ends
+    /// unasked.
+    void keepUnsaved();
 
 private:
     Application& application;
@@ -50,6 +64,7 @@ private:
     QPointer<PreferencesWindow> preferences;
     QPointer<ImportMozDocView> pasteWindow;
     QPointer<UpdateSheet> updateSheet;
+    std::vector<QPointer<StyleEditorWindow>> styleEditors; ///< also those that have closed
 };
 
 } // namespace tessaril

@@ -2,6 +2,7 @@
 
 #include "events/notification_names.h"
 #include "windows/advanced_pane.h"
+#include "windows/bring_to_front.h"
 #include "windows/editor_pane.h"
 #include "windows/pane_scroller.h"
 
@@ -65,10 +66,7 @@ void PreferencesWindow::keyPressEvent(QKeyEvent* event) {
 }
 
 void PreferencesWindow::bringForward() {
-    setWindowState(windowState() & ~Qt::WindowMinimized);
-    show();
-    raise();
-    activateWindow();
+    bringToFront(*this);
 }
 
 } // namespace tessaril

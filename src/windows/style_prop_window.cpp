@@ -1,5 +1,6 @@
 #include "windows/style_prop_window.h"
 
+#include "windows/bring_to_front.h"
 #include "windows/droplet.h"
 #include "windows/elided_label.h"
 #include "windows/held_key_filter.h"
@@ -196,10 +197,7 @@ void StylePropWindow::save() {
 }
 
 void StylePropWindow::bringForward() {
-    setWindowState(windowState() & ~Qt::WindowMinimized);
-    show();
-    raise();
-    activateWindow();
+    bringToFront(*this);
 }
 
 void StylePropWindow::reject() {

@@ -1,6 +1,6 @@
-#include "desktop/cache_folder.h"
 #include "desktop/extension_state.h"
 #include "desktop/folder_message_channel.h"
+#include "desktop/own_folders.h"
 #include "desktop/posix_file_system.h"
 #include "desktop/settings_store.h"
 #include "desktop/shared_container.h"

@@ -64,7 +64,7 @@ struct StyleEditorTest : ::testing::Test, StoreMachine<> {
     PreferenceControls controls{preferences, preferences, sync};
     StyleExport exporter{files, alerts, dispatcher};
     StyleDrafts drafts{files, "/drafts"};
-    EditorSaves saves{store, drafts, dispatcher};
+    EditorSaves saves{store, drafts, center, dispatcher};
     OpenStyles openStyles{center};
     std::unique_ptr<StyleEditorController> editor;
     std::vector<std::string> titles;
@@ -281,10 +281,10 @@ TEST_F(StyleEditorTest, WhatIsNotSavedOutlivesTheRun) {
     open(left, true);
     EXPECT_TRUE(editor->isDirty());
     alerts.answers = {{.button = 1}, {.button = 2}};
-    run(&StyleEditorController::closeClicked);
+    run([&] { editor->closeClicked(); }, section().code);
     EXPECT_EQ(closed, 0) << "Cancel";
     EXPECT_THAT(kept(), SizeIs(1));
-    run(&StyleEditorController::closeClicked);
+    run([&] { editor->closeClicked(); }, section().code);
     EXPECT_EQ(closed, 1) << "Don't Save";
     EXPECT_THAT(kept(), IsEmpty());
     EXPECT_EQ(store.styleAt(0)->styleData.sections[0].code, "a");
@@ -308,9 +308,13 @@ TEST_F(StyleEditorTest, TheLastOfSeveralSavesWinsHoweverLongEachTakes) {
     }
     editor->leave();
     EXPECT_EQ(saves.styleForEditing(7)->styleData.sections[0].code, "three") << "opened again";
+    store.renameStyle(0, "Renamed");
+    while (SteppedDispatcher::step(dispatcher.mainTasks)) {
+    }
     EXPECT_THAT(kept(), SizeIs(1)) << "until it is stored";
     dispatcher.runAll();
     EXPECT_EQ(written().styles[0].styleData.sections[0].code, "three");
+    EXPECT_EQ(written().styles[0].styleData.name, "Renamed") << "not as when it was saved";
     EXPECT_THAT(kept(), IsEmpty());
     EXPECT_EQ(saves.styleForEditing(7)->styleData.sections[0].code, "three");
 

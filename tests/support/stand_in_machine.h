@@ -31,7 +31,7 @@ struct StandInMachine {
     applicationSurroundings surroundings() {
         return {files,    channel,      alerts,         dispatcher, standard,  shared,
                 scripts,  scripts,      compilerErrors, extension,  externals, urls,
-                pictures, "/container", "/cache",       "/imports"};
+                pictures, "/container", "/cache",       "/imports", "/drafts"};
     }
 
     MemoryFiles files;

@@ -1,4 +1,4 @@
-#include "desktop/cache_folder.h"
+#include "desktop/own_folders.h"
 
 #include <QFile>
 #include <QStandardPaths>
@@ -31,6 +31,10 @@ std::filesystem::path makeIconCacheFolder() {
 
 std::filesystem::path makeImportFolder(const std::filesystem::path& container) {
     return madeFolder(container / "imports");
+}
+
+std::filesystem::path makeDraftFolder(const std::filesystem::path& container) {
+    return madeFolder(container / "drafts");
 }
 
 } // namespace tessaril

@@ -13,4 +13,8 @@ std::filesystem::path makeIconCacheFolder();
 /// made.
 std::filesystem::path makeImportFolder(const std::filesystem::path& container);
 
+/// The folder for what is unsaved in Style Editors, in the container. Makes it where it is missing;
+/// empty when it cannot be made.
+std::filesystem::path makeDraftFolder(const std::filesystem::path& container);
+
 } // namespace tessaril

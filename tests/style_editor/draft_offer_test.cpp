@@ -1,0 +1,115 @@
+#include "events/notification_names.h"
+#include "style_editor/draft_offer.h"
+#include "support/store_machine.h"
+#include "support/test.h"
+
+namespace tessaril {
+namespace {
+
+/// A start after a run that left drafts.
+struct DraftOfferTest : ::testing::Test, StoreMachine<> {
+    struct openedStyle {
+        styleContainer style;
+        bool isUnsaved;
+    };
+
+    DraftOfferTest() {
+        offer.setOpen([this](const styleContainer& style, bool isUnsaved) {
+            opened.push_back({style, isUnsaved});
+            return mayOpen;
+        });
+    }
+
+    static styleContainer style(std::int64_t id, const std::string& code) {
+        styleContainer made = namedStyle("Style " + std::to_string(id), id);
+        made.source = sourceCustom;
+        made.styleData.sections = {{.code = code}};
+        return made;
+    }
+    void keep(const styleContainer& draft) { drafts.keep(draft, drafts.next()); }
+    void offerAll() {
+        offer.offer();
+        dispatcher.runAll();
+    }
+
+    StyleDrafts drafts{files, "/drafts"};
+    EditorSaves saves{store, drafts, center, dispatcher};
+    OpenStyles openStyles{center};
+    DraftOffer offer{{store, drafts, saves, openStyles, center, alerts, dispatcher}};
+    std::vector<openedStyle> opened;
+    bool mayOpen = true;
+};
+
+TEST_F(DraftOfferTest, RestoresIntoTheStyleThatIsStillThere) {
+    styleContainer saved = style(1, "saved");
+    saved.styleData.sections[0].compiledcode = "compiled since";
+    styleContainer renamed = style(2, "before");
+    renamed.styleData.name = "Renamed";
+    renamed.isEnabled = false;
+    putDocument({saved, renamed});
+    keep(style(1, "saved"));
+    keep(style(2, "unsaved"));
+    alerts.answers = {{.button = 0}};
+    offerAll();
+    ASSERT_EQ(alerts.questions.size(), 1U);
+    EXPECT_THAT(alerts.questions[0].text, HasSubstr("the changes to “Style 2” were saved"));
+    ASSERT_EQ(opened.size(), 1U);
+    EXPECT_TRUE(opened[0].isUnsaved);
+    EXPECT_EQ(opened[0].style.styleData.name, "Renamed");
+    EXPECT_EQ(opened[0].style.styleData.sections[0].code, "unsaved");
+    EXPECT_FALSE(opened[0].style.isEnabled);
+    EXPECT_TRUE(openStyles.contains(2));
+    EXPECT_THAT(drafts.all(), SizeIs(1)) << "it is still not saved";
+    EXPECT_EQ(store.findStyle(2)->styleData.sections[0].code, "before");
+
+    mayOpen = false;
+    alerts.answers = {{.button = 0}};
+    center.post(notifications::removeFromOpenStyles, 2);
+    offerAll();
+    EXPECT_FALSE(openStyles.contains(2)) << "a style whose window did not open is not locked";
+    EXPECT_THAT(drafts.all(), SizeIs(1));
+}
+
+TEST_F(DraftOfferTest, RestoresAsANewStyleWhatHasNoPlaceAnyMore) {
+    styleContainer installed = style(1, "from the site");
+    installed.source = sourceUserCSS;
+    putDocument({installed, style(2, "being edited")});
+    compile = [](styleContainer& made) { made.styleData.sections[0].compiledcode = "compiled"; };
+    for (std::int64_t id = 1; id <= 4; ++id)
+        keep(style(id, "unsaved"));
+    // Opened while the question is open.
+    alerts.whileAsking = [&] { center.post(notifications::addToOpenStyles, 2); };
+    alerts.answers = {{.button = 0}};
+    offerAll();
+    EXPECT_THAT(alerts.questions.at(0).text,
+                HasSubstr("“Style 1”, “Style 2”, “Style 3” and 1 more"));
+    EXPECT_EQ(*store.findStyle(1), installed);
+    EXPECT_EQ(store.findStyle(2)->styleData.sections[0].code, "being edited");
+    EXPECT_THAT(names(),
+                ElementsAre("Style 1", "Style 2", "Style 1", "Style 2", "Style 3", "Style 4"));
+    EXPECT_THAT(opened, SizeIs(4));
+    for (const openedStyle& restored : opened) {
+        EXPECT_FALSE(restored.isUnsaved);
+        const auto landed = store.findStyle(restored.style.uniqueID);
+        EXPECT_EQ(landed->source, sourceCustom);
+        EXPECT_EQ(landed->styleData.sections[0].code, "unsaved");
+        EXPECT_EQ(landed->styleData.sections[0].compiledcode, "compiled");
+    }
+    EXPECT_THAT(drafts.all(), IsEmpty());
+}
+
+TEST_F(DraftOfferTest, DiscardsOnlyWhatWasOffered) {
+    putDocument({style(1, "a"), style(2, "b")});
+    keep(style(1, "unsaved"));
+    keep(style(2, "unsaved"));
+    alerts.whileAsking = [&] { keep(style(2, "typed since")); };
+    alerts.answers = {{.button = 1}};
+    offerAll();
+    EXPECT_THAT(opened, IsEmpty());
+    ASSERT_THAT(drafts.all(), SizeIs(1));
+    EXPECT_EQ(drafts.all()[0].styleData.sections[0].code, "typed since");
+    EXPECT_THAT(alerts.questions.at(0).text, HasSubstr("“Style 1” and “Style 2” were"));
+}
+
+} // namespace
+} // namespace tessaril
