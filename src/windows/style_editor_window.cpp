@@ -248,8 +248,8 @@ void StyleEditorWindow::closeThen(std::function<void()> closed) {
 }
 
 void StyleEditorWindow::closeEvent(QCloseEvent* event) {
+    if (!mayClose) controller->closeClicked(); // which may let it at once
     event->setAccepted(mayClose);
-    if (!mayClose) controller->closeClicked();
 }
 
 } // namespace tessaril
