@@ -1,13 +1,12 @@
 #include "compile/style_compiler.h"
 #include "desktop/directory_resources.h"
 #include "desktop/javascript_core_engine.h"
+#include "quiet_machine.h"
+#include "silenced_output.h"
 
 #include <benchmark/benchmark.h>
-#include <fcntl.h>
-#include <unistd.h>
 
 #include <array>
-#include <cstdio>
 
 // What a compilation costs beyond the compiler's own work. The reference is the same compilation in
 // a context that has the scripts loaded when the clock starts; since a context serves one
@@ -15,34 +14,6 @@
 namespace tessaril {
 
 namespace {
-
-/// Sends the compiled text, which a compilation logs, elsewhere.
-class SilencedOutput {
-public:
-    SilencedOutput() {
-        std::fflush(stdout);
-        const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-        dup2(nowhere, STDOUT_FILENO);
-        close(nowhere);
-    }
-    SilencedOutput(const SilencedOutput&) = delete;
-    SilencedOutput& operator=(const SilencedOutput&) = delete;
-    ~SilencedOutput() {
-        std::fflush(stdout);
-        dup2(output, STDOUT_FILENO);
-        close(output);
-    }
-
-private:
-    int output = dup(STDOUT_FILENO);
-};
-
-class NoAlerts : public Alerts {
-public:
-    void showAlert(std::string_view, std::string_view) override {}
-    alertAnswer ask(const alertQuestion&) override { return {}; }
-    void beep() override {}
-};
 
 class CountedErrors : public CompilerErrors {
 public:
@@ -86,7 +57,7 @@ std::string code(const dialect& used) {
 void figure(benchmark::State& state, const dialect& used) {
     JavaScriptCoreEngine engine;
     const DirectoryResources resources(TESSARIL_RESOURCES);
-    NoAlerts alerts;
+    bench::NoAlerts alerts;
     CountedErrors errors;
     StyleCompiler compiler(engine, resources, alerts, errors);
     styleContainer style;
@@ -97,7 +68,7 @@ void figure(benchmark::State& state, const dialect& used) {
     style.styleData.sections.resize(1);
     style.styleData.sections.front().code = code(used);
 
-    const SilencedOutput silence;
+    const bench::SilencedOutput silence;
     compiler.compileStyle(style); // the first, which parses the scripts
     for (auto _ : state)
         compiler.compileStyle(style);

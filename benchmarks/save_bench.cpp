@@ -1,3 +1,4 @@
+#include "bench_folder.h"
 #include "desktop/file_descriptor.h"
 #include "desktop/folder_message_channel.h"
 #include "desktop/posix_file_system.h"
@@ -19,21 +20,6 @@ using namespace tessaril;
 
 constexpr std::size_t megabyte = 1'000'000;
 
-/// A folder on the disk of the build tree, removed at the end.
-class BenchFolder {
-public:
-    BenchFolder() {
-        std::string name = (std::filesystem::current_path() / "bench-XXXXXX").string();
-        if (!mkdtemp(name.data())) std::abort();
-        path = name;
-    }
-    ~BenchFolder() { std::filesystem::remove_all(path); }
-    BenchFolder(const BenchFolder&) = delete;
-    BenchFolder& operator=(const BenchFolder&) = delete;
-
-    std::filesystem::path path;
-};
-
 /// A store over a document of 50 MB that has been saved once.
 struct LargeStore {
     LargeStore() {
@@ -50,7 +36,7 @@ struct LargeStore {
         store.setEnabled({1234}, enabled);
     }
 
-    BenchFolder folder;
+    bench::Folder folder;
     PosixFileSystem files;
     FolderMessageChannel channel{files, folder.path};
     bench::NoAlerts alerts;
@@ -79,7 +65,7 @@ void saveAfterToggle(benchmark::State& state) {
 
 // Write, fsync and rename; less than a save does, which syncs the folder as well.
 void saveReference(benchmark::State& state) {
-    const BenchFolder folder;
+    const bench::Folder folder;
     const std::string bytes = *encodeDatabase(bench::sampleDatabase(2000, 50 * megabyte));
     const std::filesystem::path temporary = folder.path / "temporary";
     for (auto _ : state) {

@@ -26,6 +26,8 @@ LIMITS = {
     "compileLess": ("compile a small Less style", "the same, scripts loaded beforehand", 1.5),
     "compileStylus": ("compile a small Stylus style", "the same, scripts loaded beforehand", 1.5),
     "editorText": ("a further editor until 200 KB are in it", "an empty page in the same engine", 2.5),
+    "openStyleEditor": ("open a Style Editor, 200 KB of Less", "the bare code editor with them", 1.3),
+    "saveStyle": ("save in it until stored, 200 KB of Less", "compile and write them alone", 1.3),
     "updateAll": ("update 200 styles, 20 ms each", "download them one after another", 0.25),
     "buildList": ("build the list's rows, 10,000 styles", "decode their document of 50 MB", 1.0),
 }
@@ -36,6 +38,7 @@ ABSOLUTE_LIMITS = {
     "listRename": ("rename one of them", 2.0),
     "listMove": ("move one past all others", 2.0),
     "listFilter": ("filter them, per key press", 10.0),
+    "styleEditorKey": ("a key press in a Style Editor, 200 KB", 5.0),
     "updatePause": ("the longest pause while 200 are updated", 16.0),
 }
 MILLISECONDS = {"ns": 1e-6, "us": 1e-3, "ms": 1.0, "s": 1e3}
@@ -103,6 +106,7 @@ def main():
     chosen = sys.argv[2] if len(sys.argv) > 2 else "."
     times = measure(os.path.join(binaries, "tessaril_bench"), chosen)
     times |= measure(os.path.join(binaries, "tessaril_bench_editor"), chosen)
+    times |= measure(os.path.join(binaries, "tessaril_bench_style_editor"), chosen)
     times |= measure(os.path.join(binaries, "tessaril_bench_list"), chosen)
     times |= measure(os.path.join(binaries, "tessaril_bench_update"), chosen)
     for name, (what, reference, limit) in LIMITS.items():
