@@ -42,6 +42,7 @@ in_session() { # APPEARANCE: within a display and a session bus of its own
     pictures_of_updates "$appearance"
     pictures_of_properties "$appearance"
     pictures_of_preferences "$appearance"
+    pictures_of_editor "$appearance"
 }
 
 pictures_of_list() { # APPEARANCE
@@ -170,6 +171,72 @@ pictures_of_preferences() { # APPEARANCE
     sleep 0.5
     xdotool windowfocus --sync "$window" key ctrl+shift+Tab ctrl+shift+Tab
     picture "preferences-advanced-$appearance"
+}
+
+# One start per form of the toolbar, which is a preference.
+pictures_of_editor() { # APPEARANCE
+    local form
+    for form in compact expanded unified; do
+        kill "$application"
+        wait "$application" || true
+        sed -i '/^editorStyle=/d' "$XDG_CONFIG_HOME/tessaril/tessaril.conf"
+        printf 'editorStyle=%s\n' "$form" >>"$XDG_CONFIG_HOME/tessaril/tessaril.conf"
+        "$program" >>"$HOME/log.txt" 2>&1 &
+        application=$!
+        shown_window Tessaril
+        main=$window
+        edit "Night Forum"
+        picture "editor-$form-$1"
+    done
+    pictures_of_editor_sheets "$1"
+    edit "Calm Evenings"
+    import -window root -crop 920x700+0+0 +repage "$pictures/editor-read-only-notice-$1.png"
+    xdotool key Return
+    shown_window "Calm Evenings"
+    picture "editor-read-only-$1"
+    xdotool key ctrl+i
+    shown_window Metadata
+    picture "editor-metadata-read-only-$1"
+}
+
+pictures_of_editor_sheets() { # APPEARANCE: over the editor
+    xdotool key ctrl+r
+    shown_window Rules
+    picture "editor-rules-$1"
+    xdotool key Escape
+    shown_window "Night Forum"
+    xdotool key ctrl+i
+    shown_window Metadata
+    picture "editor-metadata-$1"
+    xdotool key Escape
+    shown_window "Night Forum"
+    xdotool key ctrl+shift+n
+    shown_window "New Section"
+    xdotool type --delay 50 "Wide screens"
+    picture "editor-new-section-$1"
+    xdotool key Return
+    shown_window "Night Forum"
+    xdotool type --delay 50 ".board {} "
+    sleep 0.5
+    xdotool key ctrl+w
+    sleep 1
+    import -window root -crop 920x700+0+0 +repage "$pictures/editor-close-question-$1.png"
+    xdotool key Escape
+    shown_window "Night Forum"
+    xdotool key ctrl+f
+    xdotool type --delay 50 board
+    picture "editor-find-$1"
+    xdotool key Escape ctrl+s ctrl+w
+    back_to_main
+}
+
+edit() { # NAME: opens the style by its name, with its window in front
+    back_to_main
+    xdotool key ctrl+f
+    xdotool type --delay 50 "$1"
+    xdotool key Return Home Return
+    shown_window "$1"
+    sleep 3 # for the browser engine
 }
 
 shown_window() { # TITLE: waits for the window and gives it the keyboard
