@@ -179,8 +179,8 @@ pictures_of_editor() { # APPEARANCE
     for form in compact expanded unified; do
         kill "$application"
         wait "$application" || true
-        sed -i '/^editorStyle=/d' "$XDG_CONFIG_HOME/tessaril/tessaril.conf"
-        printf 'editorStyle=%s\n' "$form" >>"$XDG_CONFIG_HOME/tessaril/tessaril.conf"
+        printf '[General]\nFetchSiteIcons=false\nWarnIfDisabled=false\neditorStyle=%s\n' "$form" \
+            >"$XDG_CONFIG_HOME/tessaril/tessaril.conf"
         "$program" >>"$HOME/log.txt" 2>&1 &
         application=$!
         shown_window Tessaril
@@ -191,6 +191,7 @@ pictures_of_editor() { # APPEARANCE
     pictures_of_editor_sheets "$1"
     edit "Calm Evenings"
     import -window root -crop 920x700+0+0 +repage "$pictures/editor-read-only-notice-$1.png"
+    shown_window Tessaril # the notice, which lies above the window of that title
     xdotool key Return
     shown_window "Calm Evenings"
     picture "editor-read-only-$1"
@@ -204,25 +205,25 @@ pictures_of_editor_sheets() { # APPEARANCE: over the editor
     shown_window Rules
     picture "editor-rules-$1"
     xdotool key Escape
-    shown_window "Night Forum"
+    shown_window "Night Forum\*?"
     xdotool key ctrl+i
     shown_window Metadata
     picture "editor-metadata-$1"
     xdotool key Escape
-    shown_window "Night Forum"
+    shown_window "Night Forum\*?"
     xdotool key ctrl+shift+n
     shown_window "New Section"
     xdotool type --delay 50 "Wide screens"
     picture "editor-new-section-$1"
     xdotool key Return
-    shown_window "Night Forum"
+    shown_window "Night Forum\*?"
     xdotool type --delay 50 ".board {} "
     sleep 0.5
     xdotool key ctrl+w
     sleep 1
     import -window root -crop 920x700+0+0 +repage "$pictures/editor-close-question-$1.png"
     xdotool key Escape
-    shown_window "Night Forum"
+    shown_window "Night Forum\*?"
     xdotool key ctrl+f
     xdotool type --delay 50 board
     picture "editor-find-$1"
