@@ -32,6 +32,7 @@ EditorToolbar::EditorToolbar(const editorToolbarCommands& commands,
     , sectionPicker(new QComboBox)
     , title(new EditorTitle(isReadOnly))
     , addRemoveLabel(new QLabel("Add/Remove Sections")) {
+    setObjectName("editorToolbar");
     setMovable(false);
     setContextMenuPolicy(Qt::PreventContextMenu);
     sectionPicker->setObjectName("sectionPicker");

@@ -117,7 +117,7 @@ editorToolbarCommands StyleEditorWindow::makeMenus() {
         file.add("&Metadata Editor…", {Qt::CTRL | Qt::Key_I}, lineIcon::details, "Metadata Editor",
                  [this, &session] { session.whenTextIsKnown([this] { openMetadataView(); }); });
     file.separate();
-    file.add("C&lose", {QKeySequence::Close}, [this] { close(); });
+    file.add("C&lose", {Qt::CTRL | Qt::Key_W}, [this] { close(); });
 
     MenuMaker edit(*this, *menuBar()->addMenu("&Edit"));
     edit.add("&Undo", QKeySequence::keyBindings(QKeySequence::Undo),

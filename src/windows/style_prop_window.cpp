@@ -86,7 +86,7 @@ StylePropWindow::StylePropWindow(std::unique_ptr<StylePropView> ownView,
                        .close = [this] { close(); }});
     connect(new QShortcut(QKeySequence::Save, this), &QShortcut::activated, this,
             [this] { save(); });
-    connect(new QShortcut(QKeySequence::Close, this), &QShortcut::activated, this,
+    connect(new QShortcut(QKeySequence("Ctrl+W"), this), &QShortcut::activated, this,
             [this] { close(); });
     new HeldKeyFilter(this);
     const QSize size = hasVariables ? comfortableSize : smallSize;
