@@ -2,7 +2,6 @@
 
 #include "windows/shown_text.h"
 
-#include <QAbstractItemView>
 #include <QKeyEvent>
 #include <QStylePainter>
 #include <QTimer>
@@ -15,7 +14,7 @@ namespace tessaril {
 namespace {
 
 constexpr int boxWidth = 170; // pixels
-constexpr int widestPopup = 420;
+constexpr int widestItem = 400; // of the popup
 
 } // namespace
 
@@ -23,7 +22,6 @@ SectionMenuBox::SectionMenuBox(handlers use) : user(std::move(use)) {
     setObjectName("sectionPicker");
     setAccessibleName("Section");
     setFixedWidth(boxWidth);
-    view()->setTextElideMode(Qt::ElideMiddle);
     connect(this, &QComboBox::activated, this, [this](int item) {
         user.select(static_cast<std::size_t>(item));
         if (isOpen) user.leave();
@@ -32,15 +30,11 @@ SectionMenuBox::SectionMenuBox(handlers use) : user(std::move(use)) {
 
 void SectionMenuBox::showSections(const std::vector<std::string>& titles, std::size_t current) {
     clear();
-    int widest = width();
     for (const std::string& title : titles) {
         const QString line = oneLine(title);
-        addItem(line);
+        addItem(fontMetrics().elidedText(line, Qt::ElideMiddle, widestItem));
         setItemData(count() - 1, toolTipText(line), Qt::ToolTipRole);
-        widest =
-            std::max(widest, fontMetrics().horizontalAdvance(line) + 2 * fontMetrics().height());
     }
-    view()->setFixedWidth(std::min(widest, widestPopup));
     setCurrentIndex(static_cast<int>(current));
     setToolTip(currentData(Qt::ToolTipRole).toString());
 }
