@@ -159,6 +159,7 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
 
     const TerminationSignals termination;
     const int status = QApplication::exec();
+    alerts.stopAsking();
     others.keepUnsaved();
     // A name that is being edited is a change too, and belongs into the last save.
     if (QWidget* edited = QApplication::focusWidget()) edited->clearFocus();

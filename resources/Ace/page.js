@@ -32,15 +32,22 @@ var Range = class extends ace.Range {
 // Else it looks for its abbreviations' library as soon as a mode is set; nobody turns it on here.
 editor.setOption("enableEmmet", false);
 
-// The library selects the new text, and the application can take that back only later: a key pressed
-// until then would replace all of it.
+// What the application does after it has set a text comes late, by way of itself: a key pressed until
+// then would replace the text, which the library selects; undo would bring back the one before; what
+// is typed would not be reported, and the cursor then be taken away from it. So all of that is done
+// at once here.
 const setWholeText = editor.setValue;
-editor.setValue = (text) => setWholeText.call(editor, text, -1);
-
-// For the same reason: the cursor is at the start already, unless something has been typed there.
 const moveCursor = editor.moveCursorTo;
+let isFresh = false;
+editor.setValue = (text) => {
+    const taken = setWholeText.call(editor, text, -1);
+    editor.session.getUndoManager().reset();
+    reportChanges = isFresh = true;
+    return taken;
+};
 editor.moveCursorTo = (row, column) => {
-    if (reportChanges) moveCursor.call(editor, row, column);
+    if (!isFresh || row !== 0 || column !== 0) moveCursor.call(editor, row, column);
+    isFresh = false;
 };
 
 function focusEditor() {

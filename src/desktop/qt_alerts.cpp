@@ -94,6 +94,12 @@ QMessageBox::ButtonRole roleOf(int button, const alertQuestion& question) {
     return QMessageBox::RejectRole;
 }
 
+/// The button that closing means, which must never destroy anything.
+int closingButton(const alertQuestion& question) {
+    const int last = static_cast<int>(question.buttons.size()) - 1;
+    return question.closingButton.value_or(question.destructiveButton == last ? 0 : last);
+}
+
 alertAnswer answerTo(const alertQuestion& question, QWidget* below) {
     const auto icon =
         question.style == alertStyle::critical ? QMessageBox::Critical : QMessageBox::Warning;
@@ -103,10 +109,7 @@ alertAnswer answerTo(const alertQuestion& question, QWidget* below) {
     for (const std::string& title : question.buttons)
         buttons.push_back(box->addButton(QString::fromStdString(title),
                                          roleOf(static_cast<int>(buttons.size()), question)));
-    const int last = static_cast<int>(buttons.size()) - 1;
-    // Closing an alert must never destroy anything.
-    const int closing =
-        question.closingButton.value_or(question.destructiveButton == last ? 0 : last);
+    const int closing = closingButton(question);
     box->setDefaultButton(buttons.front());
     box->setEscapeButton(buttons[closing]);
     if (question.offersSuppression) box->setCheckBox(new QCheckBox(suppressionText));
@@ -151,6 +154,7 @@ void QtAlerts::showNext() {
 }
 
 alertAnswer QtAlerts::ask(const alertQuestion& question) {
+    if (!mayAsk) return {closingButton(question), false};
     waitForShown();
     // An alert that arrives meanwhile waits for its turn.
     ++openQuestions;

@@ -30,6 +30,10 @@ public:
 
     void beep() override;
 
+    /// From now on every question counts as closed at once; for an application that ends and whose
+    /// tasks may still ask.
+    void stopAsking() { mayAsk = false; }
+
     /// Waits until the user has closed every alert. For quitting: the last save may have failed.
     void finish();
 
@@ -47,6 +51,7 @@ private:
     std::deque<message> waiting; ///< main thread only, like all below
     QPointer<QMessageBox> shown; ///< the alert on the screen
     int openQuestions = 0;
+    bool mayAsk = true;
     QPointer<QWidget> lastWindow; ///< the one that was active last, no dialog
 };
 

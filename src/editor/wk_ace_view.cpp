@@ -207,13 +207,17 @@ void WKAceView::textRead(const std::string* text, std::uint64_t began, bool mayB
     reportChange();
 }
 
-/// Their page is gone; what it may still answer is about nothing.
+/// Their page is gone; what it may still answer is about nothing. For who waited counts what is
+/// known.
 void WKAceView::forgetReads() {
     ++pageNumber;
     readsUnderWay = 0;
-    awaitingInput.clear();
-    settling.clear();
     textFinder.forgetPutOff();
+    auto waiting = std::exchange(settling, {});
+    for (auto& settled : std::exchange(awaitingInput, {}))
+        waiting.push_back(std::move(settled));
+    for (const auto& settled : waiting)
+        settled();
 }
 
 void WKAceView::reportChange() {

@@ -81,8 +81,8 @@ public:
     std::uint64_t timesHeard() const { return heard; }
 
     /// Asks the page for its text and calls `settled` once `string` is what the user sees, with
-    /// what was typed a moment ago; at once while there is no page. Not called when the page goes
-    /// or hangs meanwhile: who waits sets a limit.
+    /// what was typed a moment ago; at once while there is no page, or when it goes meanwhile. Not
+    /// called when the page hangs: who waits sets a limit.
     void whenSettled(std::function<void()> settled);
 
     /// `value` is a script value as it is written, for example "true".

@@ -31,7 +31,9 @@ std::string namesOf(const std::vector<styleContainer>& drafts) {
 
 enum offerAnswer { restoreAnswer, discardAnswer };
 
-alertQuestion questionAbout(const std::vector<styleContainer>& drafts, bool haveAllAPlace) {
+/// - unanswered: the button that leaves everything as it is
+alertQuestion questionAbout(const std::vector<styleContainer>& drafts, bool haveAllAPlace,
+                            const char* unanswered) {
     return {.title = "Would you like to restore unsaved changes?",
             .text = "Changes to " + namesOf(drafts) +
                     " were not saved. They open in the Style Editor if you restore them, where you "
@@ -40,7 +42,7 @@ alertQuestion questionAbout(const std::vector<styleContainer>& drafts, bool have
                                    : " Those to styles that were deleted or are read-only become "
                                      "new styles, switched off.") +
                     " If you discard them, they will be lost.",
-            .buttons = {"Restore", "Discard", "Not Now"},
+            .buttons = {"Restore", "Discard", unanswered},
             .destructiveButton = discardAnswer};
 }
 
@@ -76,7 +78,7 @@ void DraftOffer::offer() {
     if (unsaved.empty()) return;
     const bool haveAllAPlace =
         std::ranges::all_of(unsaved, [this](const auto& draft) { return hasPlace(draft); });
-    const int answer = machine.alerts.ask(questionAbout(unsaved, haveAllAPlace)).button;
+    const int answer = machine.alerts.ask(questionAbout(unsaved, haveAllAPlace, "Not Now")).button;
     for (const styleContainer& draft : unsaved) {
         if (answer == restoreAnswer) restore(draft, version);
         if (answer == discardAnswer) drop(draft.uniqueID, version);
@@ -90,9 +92,10 @@ std::optional<styleToEdit> DraftOffer::styleForEditing(std::int64_t id) {
     // A save that is under way has a draft too.
     const auto draft = machine.saves.isSaving(id) ? std::nullopt : machine.drafts.find(id);
     if (!draft || !hasPlace(*draft) || !isUnsaved(*draft)) return styleToEdit{*style};
-    const int answer = machine.alerts.ask(questionAbout({*draft}, true)).button;
-    if (answer == discardAnswer) drop(id, version);
+    const int answer = machine.alerts.ask(questionAbout({*draft}, true, "Cancel")).button;
     if (answer == restoreAnswer) return styleToEdit{withDraft(*style, *draft), true};
+    if (answer != discardAnswer) return std::nullopt;
+    drop(id, version);
     return styleToEdit{*style};
 }
 

@@ -34,7 +34,8 @@ struct styleToEdit {
 
 /// Offers what was written and not saved: at the start all that an earlier run has left, and when a
 /// style is opened what there is of it. A question that is not answered leaves everything as it
-/// is. Main thread only.
+/// is, so that the style is not opened either: what is written in it would replace its draft. Main
+/// thread only.
 class DraftOffer {
 public:
     /// Opens a Style Editor on the style, whose identifier is among the open styles; false when it
@@ -51,7 +52,7 @@ public:
     void offer();
 
     /// The style as a Style Editor is to show it, once the user has been asked about its draft;
-    /// nothing where there is no such style.
+    /// nothing where there is no such style, or the user wants it to stay closed.
     std::optional<styleToEdit> styleForEditing(std::int64_t id);
 
 private:

@@ -36,16 +36,14 @@ bool StyleDrafts::isLatest(std::int64_t id, Version rank) {
     return true;
 }
 
-bool StyleDrafts::keep(const styleContainer& style, Version version) {
+void StyleDrafts::keep(const styleContainer& style, Version version) {
     const std::lock_guard lock(mutex);
-    if (folder.empty()) return false;
-    if (!isLatest(style.uniqueID, 2 * version)) return true;
+    if (folder.empty() || !isLatest(style.uniqueID, 2 * version)) return;
     const auto bytes = encodeDatabase({.styles = {style}});
     const std::array<std::string_view, 1> pieces{bytes ? std::string_view(*bytes) : ""};
     const auto staged = bytes ? files.stage(folder, pieces) : nullptr;
-    if (staged && staged->publishAs(fileOf(style.uniqueID))) return true;
-    logLine("Error keeping the unsaved text of " + style.styleData.name + ".");
-    return false;
+    if (!staged || !staged->publishAs(fileOf(style.uniqueID)))
+        logLine("Error keeping the unsaved text of " + style.styleData.name + ".");
 }
 
 void StyleDrafts::drop(std::int64_t id, Version version) {

@@ -28,9 +28,8 @@ public:
     Version next();
 
     /// Keeps the working copy, unless this or a later version was dropped, or a later one kept. One
-    /// that cannot be written is logged, and the one before it stays. Gives whether it or a later
-    /// one is kept.
-    bool keep(const styleContainer& style, Version version);
+    /// that cannot be written is logged, and the one before it stays.
+    void keep(const styleContainer& style, Version version);
     /// The style has nothing unsaved up to this version.
     void drop(std::int64_t id, Version version);
 

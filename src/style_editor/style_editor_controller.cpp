@@ -282,7 +282,8 @@ void StyleEditorController::setMetadata(const metadataFields& fields) {
 }
 
 void StyleEditorController::beautifyClicked() {
-    if (!beepsAsReadOnly()) cssEditor.beautify();
+    if (beepsAsReadOnly()) return;
+    whenTextIsKnown([this] { cssEditor.beautify(); });
 }
 
 std::string StyleEditorController::proposedSectionFile() const {

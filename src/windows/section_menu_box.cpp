@@ -2,6 +2,8 @@
 
 #include "windows/shown_text.h"
 
+#include <QAbstractItemView>
+#include <QApplication>
 #include <QKeyEvent>
 #include <QStylePainter>
 #include <QTimer>
@@ -13,7 +15,7 @@ namespace tessaril {
 
 namespace {
 
-constexpr int boxWidth = 170; // pixels
+constexpr int boxWidth = 170;   // pixels
 constexpr int widestItem = 400; // of the popup
 
 } // namespace
@@ -22,18 +24,19 @@ SectionMenuBox::SectionMenuBox(handlers use) : user(std::move(use)) {
     setObjectName("sectionPicker");
     setAccessibleName("Section");
     setFixedWidth(boxWidth);
-    connect(this, &QComboBox::activated, this, [this](int item) {
-        user.select(static_cast<std::size_t>(item));
-        if (isOpen) user.leave();
-    });
+    connect(this, &QComboBox::activated, this,
+            [this](int item) { user.select(static_cast<std::size_t>(item)); });
 }
 
 void SectionMenuBox::showSections(const std::vector<std::string>& titles, std::size_t current) {
-    clear();
-    for (const std::string& title : titles) {
-        const QString line = oneLine(title);
-        addItem(fontMetrics().elidedText(line, Qt::ElideMiddle, widestItem));
-        setItemData(count() - 1, toolTipText(line), Qt::ToolTipRole);
+    if (titles != shownTitles) {
+        shownTitles = titles;
+        clear();
+        for (const std::string& title : titles) {
+            const QString line = oneLine(title);
+            addItem(fontMetrics().elidedText(line, Qt::ElideMiddle, widestItem));
+            setItemData(count() - 1, toolTipText(line), Qt::ToolTipRole);
+        }
     }
     setCurrentIndex(static_cast<int>(current));
     setToolTip(currentData(Qt::ToolTipRole).toString());
@@ -46,15 +49,33 @@ void SectionMenuBox::showPopup() {
 
 void SectionMenuBox::hidePopup() {
     QComboBox::hidePopup();
+    if (!std::exchange(isOpen, false)) return;
     // What was picked in it is told after this.
-    QTimer::singleShot(0, this, [this] { isOpen = false; });
+    QTimer::singleShot(0, this, [this] { user.leave(); });
 }
 
 void SectionMenuBox::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter ||
         event->key() == Qt::Key_Escape)
         return user.leave();
+    if (event->key() == Qt::Key_Space && isSearching()) return searchOn();
+    if (!event->text().trimmed().isEmpty()) sinceTyped.start();
     QComboBox::keyPressEvent(event);
+}
+
+bool SectionMenuBox::isSearching() const {
+    return sinceTyped.isValid() && !sinceTyped.hasExpired(QApplication::keyboardInputInterval());
+}
+
+/// By a blank, by which the box itself would open the menu.
+void SectionMenuBox::searchOn() {
+    sinceTyped.start();
+    view()->setCurrentIndex(model()->index(currentIndex(), modelColumn(), rootModelIndex()));
+    view()->keyboardSearch(" ");
+    const int found = view()->currentIndex().row();
+    if (found < 0 || found == currentIndex()) return;
+    setCurrentIndex(found);
+    user.select(static_cast<std::size_t>(found));
 }
 
 /// A turn that was meant for the code must not lead to another section.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QComboBox>
+#include <QElapsedTimer>
 
 #include <functional>
 #include <string>
@@ -30,8 +31,13 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    bool isSearching() const;
+    void searchOn();
+
     handlers user;
-    bool isOpen = false; ///< or has closed this moment
+    bool isOpen = false;
+    QElapsedTimer sinceTyped; ///< a title's letters
+    std::vector<std::string> shownTitles;
 };
 
 } // namespace tessaril

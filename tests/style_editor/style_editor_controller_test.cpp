@@ -141,6 +141,16 @@ TEST_F(StyleEditorTest, APageThatIsOnlySlowIsWaitedFor) {
     EXPECT_EQ(written().styles[0].styleData.sections[0].code, "three");
 }
 
+TEST_F(StyleEditorTest, APageThatGoesHoldsNothingUp) {
+    openCustom({{.code = "a"}});
+    page.type("typed");
+    editor->saveDocument();
+    page.observer->pageLost();
+    dispatcher.runAll();
+    EXPECT_FALSE(editor->isDirty());
+    EXPECT_EQ(written().styles[0].styleData.sections[0].code, "typed");
+}
+
 TEST_F(StyleEditorTest, NothingHappensBehindASheet) {
     openCustom({{.code = "a"}, {.code = "b"}});
     bool wasClosed = false;

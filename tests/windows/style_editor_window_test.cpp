@@ -127,7 +127,7 @@ TEST_F(StyleEditorWindowTest, WithoutAPageItsCommandsStillWork) {
     auto& picker = *window->findChild<QComboBox*>("sectionPicker");
     EXPECT_EQ(picker.itemText(1).toStdString(), "Dark & wide");
     picker.setFocus();
-    QTest::keyClicks(&picker, "dark");
+    QTest::keyClicks(&picker, "dark &");
     EXPECT_EQ(picker.currentIndex(), 1);
     EXPECT_EQ(window->focusWidget(), &picker) << "one can go on by keys";
     QTest::keyClick(&picker, Qt::Key_Up);
