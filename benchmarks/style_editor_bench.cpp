@@ -63,7 +63,7 @@ struct World {
         list.application.store().appendStyle(style);
         list.application.listCommands().setRoutes(
             {.openStyleForEditing = [this](std::int64_t id, bool) {
-                return others.openStyleEditor(id);
+                return others.openStyleEditor(id, list.window);
             }});
         list.showWindow();
     }

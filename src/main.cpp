@@ -112,16 +112,17 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
         shippedFolder() / "tessaril/resources/Ace/index.html");
     QPointer<QWidget> shown;
     application.listCommands().setRoutes(
-        {.openStyleForEditing = [&](std::int64_t id, bool) { return others.openStyleEditor(id); },
+        {.openStyleForEditing = [&](std::int64_t id,
+                                    bool) { return others.openStyleEditor(id, *shown); },
          .openStyleProps = [&](std::int64_t id) { return others.openStyleProps(id, *shown); },
          .exportFromStyleList =
              [&](const styleContainer& style) { others.openExportSheet(style, *shown); },
          .updateIndividual =
              [&](std::int64_t id) { application.styleUpdates().checkStyleForUpdate(id); }});
     application.newStyle().setOpenNewStyleInEditor(
-        [&](std::int64_t id) { return others.openStyleEditor(id); });
-    application.draftOffer().setOpen([&](const styleContainer& style, bool isUnsaved) {
-        others.openStyleEditor(style, isUnsaved);
+        [&](std::int64_t id) { return others.openStyleEditor(id, *shown); });
+    application.draftOffer().setOpen([&](const styleToEdit& opened) {
+        others.openStyleEditor(opened, *shown);
         return true;
     });
     MainWindow window(
@@ -146,7 +147,7 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
     // Queued: an opened file may ask a question, and nobody is to wait for its answer. What is
     // queued is done even when the application quits meanwhile.
     const auto openSoon = [&](std::vector<std::string> asked) {
-        dispatcher.onMain([&, asked] { open(application, asked); });
+        application.onceLaunched([&, asked] { open(application, asked); });
     };
     onLaterStart = [&](const laterStart& start) {
         window.bringForward(start.activationToken);

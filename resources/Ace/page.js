@@ -32,6 +32,17 @@ var Range = class extends ace.Range {
 // Else it looks for its abbreviations' library as soon as a mode is set; nobody turns it on here.
 editor.setOption("enableEmmet", false);
 
+// The library selects the new text, and the application can take that back only later: a key pressed
+// until then would replace all of it.
+const setWholeText = editor.setValue;
+editor.setValue = (text) => setWholeText.call(editor, text, -1);
+
+// For the same reason: the cursor is at the start already, unless something has been typed there.
+const moveCursor = editor.moveCursorTo;
+editor.moveCursorTo = (row, column) => {
+    if (reportChanges) moveCursor.call(editor, row, column);
+};
+
 function focusEditor() {
     editor.focus();
 }

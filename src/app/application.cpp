@@ -3,6 +3,7 @@
 #include "preferences/preference_keys.h"
 
 #include <chrono>
+#include <utility>
 
 namespace tessaril {
 
@@ -129,10 +130,26 @@ styleEditorSurroundings Application::styleEditor() {
 }
 
 void Application::styleListShown() {
-    // Queued, so before any file or link that the application is asked to open is looked at.
-    machine.dispatcher.onMain([this] { offer.offer(); });
+    machine.dispatcher.onMain([this] {
+        offer.offer();
+        launched();
+    });
     updateOnLaunch.listShown();
     machine.dispatcher.onMainAfter(launchCheckDelay, [this] { runLaunchChecks(); });
+}
+
+void Application::onceLaunched(std::function<void()> task) {
+    if (isLaunched)
+        machine.dispatcher.onMain(std::move(task));
+    else
+        afterLaunch.push_back(std::move(task));
+}
+
+/// The main thread's tasks go on while a question is open, so these had to wait by themselves.
+void Application::launched() {
+    isLaunched = true;
+    for (auto& task : std::exchange(afterLaunch, {}))
+        machine.dispatcher.onMain(std::move(task));
 }
 
 void Application::runLaunchChecks() {

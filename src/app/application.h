@@ -40,6 +40,7 @@
 #include "update/update_run.h"
 
 #include <filesystem>
+#include <functional>
 #include <string_view>
 #include <vector>
 
@@ -104,6 +105,10 @@ public:
     CloudSwitch& cloudSwitch() { return cloud; }
     DatabaseCommands& databaseCommands() { return wholeDatabase; }
 
+    /// Carries the task out on the main thread, after what has to come first at launch; for
+    /// whatever the application is asked to open.
+    void onceLaunched(std::function<void()> task);
+
     /// To be called once the style list is on the screen: offers unsaved drafts, updates the styles
     /// where that is wanted at launch, and runs the launch checks half a second later.
     void styleListShown();
@@ -128,6 +133,7 @@ private:
     importSurroundings importing();
     checkSurroundings updateChecks();
     void runLaunchChecks();
+    void launched();
 
     applicationSurroundings machine;
     NotificationCenter center;
@@ -166,6 +172,8 @@ private:
     StyleDrafts drafts;
     EditorSaves saves;
     DraftOffer offer;
+    bool isLaunched = false;
+    std::vector<std::function<void()>> afterLaunch;
 };
 
 } // namespace tessaril

@@ -96,15 +96,17 @@ void WKAceView::pageLost() {
 }
 
 void WKAceView::evaluate(std::string_view statement, WebView::Completion completion) {
-    webView.evaluate(statement, [watched = std::weak_ptr(alive),
+    webView.evaluate(statement, [this, watched = std::weak_ptr(alive),
                                  whenDone = std::move(completion)](const auto& result) {
-        if (!watched.expired()) whenDone(result);
+        if (watched.expired()) return;
+        ++heard;
+        whenDone(result);
     });
 }
 
 void WKAceView::setString(std::string text) {
     // An undo of the text before would put one text into the place of another.
-    if (text != stringValue) undoManager.removeActions(this);
+    if (text != stringValue) forgetUndo();
     sendText(std::move(text));
 }
 
@@ -137,6 +139,7 @@ void WKAceView::textWasTaken(bool taken, std::uint64_t sent) {
 }
 
 void WKAceView::messageReceived(std::string_view handler, const scriptValue& body) {
+    ++heard;
     const auto* message = std::get_if<std::string>(&body);
     if (handler != messageHandler || !message) return;
     if (*message == inputMessage) return inputWasHandled();

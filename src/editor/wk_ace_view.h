@@ -73,6 +73,13 @@ public:
     void setString(std::string text);
     const std::string& string() const override { return stringValue; }
 
+    /// Beautify and replacements so far cannot be undone any more; for a text in whose place
+    /// another one comes.
+    void forgetUndo() { undoManager.removeActions(this); }
+
+    /// Counts whatever the page answers or tells: one that goes on is only slow.
+    std::uint64_t timesHeard() const { return heard; }
+
     /// Asks the page for its text and calls `settled` once `string` is what the user sees, with
     /// what was typed a moment ago; at once while there is no page. Not called when the page goes
     /// or hangs meanwhile: who waits sets a limit.
@@ -164,6 +171,7 @@ private:
     std::deque<std::function<void()>> awaitingInput; ///< who waits for the page to have all keys
     std::vector<std::function<void()>> settling;     ///< who waits for the reads under way
     int readsUnderWay = 0;                           ///< of the text after a change, in this page
+    std::uint64_t heard = 0;                         ///< counts the page's answers and messages
     std::uint64_t pageNumber = 0;                    ///< counts the pages that were there
     /// What the newest undo action holds, and which of the texts that is.
     std::shared_ptr<std::string> replacedText;

@@ -79,9 +79,13 @@ void StyleStore::saveDatabaseWithoutUpload() {
     saves.request(false);
 }
 
-void StyleStore::finishSaves() {
+bool StyleStore::waitForSaves() {
     saves.finish();
-    if (!lastSaveFailed) return;
+    return !lastSaveFailed;
+}
+
+void StyleStore::finishSaves() {
+    if (waitForSaves()) return;
     // What the failed save held is in memory only, and about to be gone.
     saves.request(true);
     saves.finish();

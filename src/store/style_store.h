@@ -71,6 +71,9 @@ public:
     /// The same without stamp and upload: for a database that came from the cloud.
     void saveDatabaseWithoutUpload();
 
+    /// Returns when every save asked for so far has been tried: whether the last one worked.
+    bool waitForSaves();
+
     /// Returns when every save asked for so far has been written, and tries once more, upload and
     /// all, where the last one failed; for quitting. Background tasks with nothing to do may be
     /// left.

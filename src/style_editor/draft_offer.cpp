@@ -29,13 +29,19 @@ std::string namesOf(const std::vector<styleContainer>& drafts) {
     return names;
 }
 
-alertQuestion questionAbout(const std::vector<styleContainer>& drafts) {
+enum offerAnswer { restoreAnswer, discardAnswer };
+
+alertQuestion questionAbout(const std::vector<styleContainer>& drafts, bool haveAllAPlace) {
     return {.title = "Would you like to restore unsaved changes?",
-            .text = "Tessaril ended before the changes to " + namesOf(drafts) +
-                    " were saved. They open in the Style Editor if you restore them, where you can "
-                    "save them. If you discard them, they will be lost.",
-            .buttons = {"Restore", "Discard"},
-            .destructiveButton = 1};
+            .text = "Changes to " + namesOf(drafts) +
+                    " were not saved. They open in the Style Editor if you restore them, where you "
+                    "can save them." +
+                    (haveAllAPlace ? ""
+                                   : " Those to styles that were deleted or are read-only become "
+                                     "new styles, switched off.") +
+                    " If you discard them, they will be lost.",
+            .buttons = {"Restore", "Discard", "Not Now"},
+            .destructiveButton = discardAnswer};
 }
 
 /// The style without what the compiler makes of it.
@@ -43,6 +49,14 @@ styleContainer uncompiled(styleContainer style) {
     style.styleData.compSections.reset();
     for (styleSection& section : style.styleData.sections)
         section.compiledcode.reset();
+    return style;
+}
+
+/// What was written of a style, in the style as it is now; it may have been renamed in the list.
+styleContainer withDraft(styleContainer style, const styleContainer& draft) {
+    std::string name = std::move(style.styleData.name);
+    takeEditorChanges(style, draft);
+    style.styleData.name = std::move(name);
     return style;
 }
 
@@ -57,53 +71,75 @@ void DraftOffer::offer() {
         if (isUnsaved(draft))
             unsaved.push_back(std::move(draft));
         else
-            drop(draft, version);
+            drop(draft.uniqueID, version);
     }
     if (unsaved.empty()) return;
-    const bool wanted = machine.alerts.ask(questionAbout(unsaved)).button == 0;
-    for (const styleContainer& draft : unsaved)
-        wanted ? restore(draft, version) : drop(draft, version);
+    const bool haveAllAPlace =
+        std::ranges::all_of(unsaved, [this](const auto& draft) { return hasPlace(draft); });
+    const int answer = machine.alerts.ask(questionAbout(unsaved, haveAllAPlace)).button;
+    for (const styleContainer& draft : unsaved) {
+        if (answer == restoreAnswer) restore(draft, version);
+        if (answer == discardAnswer) drop(draft.uniqueID, version);
+    }
+}
+
+std::optional<styleToEdit> DraftOffer::styleForEditing(std::int64_t id) {
+    const auto style = machine.saves.styleForEditing(id);
+    if (!style) return std::nullopt;
+    const StyleDrafts::Version version = machine.drafts.next();
+    // A save that is under way has a draft too.
+    const auto draft = machine.saves.isSaving(id) ? std::nullopt : machine.drafts.find(id);
+    if (!draft || !hasPlace(*draft) || !isUnsaved(*draft)) return styleToEdit{*style};
+    const int answer = machine.alerts.ask(questionAbout({*draft}, true)).button;
+    if (answer == discardAnswer) drop(id, version);
+    if (answer == restoreAnswer) return styleToEdit{withDraft(*style, *draft), true};
+    return styleToEdit{*style};
 }
 
 bool DraftOffer::isUnsaved(const styleContainer& draft) const {
     const auto stored = machine.store.findStyle(draft.uniqueID);
-    if (!stored) return true;
-    styleContainer changed = *stored;
-    takeEditorChanges(changed, draft);
-    changed.styleData.name = stored->styleData.name;
-    return uncompiled(std::move(changed)) != uncompiled(*stored);
+    return !stored || uncompiled(withDraft(*stored, draft)) != uncompiled(*stored);
 }
 
-void DraftOffer::drop(const styleContainer& draft, StyleDrafts::Version version) {
-    machine.dispatcher.inBackground(
-        taskPriority::utility,
-        [&drafts = machine.drafts, id = draft.uniqueID, version] { drafts.drop(id, version); });
+bool DraftOffer::hasPlace(const styleContainer& draft) const {
+    const auto stored = machine.store.findStyle(draft.uniqueID);
+    return stored && stored->source == sourceCustom;
+}
+
+void DraftOffer::drop(std::int64_t id, StyleDrafts::Version version) {
+    machine.dispatcher.inBackground(taskPriority::utility, [&drafts = machine.drafts, id, version] {
+        drafts.drop(id, version);
+    });
 }
 
 void DraftOffer::restore(const styleContainer& draft, StyleDrafts::Version version) {
-    const auto stored = machine.store.findStyle(draft.uniqueID);
-    if (stored && stored->source == sourceCustom && !machine.openStyles.contains(draft.uniqueID)) {
-        styleContainer style = *stored;
-        takeEditorChanges(style, draft);
-        style.styleData.name = stored->styleData.name; // it may have been renamed in the list
-        openInEditor(style, true);
-        return;
-    }
-    // Deleted, or not to be changed any more: nothing written is lost as a style of its own.
+    // One that has been opened meanwhile shows another text.
+    if (!hasPlace(draft) || machine.openStyles.contains(draft.uniqueID))
+        return restoreAsNew(draft, version);
+    openInEditor({withDraft(*machine.store.findStyle(draft.uniqueID), draft), true});
+}
+
+void DraftOffer::restoreAsNew(const styleContainer& draft, StyleDrafts::Version version) {
     styleContainer style = draft;
     style.source = sourceCustom;
+    style.isEnabled = false; // nobody has asked for it in pages
     style.uniqueID = machine.store.appendStyle(style);
     machine.store.saveDatabase();
     machine.center.post(notifications::addLatestStyle);
-    machine.saves.save(style); // compiles it
-    drop(draft, version);
-    openInEditor(style, false);
+    machine.saves.save(style); // compiles it, with a draft of its own until it is stored
+    if (style.uniqueID != draft.uniqueID)
+        machine.dispatcher.inBackground(
+            taskPriority::utility,
+            [&store = machine.store, &drafts = machine.drafts, id = draft.uniqueID, version] {
+                if (store.waitForSaves()) drafts.drop(id, version);
+            });
+    openInEditor({style});
 }
 
-void DraftOffer::openInEditor(const styleContainer& style, bool isUnsaved) {
-    machine.center.post(notifications::addToOpenStyles, style.uniqueID);
-    if (!open || !open(style, isUnsaved))
-        machine.center.post(notifications::removeFromOpenStyles, style.uniqueID);
+void DraftOffer::openInEditor(const styleToEdit& opened) {
+    const std::int64_t id = opened.style.uniqueID;
+    machine.center.post(notifications::addToOpenStyles, id);
+    if (!open || !open(opened)) machine.center.post(notifications::removeFromOpenStyles, id);
 }
 
 } // namespace tessaril

@@ -29,7 +29,10 @@ void EditorSaves::add(wish added) {
     auto& waiting = wishes[added.style.uniqueID];
     if (waiting.size() > 1) waiting.pop_back(); // nobody has begun with it
     waiting.push_back(std::move(added));
-    if (waiting.size() == 1) start(waiting.front());
+    if (waiting.size() == 1) return start(waiting.front());
+    dispatcher.inBackground(taskPriority::utility, [&drafts = drafts, wish = waiting.back()] {
+        drafts.keep(wish.style, wish.version);
+    });
 }
 
 /// What is on its way carries the old name with it.
@@ -44,9 +47,11 @@ void EditorSaves::rename(std::int64_t id, const std::string& name) {
 void EditorSaves::start(const wish& first) {
     dispatcher.inBackground(taskPriority::background, [this, first] {
         const std::int64_t id = first.style.uniqueID;
+        drafts.keep(first.style, first.version); // it compiles first, which takes its time
         store.applyEditorChanges(id, first.style);
-        // Of a style that is gone, what was written stays for the next start.
-        if (store.findStyle(id)) drafts.drop(id, first.version);
+        // Of a style that is gone, or a disk that is full, what was written stays for the next
+        // start.
+        if (store.findStyle(id) && store.waitForSaves()) drafts.drop(id, first.version);
         dispatcher.onMain([this, id] {
             auto& waiting = wishes[id];
             waiting.pop_front();

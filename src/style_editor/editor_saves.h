@@ -21,8 +21,10 @@ public:
     EditorSaves(StyleStore& store, StyleDrafts& drafts, NotificationCenter& center,
                 Dispatcher& dispatcher);
 
-    /// Stores the working copy, and drops the draft of what was not saved once that is done.
+    /// Stores the working copy. Until it is in the database's file it is kept as a draft.
     void save(const styleContainer& style);
+
+    bool isSaving(std::int64_t id) const { return wishes.contains(id); }
 
     /// The style as it is when all saves are done; nothing where there is none.
     std::optional<styleContainer> styleForEditing(std::int64_t id) const;

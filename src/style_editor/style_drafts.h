@@ -3,6 +3,7 @@
 #include "model/style_container.h"
 #include "platform/file_system.h"
 
+#include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -26,11 +27,15 @@ public:
     /// Before what is to be kept or dropped is handed to another thread: numbers it.
     Version next();
 
-    /// Keeps the working copy, unless a later version was kept or dropped meanwhile. One that
-    /// cannot be written is logged, and the one before it stays.
-    void keep(const styleContainer& style, Version version);
-    /// The same for a style of which nothing is unsaved any more.
+    /// Keeps the working copy, unless this or a later version was dropped, or a later one kept. One
+    /// that cannot be written is logged, and the one before it stays. Gives whether it or a later
+    /// one is kept.
+    bool keep(const styleContainer& style, Version version);
+    /// The style has nothing unsaved up to this version.
     void drop(std::int64_t id, Version version);
+
+    /// The draft of one style; nothing where there is none that can be read.
+    std::optional<styleContainer> find(std::int64_t id) const;
 
     /// All that are there, those of earlier runs included. Files that cannot be read are left, for
     /// a version of the application that can.
@@ -38,13 +43,14 @@ public:
 
 private:
     std::filesystem::path fileOf(std::int64_t id) const;
-    bool isLatest(std::int64_t id, Version version);
+    std::optional<styleContainer> read(const std::filesystem::path& file) const;
+    bool isLatest(std::int64_t id, Version rank);
 
     FileSystem& files;
     std::filesystem::path folder;
-    std::mutex mutex;
-    Version last = 0;
-    std::map<std::int64_t, Version> latest;
+    std::atomic<Version> last = 0; ///< on its own: who asks for a number never waits for the disk
+    std::mutex mutex;              ///< guards what follows, and the files
+    std::map<std::int64_t, Version> latest; ///< rank of what was done last with a style's draft
 };
 
 } // namespace tessaril

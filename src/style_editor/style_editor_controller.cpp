@@ -16,8 +16,8 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-/// How long the page may take to tell its text; after that, what is known counts.
-constexpr seconds longestWait(3);
+/// How long the page may be silent before it has told its text; after that, what is known counts.
+constexpr seconds longestSilence(3);
 /// What is typed in that time may be lost when the application is killed.
 constexpr seconds draftDelay(2);
 
@@ -120,7 +120,24 @@ void StyleEditorController::warnReadOnly() {
 
 void StyleEditorController::whenTextIsKnown(std::function<void()> then) {
     commands.push_back(std::move(then));
-    if (!isRunning && commands.size() == 1) waitForText();
+    if (!isRunning && !hasSheet && commands.size() == 1) waitForText();
+}
+
+void StyleEditorController::sheetOpened() {
+    hasSheet = true;
+    ++waits;
+    commands.clear();
+    isClosing = false;
+    whenClosed = nullptr;
+}
+
+void StyleEditorController::sheetClosed() {
+    hasSheet = false;
+    if (!isRunning) runNext();
+}
+
+void StyleEditorController::runNext() {
+    if (!hasSheet && !commands.empty()) waitForText();
 }
 
 void StyleEditorController::waitForText() {
@@ -130,9 +147,20 @@ void StyleEditorController::waitForText() {
         ++waits;
         runCommand();
     };
-    machine.dispatcher.onMainAfter(longestWait, once);
+    limitWait(waits);
     // Later: a question asked from within the engine's answer stops the engine.
     cssEditor.whenSettled([&dispatcher = machine.dispatcher, once] { dispatcher.onMain(once); });
+}
+
+/// A page that is only slow, as under many keys in a large text, goes on telling something.
+void StyleEditorController::limitWait(std::uint64_t wait) {
+    machine.dispatcher.onMainAfter(longestSilence, [this, watched = std::weak_ptr(alive), wait,
+                                                    heard = cssEditor.timesHeard()] {
+        if (watched.expired() || wait != waits) return;
+        if (cssEditor.timesHeard() != heard) return limitWait(wait);
+        ++waits;
+        runCommand();
+    });
 }
 
 void StyleEditorController::runCommand() {
@@ -144,7 +172,7 @@ void StyleEditorController::runCommand() {
     command();
     if (watched.expired()) return;
     isRunning = false;
-    if (!commands.empty()) waitForText();
+    runNext();
 }
 
 void StyleEditorController::textDidChange(const notification&) {
@@ -207,7 +235,10 @@ void StyleEditorController::removeSection() {
 }
 
 void StyleEditorController::selectSection(std::size_t wanted) {
-    whenTextIsKnown([this, wanted] { show(wanted); });
+    whenTextIsKnown([this, wanted] {
+        if (wanted != current) return show(wanted);
+        if (window.showSections) window.showSections();
+    });
 }
 
 void StyleEditorController::previousSection() {
@@ -223,6 +254,7 @@ void StyleEditorController::nextSection() {
 void StyleEditorController::show(std::size_t wanted) {
     if (wanted < currentStyle.styleData.sections.size()) {
         current = wanted;
+        cssEditor.forgetUndo(); // also where the two texts are equal
         cssEditor.setString(section().code);
         cssEditor.scrollToTop();
     }
@@ -301,27 +333,36 @@ void StyleEditorController::save() {
 }
 
 void StyleEditorController::closeClicked(std::function<void()> closed) {
-    whenTextIsKnown([this, closed = std::move(closed)] {
-        const auto closeNow = [&] {
-            close();
-            if (closed) closed();
-        };
-        if (!dirty) return closeNow();
+    if (closed) whenClosed = std::move(closed);
+    if (std::exchange(isClosing, true)) return;
+    whenTextIsKnown([this] {
         const std::weak_ptr watched(alive);
-        if (window.focus) window.focus(); // the user sees what the question is about
-        const auto answer = machine.alerts.ask(
-            {.title = "Would you like to save changes to " + currentStyle.styleData.name + "?",
-             .text = closeText,
-             .buttons = {"Save", "Cancel", "Don't Save"},
-             .destructiveButton = dontSaveAnswer,
-             .closingButton = cancelAnswer});
-        if (watched.expired() || answer.button == cancelAnswer) return;
-        if (answer.button == saveAnswer)
-            save();
-        else
-            dropDraft();
-        closeNow();
+        const bool closes = !dirty || mayClose();
+        if (watched.expired()) return;
+        isClosing = false;
+        const auto then = std::exchange(whenClosed, nullptr);
+        if (!closes) return;
+        close();
+        if (then) then();
     });
+}
+
+/// Asks about what is not saved, and does what is answered.
+bool StyleEditorController::mayClose() {
+    const std::weak_ptr watched(alive);
+    if (window.focus) window.focus(); // the user sees what the question is about
+    const auto answer = machine.alerts.ask(
+        {.title = "Would you like to save changes to " + currentStyle.styleData.name + "?",
+         .text = closeText,
+         .buttons = {"Save", "Cancel", "Don't Save"},
+         .destructiveButton = dontSaveAnswer,
+         .closingButton = cancelAnswer});
+    if (watched.expired() || answer.button == cancelAnswer) return false;
+    if (answer.button == saveAnswer)
+        save();
+    else
+        dropDraft();
+    return true;
 }
 
 void StyleEditorController::dropDraft() {

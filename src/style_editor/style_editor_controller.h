@@ -40,7 +40,8 @@ struct styleEditorSurroundings {
 /// editor, and everything that the window's commands do. Nothing is stored before it is saved.
 ///
 /// The editor's page tells late what was typed. So commands that store, switch, delete or close
-/// wait until it is known, a few seconds at most, and run one after another.
+/// wait until it is known, or the page has been silent for a few seconds, and run one after
+/// another.
 ///
 /// Main thread only.
 class StyleEditorController : private WKAceViewDelegate, public RuleEditorDelegate {
@@ -75,6 +76,11 @@ public:
     // Commands. Those that change a read-only style beep.
 
     void saveDocument();
+    /// A sheet of the window has opened: until it is closed no command is carried out, and those
+    /// that were waiting are forgotten, as they were meant for the window.
+    void sheetOpened();
+    void sheetClosed();
+
     /// Whether the sheet for a new section may open; beeps otherwise.
     bool mayAddSection();
     void addSection(const newSectionFields& fields);
@@ -103,7 +109,7 @@ public:
     void applyRules(const ruleDictionary& rules) override;
 
     /// Asks about what is not saved, and has the window closed unless the user wants it to stay.
-    /// - closed: called once it is closed; not when it stays
+    /// - closed: called once it is closed; not when it stays, or when a sheet opens before that
     void closeClicked(std::function<void()> closed = {});
 
     /// Keeps what is not saved for the next start; for an application that ends unasked.
@@ -117,11 +123,14 @@ private:
     const styleSection& section() const { return currentStyle.styleData.sections[current]; }
     bool beepsAsReadOnly();
     void waitForText();
+    void limitWait(std::uint64_t wait);
     void runCommand();
+    void runNext();
     void show(std::size_t section);
     void appendSection(styleSection added);
     void removeSection();
     void setDirty();
+    bool mayClose();
     void dropDraft();
     void save();
     void close();
@@ -141,6 +150,9 @@ private:
     bool wasWarned = false;
     bool isOpen = true;
     bool isRunning = false; ///< a command, which may have asked a question
+    bool hasSheet = false;
+    bool isClosing = false; ///< to close waits or is asked about
+    std::function<void()> whenClosed;
     handlers window;
     std::deque<std::function<void()>> commands; ///< the first one waits for the text
     std::uint64_t waits = 0;                    ///< counts what has waited

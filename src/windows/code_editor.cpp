@@ -2,6 +2,7 @@
 
 #include "windows/find_bar.h"
 #include "windows/spinner.h"
+#include "windows/stray_repeat_filter.h"
 
 #include <QAction>
 #include <QApplication>
@@ -14,6 +15,7 @@ namespace {
 
 constexpr const char* unavailableText = "The code editor cannot be shown on this machine.";
 constexpr const char* stoppedText = "The code editor has stopped working.";
+constexpr const char* repeatFilterName = "strayRepeatFilter";
 constexpr int lowest = 80; // pixels: both rows of the find bar and a line of code
 
 /// Stands for a page that never loads.
@@ -66,8 +68,10 @@ CodeEditor::CodeEditor(const WebViewFactory& makeWebView, const std::filesystem:
     });
     bridge->setOnGivenUp([this] { showNotice(stoppedText); });
     bridge->setOnEscape([this] {
-        // For whoever contains the editor; later, as that may ask a question.
+        // Later, as whoever contains the editor may ask a question.
         const auto press = [this] {
+            if (!findBar->isHidden())
+                return bridge->performTextFinderAction(textFinderAction::hideFindInterface);
             QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
             QApplication::sendEvent(this, &escape);
         };
@@ -90,7 +94,7 @@ void CodeEditor::makeFindActions() {
         QList<QKeySequence> keys;
     } commands[] = {
         {textFinderAction::showFindInterface, "&Find…", {Qt::CTRL | Qt::Key_F}},
-        {textFinderAction::showReplaceInterface, "Find and &Replace…", {Qt::CTRL | Qt::Key_H}},
+        {textFinderAction::showReplaceInterface, "Find and Rep&lace…", {Qt::CTRL | Qt::Key_H}},
         {textFinderAction::nextMatch, "Find &Next", {Qt::Key_F3, Qt::CTRL | Qt::Key_G}},
         {textFinderAction::previousMatch,
          "Find &Previous",
@@ -171,8 +175,11 @@ void CodeEditor::setTakesTabFocus(bool takes) {
 /// The widget that takes the page's input comes with the page, and another one with another.
 void CodeEditor::applyFocusPolicy() {
     const Qt::FocusPolicy policy = takesTabFocus ? Qt::StrongFocus : Qt::ClickFocus;
-    for (QWidget* widget = pageWidget; widget; widget = widget->focusProxy())
+    for (QWidget* widget = pageWidget; widget; widget = widget->focusProxy()) {
         widget->setFocusPolicy(policy);
+        if (!widget->focusProxy() && !widget->findChild<QObject*>(repeatFilterName))
+            (new StrayRepeatFilter(widget))->setObjectName(repeatFilterName);
+    }
 }
 
 void CodeEditor::focusEditor() {

@@ -45,6 +45,9 @@ public:
     /// window don't contend for them.
     QAction* findAction(textFinderAction tag) const;
 
+    /// Whether this machine can show the page.
+    bool hasPage() const { return !absentView; }
+
     /// Has those keys work in the whole window, of which this is the only editor.
     void offerFindInWholeWindow();
 

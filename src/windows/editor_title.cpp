@@ -13,7 +13,10 @@ constexpr int narrowest = 80; // pixels
 
 } // namespace
 
-EditorTitle::EditorTitle(bool isReadOnly) : nameLabel(new ElidedLabel) {
+EditorTitle::EditorTitle(bool isReadOnlyStyle)
+    : nameLabel(new ElidedLabel)
+    , remarkLabel(new QLabel("Read-only"))
+    , isReadOnly(isReadOnlyStyle) {
     nameLabel->setObjectName("styleNameLabel");
     QFont bold = nameLabel->font();
     bold.setBold(true);
@@ -23,22 +26,21 @@ EditorTitle::EditorTitle(bool isReadOnly) : nameLabel(new ElidedLabel) {
     parts->setContentsMargins(8, 0, 8, 0);
     parts->addStretch(1);
     parts->addWidget(nameLabel);
-    if (isReadOnly) {
-        auto* remark = new QLabel("Read-only");
-        remark->setObjectName("readOnlyLabel");
-        makeNote(*remark);
-        parts->addWidget(remark);
-    }
+    remarkLabel->setObjectName("readOnlyLabel");
+    makeNote(*remarkLabel);
+    parts->addWidget(remarkLabel);
     parts->addStretch(1);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    setShows(true, true);
 }
 
 void EditorTitle::showName(const std::string& name) {
     nameLabel->showText(name);
 }
 
-void EditorTitle::setShowsName(bool shows) {
-    nameLabel->setVisible(shows);
+void EditorTitle::setShows(bool name, bool remark) {
+    nameLabel->setVisible(name);
+    remarkLabel->setVisible(remark && isReadOnly);
 }
 
 QSize EditorTitle::sizeHint() const {

@@ -4,6 +4,8 @@
 
 #include <string>
 
+class QLabel;
+
 namespace tessaril {
 
 class ElidedLabel;
@@ -17,13 +19,15 @@ public:
     /// - name: UTF-8
     void showName(const std::string& name);
 
-    /// Whether the name is shown; the remark stays.
-    void setShowsName(bool shows);
+    /// What of it is shown; its place stays.
+    void setShows(bool name, bool remark);
 
     QSize sizeHint() const override;
 
 private:
     ElidedLabel* nameLabel;
+    QLabel* remarkLabel;
+    const bool isReadOnly;
 };
 
 } // namespace tessaril

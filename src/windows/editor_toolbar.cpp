@@ -1,11 +1,10 @@
 #include "windows/editor_toolbar.h"
 
 #include "windows/editor_title.h"
+#include "windows/section_menu_box.h"
 #include "windows/segment.h"
-#include "windows/shown_text.h"
 
 #include <QAction>
-#include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
@@ -18,31 +17,21 @@ namespace tessaril {
 namespace {
 
 // In pixels.
-constexpr int pickerWidth = 170;
 constexpr int normalIcon = 22;
 constexpr int smallIcon = 16;
 constexpr int labelLift = 4; // onto the line of the other labels
 
 } // namespace
 
-EditorToolbar::EditorToolbar(const editorToolbarCommands& commands,
-                             std::function<void(std::size_t)> selectSection, bool isReadOnly,
-                             QWidget* parent)
+EditorToolbar::EditorToolbar(const editorToolbarCommands& commands, SectionMenuBox& sectionMenu,
+                             bool isReadOnly, QWidget* parent)
     : QToolBar("Toolbar", parent)
-    , sectionPicker(new QComboBox)
     , title(new EditorTitle(isReadOnly))
     , addRemoveLabel(new QLabel("Add/Remove Sections")) {
     setObjectName("editorToolbar");
     setMovable(false);
     setContextMenuPolicy(Qt::PreventContextMenu);
-    sectionPicker->setObjectName("sectionPicker");
-    sectionPicker->setAccessibleName("Section");
-    sectionPicker->setToolTip("Section");
-    sectionPicker->setFixedWidth(pickerWidth);
-    connect(
-        sectionPicker, &QComboBox::activated, this,
-        [select = std::move(selectSection)](int item) { select(static_cast<std::size_t>(item)); });
-    addWidget(sectionPicker);
+    addWidget(&sectionMenu);
     addWidget(makeAddRemove(commands));
     addCommand(commands.duplicateSection);
     addWidget(title);
@@ -98,19 +87,13 @@ void EditorToolbar::setAppearance(const windowAppearance& wanted) {
     appearance = wanted;
     const int side = wanted.toolbar == toolbarStyle::compact ? smallIcon : normalIcon;
     setIconSize({side, side});
-    title->setShowsName(wanted.showsTitle && wanted.toolbar != toolbarStyle::expanded);
+    const bool isAbove = wanted.toolbar == toolbarStyle::expanded;
+    title->setShows(wanted.showsTitle && !isAbove, !isAbove);
     if (labelledWidth > 0) fit();
 }
 
 void EditorToolbar::showName(const std::string& name) {
     title->showName(name);
-}
-
-void EditorToolbar::showSections(const std::vector<std::string>& titles, std::size_t current) {
-    sectionPicker->clear();
-    for (const std::string& section : titles)
-        sectionPicker->addItem(oneLine(section));
-    sectionPicker->setCurrentIndex(static_cast<int>(current));
 }
 
 void EditorToolbar::setLabelled(bool isLabelled) {

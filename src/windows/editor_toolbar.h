@@ -4,16 +4,14 @@
 
 #include <QToolBar>
 
-#include <functional>
 #include <string>
-#include <vector>
 
-class QComboBox;
 class QLabel;
 
 namespace tessaril {
 
 class EditorTitle;
+class SectionMenuBox;
 
 /// The commands that stand in the toolbar of a Style Editor, titled and with icons. All outlive it.
 struct editorToolbarCommands {
@@ -31,15 +29,12 @@ struct editorToolbarCommands {
 /// a narrow window there are no labels.
 class EditorToolbar : public QToolBar {
 public:
-    /// - selectSection: called when the user picks one, with its position
-    EditorToolbar(const editorToolbarCommands& commands,
-                  std::function<void(std::size_t)> selectSection, bool isReadOnly, QWidget* parent);
+    /// Takes over the menu. Gives the window its smallest width when it is shown.
+    EditorToolbar(const editorToolbarCommands& commands, SectionMenuBox& sectionMenu,
+                  bool isReadOnly, QWidget* parent);
 
     void setAppearance(const windowAppearance& wanted);
     void showName(const std::string& name);
-    void showSections(const std::vector<std::string>& titles, std::size_t current);
-
-    QComboBox& sectionMenu() { return *sectionPicker; }
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -53,7 +48,6 @@ private:
     void fit();
 
     windowAppearance appearance;
-    QComboBox* sectionPicker;
     EditorTitle* title;
     QLabel* addRemoveLabel;
     int labelledWidth = 0; ///< that the labels need; 0 while the toolbar has not been shown

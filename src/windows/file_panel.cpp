@@ -4,7 +4,9 @@
 
 #include <QDir>
 #include <QFileDialog>
+#include <QFileIconProvider>
 #include <QFileInfo>
+#include <QMimeDatabase>
 
 #include <utility>
 
@@ -18,6 +20,19 @@ QString& lastFolder() {
     static QString folder;
     return folder;
 }
+
+/// Tells files by their names. Qt would read the head of each file that it lists, on the main
+/// thread, which takes long in folders on the network and for ever in some of the system's.
+class NamesOnly : public QFileIconProvider {
+public:
+    using QFileIconProvider::icon;
+    QIcon icon(const QFileInfo& file) const override {
+        return QFileIconProvider::icon(file.isDir() ? Folder : File);
+    }
+    QString type(const QFileInfo& file) const override {
+        return QMimeDatabase().mimeTypeForFile(file, QMimeDatabase::MatchExtension).comment();
+    }
+};
 
 QString startFolder() {
     const QString& last = lastFolder();
@@ -34,15 +49,17 @@ QFileDialog* makeFilePanel(QWidget* parent, std::string_view title, const QStrin
     auto* panel = new QFileDialog(parent, qtText(title), startFolder(),
                                   kind + " (" + patterns.join(' ') + ")");
     panel->setAttribute(Qt::WA_DeleteOnClose);
+    static NamesOnly names;
+    panel->setIconProvider(&names);
     QObject::connect(panel, &QFileDialog::filesSelected, panel, [](const QStringList& files) {
         if (!files.isEmpty()) lastFolder() = QFileInfo(files.front()).absolutePath();
     });
     return panel;
 }
 
-void openSavePanel(QWidget* parent, std::string_view title, const QString& kind,
-                   std::span<const std::string_view> types, std::string_view proposedName,
-                   std::function<void(const std::filesystem::path&)> save) {
+QFileDialog* openSavePanel(QWidget* parent, std::string_view title, const QString& kind,
+                           std::span<const std::string_view> types, std::string_view proposedName,
+                           std::function<void(const std::filesystem::path&)> save) {
     QFileDialog* panel = makeFilePanel(parent, title, kind, types);
     panel->setAcceptMode(QFileDialog::AcceptSave);
     panel->setDefaultSuffix(qtText(types[0]));
@@ -50,6 +67,7 @@ void openSavePanel(QWidget* parent, std::string_view title, const QString& kind,
     QObject::connect(panel, &QFileDialog::fileSelected, panel,
                      [save = std::move(save)](const QString& file) { save(pathOf(file)); });
     panel->open();
+    return panel;
 }
 
 } // namespace tessaril

@@ -22,8 +22,8 @@ QFileDialog* makeFilePanel(QWidget* parent, std::string_view title, const QStrin
 /// Shows such a panel that picks where to save.
 /// - proposedName: UTF-8
 /// - save: called with the file that was picked
-void openSavePanel(QWidget* parent, std::string_view title, const QString& kind,
-                   std::span<const std::string_view> types, std::string_view proposedName,
-                   std::function<void(const std::filesystem::path&)> save);
+QFileDialog* openSavePanel(QWidget* parent, std::string_view title, const QString& kind,
+                           std::span<const std::string_view> types, std::string_view proposedName,
+                           std::function<void(const std::filesystem::path&)> save);
 
 } // namespace tessaril

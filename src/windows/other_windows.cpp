@@ -55,10 +55,11 @@ void OtherWindows::openPreferences(QWidget& mainWindow) {
     });
 }
 
-void OtherWindows::openNewStyleSheet(QWidget& over) {
-    if (!application.newStyle().mayBegin()) return;
+QDialog* OtherWindows::openNewStyleSheet(QWidget& over) {
+    if (!application.newStyle().mayBegin()) return nullptr;
     auto* sheet = new NewStyleSheet(application.newStyle(), &over);
     sheet->open();
+    return sheet;
 }
 
 void OtherWindows::openPasteWindow(QWidget& mainWindow) {
@@ -94,11 +95,12 @@ void OtherWindows::openUpdateSheet(QWidget& mainWindow) {
     updateSheet->open();
 }
 
-void OtherWindows::openExportSheet(const styleContainer& style, QWidget& over) {
+QDialog* OtherWindows::openExportSheet(const styleContainer& style, QWidget& over) {
     auto* sheet =
         new ExportSheet(style, {.editor = editor, .exporter = application.styleExport()}, &over);
     sheet->setAttribute(Qt::WA_DeleteOnClose);
     sheet->open();
+    return sheet;
 }
 
 bool OtherWindows::openStyleProps(std::int64_t id, QWidget& mainWindow) {
@@ -113,20 +115,20 @@ bool OtherWindows::openStyleProps(std::int64_t id, QWidget& mainWindow) {
     return true;
 }
 
-bool OtherWindows::openStyleEditor(std::int64_t id) {
-    const auto style = application.editorSaves().styleForEditing(id);
-    if (style) openStyleEditor(*style, false);
-    return style.has_value();
+bool OtherWindows::openStyleEditor(std::int64_t id, QWidget& mainWindow) {
+    const auto opened = application.draftOffer().styleForEditing(id);
+    if (opened) openStyleEditor(*opened, mainWindow);
+    return opened.has_value();
 }
 
-void OtherWindows::openStyleEditor(const styleContainer& style, bool isUnsaved) {
+void OtherWindows::openStyleEditor(const styleToEdit& opened, QWidget& mainWindow) {
     auto* window = new StyleEditorWindow(
-        style, isUnsaved,
-        {.editor = editor,
-         .session = application.styleEditor(),
-         .newStyle = [this](QWidget& over) { openNewStyleSheet(over); },
-         .exportStyle = [this](const auto& shown,
-                               QWidget& over) { openExportSheet(shown, over); }});
+        opened, {.editor = editor,
+                 .session = application.styleEditor(),
+                 .newStyle = [this](QWidget& over) { return openNewStyleSheet(over); },
+                 .exportStyle = [this](const styleContainer& shown,
+                                       QWidget& over) { return openExportSheet(shown, over); },
+                 .openPreferences = [this, &mainWindow] { openPreferences(mainWindow); }});
     std::erase(styleEditors, nullptr);
     styleEditors.emplace_back(window);
     bringToFront(*window);

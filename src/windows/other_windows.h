@@ -10,6 +10,7 @@
 #include <functional>
 #include <vector>
 
+class QDialog;
 class QWidget;
 
 namespace tessaril {
@@ -32,7 +33,8 @@ public:
     OtherWindows& operator=(const OtherWindows&) = delete;
 
     void openPreferences(QWidget& mainWindow);
-    void openNewStyleSheet(QWidget& over);
+    /// Gives the sheet; null where none may open now.
+    QDialog* openNewStyleSheet(QWidget& over);
     void openPasteWindow(QWidget& mainWindow);
     /// Beeps instead while the list is locked for sync.
     void openImportSheet(QWidget& mainWindow);
@@ -41,18 +43,16 @@ public:
     bool mayClose(std::function<void()> retry);
 
     void openUpdateSheet(QWidget& mainWindow);
-    void openExportSheet(const styleContainer& style, QWidget& over);
+    QDialog* openExportSheet(const styleContainer& style, QWidget& over);
 
     /// Opens a window for the style, whose identifier is among the open properties; false when
     /// there is no such style.
     bool openStyleProps(std::int64_t id, QWidget& mainWindow);
 
     /// Opens a Style Editor, which stands on its own, for the style, whose identifier is among the
-    /// open styles; false when there is no such style.
-    bool openStyleEditor(std::int64_t id);
-    /// The same for a style that is given.
-    /// - isUnsaved: it differs from the stored one
-    void openStyleEditor(const styleContainer& style, bool isUnsaved);
+    /// open styles; false when there is no such style. May ask about what was not saved of it.
+    bool openStyleEditor(std::int64_t id, QWidget& mainWindow);
+    void openStyleEditor(const styleToEdit& opened, QWidget& mainWindow);
 
     /// Keeps what is unsaved in Style Editors for the next start; for an application that ends
     /// unasked.

@@ -1,5 +1,6 @@
 #include "windows/rule_editor_sheet.h"
 
+#include "windows/form_fields.h"
 #include "windows/held_key_filter.h"
 #include "windows/pane_form.h"
 #include "windows/rule_table.h"
@@ -12,8 +13,6 @@
 #include <QShortcut>
 #include <QVBoxLayout>
 
-#include <limits>
-
 namespace tessaril {
 
 namespace {
@@ -23,15 +22,12 @@ constexpr QSize comfortableSize(560, 420);
 } // namespace
 
 RuleEditorSheet::RuleEditorSheet(RuleEditorDelegate& delegate, bool isReadOnly, QWidget* parent)
-    : QDialog(parent), editor(delegate, isReadOnly), sectionNameField(new QLineEdit) {
+    : QDialog(parent), editor(delegate, isReadOnly), sectionNameField(fieldOf("sectionNameField")) {
     setObjectName("ruleEditorSheet");
     setWindowTitle("Rules");
     setWindowModality(Qt::WindowModal);
     setAttribute(Qt::WA_DeleteOnClose);
 
-    sectionNameField->setObjectName("sectionNameField");
-    // What is there or is pasted is never cut in silence.
-    sectionNameField->setMaxLength(std::numeric_limits<int>::max());
     sectionNameField->setText(qtText(editor.sectionName()));
     sectionNameField->setEnabled(!isReadOnly);
     auto* table = new RuleTable(editor.rules());

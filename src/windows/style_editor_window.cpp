@@ -10,15 +10,14 @@
 #include "windows/metadata_view.h"
 #include "windows/new_section_sheet.h"
 #include "windows/rule_editor_sheet.h"
+#include "windows/section_menu_box.h"
 #include "windows/shown_text.h"
 
 #include <QAction>
 #include <QCloseEvent>
-#include <QComboBox>
 #include <QMenu>
 #include <QMenuBar>
 #include <QScreen>
-#include <QShortcut>
 
 #include <utility>
 
@@ -42,10 +41,10 @@ public:
         return action;
     }
 
-    /// With its place in the toolbar, whose label says more than the menu's text.
+    /// One that stands in the toolbar too, under its label.
     template <typename Run>
-    QAction* add(const char* text, const QList<QKeySequence>& keys, lineIcon icon,
-                 const char* label, Run run) {
+    QAction* addWithIcon(const char* text, const QList<QKeySequence>& keys, lineIcon icon,
+                         const char* label, Run run) {
         QAction* action = add(text, keys, run);
         action->setIcon(lineIconFor(icon, owner.palette()));
         action->setIconVisibleInMenu(false);
@@ -64,22 +63,23 @@ private:
 
 } // namespace
 
-StyleEditorWindow::StyleEditorWindow(styleContainer style, bool isDirty, styleEditorParts ownParts)
+StyleEditorWindow::StyleEditorWindow(styleToEdit opened, styleEditorParts ownParts)
     : parts(std::move(ownParts))
     , editor(std::make_unique<CodeEditor>(parts.editor.makeWebView, parts.editor.page,
                                           parts.editor.center, undoManager))
-    , controller(std::make_unique<StyleEditorController>(parts.session, std::move(style), isDirty,
-                                                         editor->aceView())) {
+    , controller(std::make_unique<StyleEditorController>(parts.session, std::move(opened.style),
+                                                         opened.isUnsaved, editor->aceView())) {
     setObjectName("styleEditorWindow");
     setAttribute(Qt::WA_DeleteOnClose);
     setCentralWidget(editor.get());
     editor->offerFindInWholeWindow();
+    if (controller->isReadOnly())
+        editor->findAction(textFinderAction::showReplaceInterface)->setEnabled(false);
     makeToolbars(makeMenus());
-    connect(new QShortcut(Qt::Key_F6, this), &QShortcut::activated, this, [this] { moveFocus(); });
     controller->setHandlers({.showSections = [this] { showSections(); },
                              .showName = [this] { showName(); },
                              .showEdited = [this] { setWindowModified(controller->isDirty()); },
-                             .focus = [this] { bringToFront(*this); },
+                             .focus = [this] { bringForward(); },
                              .close =
                                  [this] {
                                      mayClose = true;
@@ -101,56 +101,75 @@ StyleEditorWindow::~StyleEditorWindow() = default;
 editorToolbarCommands StyleEditorWindow::makeMenus() {
     editorToolbarCommands commands{};
     StyleEditorController& session = *controller;
+    // From the toolbar too, so that the user can go on typing.
+    const auto thenToCode = [this](auto command) {
+        return [this, command] {
+            command();
+            editor->focusEditor();
+        };
+    };
+    const auto sheetOf = [this](std::function<QDialog*()> make) {
+        return [this, make = std::move(make)] { openSheet(make); };
+    };
 
     MenuMaker file(*this, *menuBar()->addMenu("&File"));
-    file.add("&New Style…", {QKeySequence::New}, [this] { parts.newStyle(*this); });
+    file.add("&New Style…", {QKeySequence::New}, sheetOf([this] { return parts.newStyle(*this); }));
     file.separate();
     file.add("&Save", {QKeySequence::Save}, [&session] { session.saveDocument(); });
-    commands.exportStyle = file.add("&Export Style…", {Qt::CTRL | Qt::Key_E}, lineIcon::share,
-                                    "Export", [this, &session] {
-                                        session.whenTextIsKnown([this, &session] {
-                                            parts.exportStyle(session.style(), *this);
-                                        });
-                                    });
-    commands.exportSection = file.add("Export Se&ction…", {}, [this] { openSectionExport(); });
+    commands.exportStyle = file.addWithIcon(
+        "&Export Style…", {Qt::CTRL | Qt::SHIFT | Qt::Key_S}, lineIcon::share, "Export",
+        sheetOf([this, &session] { return parts.exportStyle(session.style(), *this); }));
+    commands.exportSection =
+        file.add("Export Se&ction…", {}, sheetOf([this] { return sectionExportPanel(); }));
     commands.metadata =
-        file.add("&Metadata Editor…", {Qt::CTRL | Qt::Key_I}, lineIcon::details, "Metadata Editor",
-                 [this, &session] { session.whenTextIsKnown([this] { openMetadataView(); }); });
+        file.addWithIcon("&Metadata Editor…", {Qt::CTRL | Qt::Key_I}, lineIcon::details,
+                         "Metadata Editor", sheetOf([this] { return metadataView(); }));
     file.separate();
     file.add("C&lose", {Qt::CTRL | Qt::Key_W}, [this] { close(); });
 
     MenuMaker edit(*this, *menuBar()->addMenu("&Edit"));
-    edit.add("&Undo", QKeySequence::keyBindings(QKeySequence::Undo),
-             [this] { editor->aceView().undo(); });
-    edit.add("&Redo", QKeySequence::keyBindings(QKeySequence::Redo),
-             [this] { editor->aceView().redo(); });
+    QAction* const ofThePage[] = {
+        edit.add("&Undo", QKeySequence::keyBindings(QKeySequence::Undo),
+                 [this] { editor->aceView().undo(); }),
+        edit.add("&Redo", QKeySequence::keyBindings(QKeySequence::Redo),
+                 [this] { editor->aceView().redo(); }),
+        edit.add("&Go to Line…", {Qt::CTRL | Qt::Key_L},
+                 [this, &session] {
+                     editor->focusEditor();
+                     session.goToLine();
+                 }),
+        commands.beautify =
+            edit.addWithIcon("&Beautify", {Qt::CTRL | Qt::SHIFT | Qt::Key_B}, lineIcon::beautify,
+                             "Beautify", thenToCode([&session] { session.beautifyClicked(); }))};
+    for (QAction* action : ofThePage)
+        action->setEnabled(editor->hasPage());
     edit.separate();
     for (const textFinderAction tag :
          {textFinderAction::showFindInterface, textFinderAction::nextMatch,
           textFinderAction::previousMatch, textFinderAction::showReplaceInterface})
         edit.add(editor->findAction(tag));
     edit.separate();
-    edit.add("&Go to Line…", {Qt::CTRL | Qt::Key_L}, [this, &session] {
-        editor->focusEditor();
-        session.goToLine();
-    });
-    commands.beautify =
-        edit.add("&Beautify", {Qt::CTRL | Qt::SHIFT | Qt::Key_B}, lineIcon::beautify, "Beautify",
-                 [&session] { session.beautifyClicked(); });
+    edit.add("Pr&eferences…", {Qt::CTRL | Qt::Key_Comma}, [this] { parts.openPreferences(); });
 
     MenuMaker section(*this, *menuBar()->addMenu("&Section"));
     commands.addSection =
-        section.add("&New Section…", {Qt::CTRL | Qt::SHIFT | Qt::Key_N}, lineIcon::create,
-                    "Add Section", [this] { openNewSection(); });
+        section.addWithIcon("&New Section…", {Qt::CTRL | Qt::SHIFT | Qt::Key_N}, lineIcon::create,
+                            "Add Section", [this, &session] {
+                                if (session.mayAddSection())
+                                    openSheet([this] { return newSectionSheet(); });
+                            });
     commands.duplicateSection =
-        section.add("&Duplicate Section", {}, lineIcon::duplicate, "Duplicate Section",
-                    [&session] { session.duplicateSection(); });
-    commands.deleteSection = section.add("De&lete Section…", {}, lineIcon::remove, "Remove Section",
-                                         [&session] { session.deleteSectionClicked(); });
+        section.addWithIcon("&Duplicate Section", {}, lineIcon::duplicate, "Duplicate Section",
+                            thenToCode([&session] { session.duplicateSection(); }));
+    commands.deleteSection =
+        section.addWithIcon("De&lete Section…", {}, lineIcon::remove, "Remove Section",
+                            thenToCode([&session] { session.deleteSectionClicked(); }));
     section.separate();
     commands.rules =
-        section.add("&Rule Editor…", {Qt::CTRL | Qt::Key_R}, lineIcon::rules, "Rule Editor",
-                    [this, &session] { session.whenTextIsKnown([this] { openRuleEditor(); }); });
+        section.addWithIcon("&Rule Editor…", {Qt::CTRL | Qt::Key_R}, lineIcon::rules, "Rule Editor",
+                            sheetOf([this, &session] {
+                                return new RuleEditorSheet(session, session.isReadOnly(), this);
+                            }));
     section.separate();
     section.add("&Previous Section", {Qt::CTRL | Qt::Key_PageUp},
                 [&session] { session.previousSection(); });
@@ -161,6 +180,8 @@ editorToolbarCommands StyleEditorWindow::makeMenus() {
     view.add("&Larger Text", {QKeySequence::ZoomIn, Qt::CTRL | Qt::Key_Equal},
              [&session] { session.increaseFontSize(); });
     view.add("&Smaller Text", {QKeySequence::ZoomOut}, [&session] { session.decreaseFontSize(); });
+    view.separate();
+    view.add("Between &Code and Toolbar", {Qt::Key_F6}, [this] { moveFocus(); });
     return commands;
 }
 
@@ -172,13 +193,10 @@ void StyleEditorWindow::makeToolbars(const editorToolbarCommands& commands) {
     titleRow->addWidget(rowTitle);
     addToolBar(titleRow);
     addToolBarBreak();
-    toolbar = new EditorToolbar(
-        commands,
-        [this](std::size_t section) {
-            controller->selectSection(section);
-            editor->focusEditor();
-        },
-        controller->isReadOnly(), this);
+    sectionMenu = new SectionMenuBox(
+        {.select = [this](std::size_t section) { controller->selectSection(section); },
+         .leave = [this] { editor->focusEditor(); }});
+    toolbar = new EditorToolbar(commands, *sectionMenu, controller->isReadOnly(), this);
     addToolBar(toolbar);
 }
 
@@ -190,7 +208,7 @@ void StyleEditorWindow::showName() {
 }
 
 void StyleEditorWindow::showSections() {
-    toolbar->showSections(controller->sectionTitles(), controller->currentSection());
+    sectionMenu->showSections(controller->sectionTitles(), controller->currentSection());
 }
 
 void StyleEditorWindow::showAppearance() {
@@ -201,50 +219,61 @@ void StyleEditorWindow::showAppearance() {
 
 void StyleEditorWindow::moveFocus() {
     if (editor->isAncestorOf(focusWidget()))
-        toolbar->sectionMenu().setFocus(Qt::TabFocusReason);
+        sectionMenu->setFocus(Qt::TabFocusReason);
     else
         editor->focusEditor();
 }
 
-void StyleEditorWindow::openNewSection() {
-    if (!controller->mayAddSection()) return;
-    auto* sheet = new NewSectionSheet(
+/// Once the session knows what was typed; until the sheet has closed it carries nothing else out.
+void StyleEditorWindow::openSheet(std::function<QDialog*()> make) {
+    controller->whenTextIsKnown([this, make = std::move(make)] {
+        QDialog* opened = make();
+        if (!opened) return;
+        connect(opened, &QDialog::finished, this, [this] {
+            controller->sheetClosed();
+            editor->focusEditor();
+        });
+        controller->sheetOpened();
+        opened->open();
+    });
+}
+
+QDialog* StyleEditorWindow::newSectionSheet() {
+    return new NewSectionSheet(
         [this](const newSectionFields& fields) { controller->addSection(fields); }, this);
-    sheet->open();
 }
 
-void StyleEditorWindow::openRuleEditor() {
-    auto* sheet = new RuleEditorSheet(*controller, controller->isReadOnly(), this);
-    sheet->open();
-}
-
-void StyleEditorWindow::openMetadataView() {
+QDialog* StyleEditorWindow::metadataView() {
     std::function<void(const metadataFields&)> save;
     if (!controller->isReadOnly())
         save = [this](const metadataFields& fields) { controller->setMetadata(fields); };
-    auto* sheet = new MetadataView(controller->metadata(), std::move(save), this);
-    sheet->open();
+    return new MetadataView(controller->metadata(), std::move(save), this);
 }
 
-void StyleEditorWindow::openSectionExport() {
-    openSavePanel(this, exportSectionTitle, "CSS files", exportSectionTypes,
-                  controller->proposedSectionFile(),
-                  [this](const std::filesystem::path& file) { controller->exportSection(file); });
+QDialog* StyleEditorWindow::sectionExportPanel() {
+    return openSavePanel(
+        this, exportSectionTitle, "CSS files", exportSectionTypes,
+        controller->proposedSectionFile(),
+        [this](const std::filesystem::path& file) { controller->exportSection(file); });
 }
 
-bool StyleEditorWindow::bringSheetForward() {
-    for (QDialog* sheet : findChildren<QDialog*>()) {
-        if (!sheet->isVisible()) continue;
-        bringToFront(*this);
-        bringToFront(*sheet);
-        parts.session.alerts.beep();
-        return true;
-    }
-    return false;
+QDialog* StyleEditorWindow::sheet() const {
+    QDialog* topmost = nullptr; // a sheet's own panel comes after it
+    for (QDialog* dialog : findChildren<QDialog*>())
+        if (dialog->isVisible()) topmost = dialog;
+    return topmost;
+}
+
+/// Where a sheet is open, with it above.
+void StyleEditorWindow::bringForward() {
+    bringToFront(*this);
+    if (QDialog* open = sheet()) bringToFront(*open);
 }
 
 void StyleEditorWindow::closeThen(std::function<void()> closed) {
-    if (!bringSheetForward()) controller->closeClicked(std::move(closed));
+    if (!sheet()) return controller->closeClicked(std::move(closed));
+    bringForward();
+    parts.session.alerts.beep();
 }
 
 void StyleEditorWindow::closeEvent(QCloseEvent* event) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "style_editor/draft_offer.h"
 #include "style_editor/style_editor_controller.h"
 #include "undo/undo_manager.h"
 #include "windows/editor_parts.h"
@@ -10,6 +11,7 @@
 #include <functional>
 #include <memory>
 
+class QDialog;
 class QToolBar;
 
 namespace tessaril {
@@ -17,22 +19,25 @@ namespace tessaril {
 class CodeEditor;
 class EditorTitle;
 class EditorToolbar;
+class SectionMenuBox;
 struct editorToolbarCommands;
 
-/// What the window of a Style Editor works with, and what it opens. All outlive it.
+/// What the window of a Style Editor works with, and what it opens: sheets over it, which are null
+/// where none may open now. All outlive it.
 struct styleEditorParts {
     editorParts editor;
     styleEditorSurroundings session;
-    std::function<void(QWidget& over)> newStyle;
-    std::function<void(const styleContainer& style, QWidget& over)> exportStyle;
+    std::function<QDialog*(QWidget& over)> newStyle;
+    std::function<QDialog*(const styleContainer& style, QWidget& over)> exportStyle;
+    std::function<void()> openPreferences;
 };
 
 /// One style open in the Style Editor: its toolbar, its sections' code, its sheets. Forwards every
 /// command to the session, and closes when that lets it. Deletes itself when it closes.
 class StyleEditorWindow : public QMainWindow {
 public:
-    /// - style, isDirty: as `StyleEditorController` takes them
-    StyleEditorWindow(styleContainer style, bool isDirty, styleEditorParts parts);
+    /// - opened: as `StyleEditorController` takes it
+    StyleEditorWindow(styleToEdit opened, styleEditorParts parts);
     ~StyleEditorWindow() override;
 
     /// Closes as by the user's hand, which may ask about what is not saved, and calls `closed` when
@@ -51,12 +56,13 @@ private:
     void showName();
     void showSections();
     void showAppearance();
-    bool bringSheetForward();
+    QDialog* sheet() const;
+    void bringForward();
     void moveFocus();
-    void openNewSection();
-    void openRuleEditor();
-    void openMetadataView();
-    void openSectionExport();
+    void openSheet(std::function<QDialog*()> make);
+    QDialog* newSectionSheet();
+    QDialog* metadataView();
+    QDialog* sectionExportPanel();
 
     styleEditorParts parts;
     UndoManager undoManager;
@@ -64,6 +70,7 @@ private:
     std::unique_ptr<StyleEditorController> controller;
     QToolBar* titleRow = nullptr;
     EditorTitle* rowTitle = nullptr;
+    SectionMenuBox* sectionMenu = nullptr;
     EditorToolbar* toolbar = nullptr;
     bool mayClose = false; ///< the session has let it
     NotificationCenter::Subscription preferencesChanged;

@@ -115,6 +115,24 @@ TEST_F(ApplicationTest, aLinkOpensEveryStyleThatItNames) {
     EXPECT_EQ(log.take(), "Unsupported link: tessaril://elsewhere/12\n");
 }
 
+TEST_F(ApplicationTest, OpensNothingBeforeItHasAskedWhatWasUnsaved) {
+    files.contents["/drafts/7.draft"] = *encodeDatabase({.styles = {namedStyle("Unsaved", 7)}});
+    std::vector<std::string> order;
+    const auto open = [&](const char* what) {
+        application.onceLaunched([&order, what] { order.emplace_back(what); });
+    };
+    open("argument");
+    alerts.whileAsking = [&] {
+        order.emplace_back("question");
+        open("later start");
+        dispatcher.runAll(); // as a question does
+    };
+    launch(application);
+    open("last");
+    dispatcher.runAll();
+    EXPECT_THAT(order, ElementsAre("question", "argument", "later start", "last"));
+}
+
 TEST_F(ApplicationTest, theHelpMenuReachesTheMakers) {
     EXPECT_CALL(externals, composeEmail("support@tessaril.example", "I need some Tessaril help!"))
         .WillOnce(Return(true));

@@ -1,5 +1,6 @@
 #include "events/notification_names.h"
 #include "style_editor/draft_offer.h"
+#include "support/captured_log.h"
 #include "support/store_machine.h"
 #include "support/test.h"
 
@@ -8,14 +9,9 @@ namespace {
 
 /// A start after a run that left drafts.
 struct DraftOfferTest : ::testing::Test, StoreMachine<> {
-    struct openedStyle {
-        styleContainer style;
-        bool isUnsaved;
-    };
-
     DraftOfferTest() {
-        offer.setOpen([this](const styleContainer& style, bool isUnsaved) {
-            opened.push_back({style, isUnsaved});
+        offer.setOpen([this](const styleToEdit& style) {
+            opened.push_back(style);
             return mayOpen;
         });
     }
@@ -36,7 +32,7 @@ struct DraftOfferTest : ::testing::Test, StoreMachine<> {
     EditorSaves saves{store, drafts, center, dispatcher};
     OpenStyles openStyles{center};
     DraftOffer offer{{store, drafts, saves, openStyles, center, alerts, dispatcher}};
-    std::vector<openedStyle> opened;
+    std::vector<styleToEdit> opened;
     bool mayOpen = true;
 };
 
@@ -52,7 +48,7 @@ TEST_F(DraftOfferTest, RestoresIntoTheStyleThatIsStillThere) {
     alerts.answers = {{.button = 0}};
     offerAll();
     ASSERT_EQ(alerts.questions.size(), 1U);
-    EXPECT_THAT(alerts.questions[0].text, HasSubstr("the changes to “Style 2” were saved"));
+    EXPECT_THAT(alerts.questions[0].text, HasSubstr("Changes to “Style 2” were not saved. They open"));
     ASSERT_EQ(opened.size(), 1U);
     EXPECT_TRUE(opened[0].isUnsaved);
     EXPECT_EQ(opened[0].style.styleData.name, "Renamed");
@@ -88,14 +84,23 @@ TEST_F(DraftOfferTest, RestoresAsANewStyleWhatHasNoPlaceAnyMore) {
     EXPECT_THAT(names(),
                 ElementsAre("Style 1", "Style 2", "Style 1", "Style 2", "Style 3", "Style 4"));
     EXPECT_THAT(opened, SizeIs(4));
-    for (const openedStyle& restored : opened) {
+    for (const styleToEdit& restored : opened) {
         EXPECT_FALSE(restored.isUnsaved);
         const auto landed = store.findStyle(restored.style.uniqueID);
         EXPECT_EQ(landed->source, sourceCustom);
         EXPECT_EQ(landed->styleData.sections[0].code, "unsaved");
         EXPECT_EQ(landed->styleData.sections[0].compiledcode, "compiled");
+        EXPECT_FALSE(landed->isEnabled) << "nobody has asked for it in pages";
     }
     EXPECT_THAT(drafts.all(), IsEmpty());
+
+    files.full = true;
+    const std::string bytes = *encodeDatabase({.styles = {style(9, "unsaved")}});
+    files.contents["/drafts/9.draft"] = bytes;
+    alerts.answers = {{.button = 0}};
+    const CapturedLog log;
+    offerAll();
+    EXPECT_EQ(files.contents["/drafts/9.draft"], bytes) << "the style itself is not on the disk";
 }
 
 TEST_F(DraftOfferTest, DiscardsOnlyWhatWasOffered) {
@@ -109,6 +114,30 @@ TEST_F(DraftOfferTest, DiscardsOnlyWhatWasOffered) {
     ASSERT_THAT(drafts.all(), SizeIs(1));
     EXPECT_EQ(drafts.all()[0].styleData.sections[0].code, "typed since");
     EXPECT_THAT(alerts.questions.at(0).text, HasSubstr("“Style 1” and “Style 2” were"));
+}
+
+TEST_F(DraftOfferTest, WhatIsNotAnsweredStaysAndIsOfferedWithItsStyle) {
+    putDocument({style(1, "a"), style(2, "b")});
+    keep(style(1, "unsaved"));
+    offerAll();
+    EXPECT_THAT(alerts.questions.at(0).buttons, ElementsAre("Restore", "Discard", "Not Now"));
+    EXPECT_THAT(opened, IsEmpty());
+    EXPECT_THAT(drafts.all(), SizeIs(1));
+
+    const auto forEditing = [&](int answer) {
+        alerts.answers = {{.button = answer}};
+        const styleToEdit given = offer.styleForEditing(1).value();
+        dispatcher.runAll();
+        return std::pair(given.style.styleData.sections[0].code, given.isUnsaved);
+    };
+    EXPECT_EQ(forEditing(2), std::pair(std::string("a"), false));
+    EXPECT_EQ(forEditing(0), std::pair(std::string("unsaved"), true));
+    EXPECT_THAT(drafts.all(), SizeIs(1)) << "it is still not saved";
+    EXPECT_EQ(forEditing(1), std::pair(std::string("a"), false));
+    EXPECT_THAT(drafts.all(), IsEmpty());
+    EXPECT_FALSE(offer.styleForEditing(2)->isUnsaved);
+    EXPECT_FALSE(offer.styleForEditing(3));
+    EXPECT_THAT(alerts.questions, SizeIs(4));
 }
 
 } // namespace

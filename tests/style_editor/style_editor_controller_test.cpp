@@ -90,8 +90,16 @@ TEST_F(StyleEditorTest, WhatWasTypedLastIsStoredSwitchedAndClosedWith) {
     EXPECT_EQ(editor->currentSection(), 0u);
 
     alerts.answers = {{.button = 0}};
-    run([&] { editor->closeClicked(); }, "last");
+    run(
+        [&] {
+            for (int i = 0; i < 3; ++i)
+                editor->closeClicked();
+        },
+        "last");
     EXPECT_EQ(closed, 1);
+    EXPECT_THAT(alerts.questions, SizeIs(1)) << "however often it was asked for";
+    EXPECT_EQ(alerts.questions[0].text,
+              "If you close without saving, any unsaved changes will be lost.");
     EXPECT_EQ(alerts.questions.at(0).title, "Would you like to save changes to Site?");
     EXPECT_THAT(alerts.questions.at(0).buttons, ElementsAre("Save", "Cancel", "Don't Save"));
     EXPECT_EQ(alerts.questions.at(0).closingButton, 1) << "Escape means Cancel";
@@ -118,6 +126,47 @@ TEST_F(StyleEditorTest, APageThatDoesNotAnswerHoldsNothingUpForLong) {
     EXPECT_EQ(editor->currentSection(), 2u);
 }
 
+TEST_F(StyleEditorTest, APageThatIsOnlySlowIsWaitedFor) {
+    openCustom({{.code = "a"}, {.code = "b"}});
+    editor->saveDocument();
+    for (const char* text : {"one", "two", "three"}) {
+        page.type(text);
+        dispatcher.passDelays();
+        dispatcher.runAll();
+        EXPECT_TRUE(editor->isDirty()) << "not saved yet";
+    }
+    dispatcher.passDelays();
+    dispatcher.runAll();
+    EXPECT_FALSE(editor->isDirty()) << "it has been silent since";
+    EXPECT_EQ(written().styles[0].styleData.sections[0].code, "three");
+}
+
+TEST_F(StyleEditorTest, NothingHappensBehindASheet) {
+    openCustom({{.code = "a"}, {.code = "b"}});
+    bool wasClosed = false;
+    run(
+        [&] {
+            editor->whenTextIsKnown([&] { editor->sheetOpened(); });
+            editor->nextSection();
+            editor->closeClicked([&] { wasClosed = true; });
+        },
+        "a");
+    dispatcher.passDelays();
+    dispatcher.runAll();
+    EXPECT_EQ(editor->currentSection(), 0u);
+    editor->addSection({.name = "From the sheet"});
+    dispatcher.passDelays();
+    dispatcher.runAll();
+    EXPECT_THAT(titles, IsEmpty()) << "it is still open";
+    run([&] { editor->sheetClosed(); }, "a");
+    EXPECT_EQ(editor->currentSection(), 2u);
+    EXPECT_EQ(closed, 0) << "what was meant for the window is forgotten";
+    alerts.answers = {{.button = 2}};
+    run([&] { editor->closeClicked(); }, "");
+    EXPECT_EQ(closed, 1);
+    EXPECT_FALSE(wasClosed);
+}
+
 TEST_F(StyleEditorTest, SectionsAreAddedDuplicatedAndDeleted) {
     openCustom({{.urls = {"u"}, .domains = {"d"}, .code = "a", .compiledcode = "x"}});
     const auto add = [&](const newSectionFields& fields) {
@@ -135,7 +184,9 @@ TEST_F(StyleEditorTest, SectionsAreAddedDuplicatedAndDeleted) {
     EXPECT_EQ(add({.ruleType = 1, .rule = "not", .copiesRules = true}),
               (styleSection{.urls = {"u"}, .domains = {"d"}}));
     run([&] { editor->selectSection(2); }, "");
+    undo.registerAction("Beautify", &view, [] {});
     run([&] { editor->duplicateSection(); }, "code");
+    EXPECT_FALSE(undo.canUndo()) << "that was in the other section, whose text is the same";
     EXPECT_EQ(section(), section(2));
     EXPECT_EQ(section(5).code, "code");
 
@@ -144,6 +195,9 @@ TEST_F(StyleEditorTest, SectionsAreAddedDuplicatedAndDeleted) {
     EXPECT_EQ(titles.size(), 6u) << "No";
     run(&StyleEditorController::deleteSectionClicked);
     EXPECT_EQ(alerts.questions.at(0).title, "Are you sure you want to delete Dark?");
+    EXPECT_EQ(alerts.questions[0].text,
+              "You cannot undo this action, though you can choose not to save changes to the "
+              "document afterwards.");
     EXPECT_EQ(editor->currentSection(), 4u);
     run([&] { editor->selectSection(3); }, "code");
     run(&StyleEditorController::deleteSectionClicked);
@@ -276,6 +330,25 @@ TEST_F(StyleEditorTest, WhatIsNotSavedOutlivesTheRun) {
     files.contents["/drafts/8.draft"] = "{";
     files.contents["/drafts/9.draft"] = files.contents["/drafts/7.draft"];
     EXPECT_THAT(kept(), SizeIs(1));
+
+    // A save takes its time, and may fail.
+    editor->saveDocument();
+    dispatcher.passDelays();
+    while (SteppedDispatcher::step(dispatcher.mainTasks)) {
+    }
+    compile = [&](styleContainer&) {
+        EXPECT_THAT(files.contents["/drafts/7.draft"], HasSubstr("lost"));
+        files.full = true;
+    };
+    {
+        const CapturedLog log;
+        dispatcher.runAll();
+    }
+    EXPECT_EQ(kept().at(0).styleData.sections[0].code, "lost") << "it is not in the database";
+    files.full = false;
+    compile = [](styleContainer&) {};
+    store.setStyleData(7, style({{.code = "a"}}).styleData);
+    alerts.alerts.clear();
 
     editor.reset();
     open(left, true);

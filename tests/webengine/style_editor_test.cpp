@@ -17,7 +17,9 @@ namespace {
 /// Styles opened from the list and edited by keys, in real pages.
 struct StyleEditorTest : ::testing::Test {
     StyleEditorTest() {
-        const auto open = [this](std::int64_t id, bool) { return others.openStyleEditor(id); };
+        const auto open = [this](std::int64_t id, bool) {
+            return others.openStyleEditor(id, list.window);
+        };
         list.application.listCommands().setRoutes({.openStyleForEditing = open});
     }
 
@@ -162,6 +164,8 @@ TEST_F(StyleEditorTest, SectionsKeepWhatIsTypedWhileTheyAreSwitched) {
     type("1");
     press(Qt::Key_PageDown, Qt::ControlModifier);
     ASSERT_TRUE(shows("b"));
+    EXPECT_TRUE(holds(web, "(editor.setValue('b'), editor.getSelectedText() === '')"))
+        << "or a key pressed at once would replace the whole text";
     type("2");
     press(Qt::Key_PageUp, Qt::ControlModifier);
     ASSERT_TRUE(shows("1a"));
@@ -169,7 +173,13 @@ TEST_F(StyleEditorTest, SectionsKeepWhatIsTypedWhileTheyAreSwitched) {
     EXPECT_TRUE(picker().hasFocus());
     press(Qt::Key_Down);
     ASSERT_TRUE(shows("2b"));
+    EXPECT_TRUE(picker().hasFocus());
+    press(Qt::Key_Return);
     EXPECT_TRUE(until([&] { return holds(web, "editor.isFocused()"); }));
+
+    // A key that is held since before the page had the focus.
+    QKeyEvent held(QEvent::KeyPress, Qt::Key_Return, {}, "\r", true);
+    QApplication::sendEvent(QApplication::focusWidget(), &held);
 
     list.machine.alerts.answers = {{.button = 0}};
     type("3");
@@ -178,6 +188,30 @@ TEST_F(StyleEditorTest, SectionsKeepWhatIsTypedWhileTheyAreSwitched) {
     ASSERT_TRUE(until([&] { return !editor(); }));
     EXPECT_THAT(list.machine.alerts.questions, IsEmpty());
     EXPECT_EQ(stored().styleData.sections[1].code, "32b");
+}
+
+TEST_F(StyleEditorTest, NothingHappensBehindASheet) {
+    styleContainer style = custom(7, "a");
+    style.styleData.sections.push_back({.domains = {"b.example"}, .code = "b"});
+    put({style});
+    open(0);
+    for (const Qt::Key key : {Qt::Key_R, Qt::Key_R, Qt::Key_PageDown, Qt::Key_W})
+        press(key, Qt::ControlModifier);
+    ASSERT_TRUE(until([&] { return editor()->findChild<RuleEditorSheet*>(); }));
+    EXPECT_THAT(editor()->findChildren<RuleEditorSheet*>(), SizeIs(1));
+    auto* rules = editor()->findChild<RuleEditorSheet*>();
+    enter(*rules);
+    // Opened once more from the list.
+    list.application.listCommands().openSelected({0});
+    ASSERT_TRUE(until([&] { return rules->isActiveWindow(); }));
+    rules->findChild<QLineEdit*>("sectionNameField")->setText("First");
+    rules->accept();
+    leave<RuleEditorSheet>();
+    EXPECT_EQ(picker().currentText().toStdString(), "First");
+    press(Qt::Key_S, Qt::ControlModifier);
+    ASSERT_TRUE(until([&] { return !editor()->isWindowModified(); }));
+    EXPECT_EQ(stored().styleData.sections[1].sectionName, std::nullopt);
+    EXPECT_EQ(stored().styleData.sections[1].domains, std::vector<std::string>{"b.example"});
 }
 
 TEST_F(StyleEditorTest, AnInstalledStyleIsOnlyRead) {
@@ -225,7 +259,7 @@ TEST_F(StyleEditorTest, QuittingAsksForEachStyleUntilOneStays) {
     EXPECT_EQ(alerts.beeps, 1) << "the sheet may hold rules that are not kept yet";
     EXPECT_THAT(alerts.questions, SizeIs(2));
     EXPECT_TRUE(list.window.isVisible());
-    delete windows[2]->findChild<RuleEditorSheet*>();
+    windows[2]->findChild<RuleEditorSheet*>()->reject();
 
     alerts.answers = {{.button = 2}};
     list.window.close();
@@ -245,8 +279,8 @@ TEST_F(StyleEditorTest, UnsavedTextIsOfferedAtTheNextStart) {
     ASSERT_TRUE(files.contains("/drafts/7.draft"));
     delete editor(); // as when the application ends by a signal
 
-    list.application.draftOffer().setOpen([&](const styleContainer& style, bool isUnsaved) {
-        others.openStyleEditor(style, isUnsaved);
+    list.application.draftOffer().setOpen([&](const styleToEdit& opened) {
+        others.openStyleEditor(opened, list.window);
         return true;
     });
     list.machine.alerts.answers = {{.button = 0}};

@@ -28,12 +28,13 @@ struct StyleEditorWindowTest : ::testing::Test {
     StyleEditorWindow& open() {
         application.store().appendStyle(style());
         window = std::make_unique<StyleEditorWindow>(
-            style(), false,
+            styleToEdit{style()},
             styleEditorParts{.editor = {.preferences = application.preferences(),
                                         .center = application.notificationCenter()},
                              .session = application.styleEditor(),
-                             .newStyle = [](QWidget&) {},
-                             .exportStyle = [](const styleContainer&, QWidget&) {}});
+                             .newStyle = [](QWidget&) { return nullptr; },
+                             .exportStyle = [](const styleContainer&, QWidget&) { return nullptr; },
+                             .openPreferences = [] {}});
         window->setAttribute(Qt::WA_DeleteOnClose, false);
         window->resize(1200, 600);
         window->show();
@@ -108,6 +109,14 @@ TEST_F(StyleEditorWindowTest, EveryCommandHasAKeyOfItsOwn) {
                 ++commands;
             }
     EXPECT_GT(commands, 15);
+    // A field or a page keeps those for itself.
+    for (const auto editing :
+         {QKeySequence::MoveToStartOfLine, QKeySequence::MoveToEndOfLine,
+          QKeySequence::SelectStartOfLine, QKeySequence::SelectEndOfLine,
+          QKeySequence::DeleteCompleteLine, QKeySequence::DeleteEndOfLine, QKeySequence::Copy,
+          QKeySequence::Cut, QKeySequence::Paste, QKeySequence::SelectAll})
+        for (const QKeySequence& key : QKeySequence::keyBindings(editing))
+            EXPECT_FALSE(keys.contains(key)) << key.toString().toStdString();
     for (const char* key : {"Ctrl+S", "Ctrl+W", "Ctrl+F", "F3", "Ctrl+PgUp", "Ctrl+PgDown",
                             "Ctrl++", "Ctrl+-", "Ctrl+L"})
         EXPECT_TRUE(keys.contains(QKeySequence(key))) << key;
@@ -117,6 +126,11 @@ TEST_F(StyleEditorWindowTest, WithoutAPageItsCommandsStillWork) {
     open();
     auto& picker = *window->findChild<QComboBox*>("sectionPicker");
     EXPECT_EQ(picker.itemText(1).toStdString(), "Dark & wide");
+    picker.setFocus();
+    QTest::keyClicks(&picker, "dark");
+    EXPECT_EQ(picker.currentIndex(), 1);
+    EXPECT_EQ(window->focusWidget(), &picker) << "one can go on by keys";
+    QTest::keyClick(&picker, Qt::Key_Up);
     for (const char* command : {"Next Section", "Duplicate Section"})
         for (QAction* action : window->findChildren<QAction*>())
             if (action->text().remove('&') == command) action->trigger();
