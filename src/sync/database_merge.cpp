@@ -3,6 +3,7 @@
 #include "sync/counterparts.h"
 
 #include <algorithm>
+#include <deque>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -111,16 +112,20 @@ std::optional<databaseMerge> mergeFirstFetch(const liveDatabase& cloud, const li
 
 databaseMerge mergeRemoteChange(const liveDatabase& cloud, const liveDatabase& local) {
     databaseMerge merge{.merged = cloud};
-    std::unordered_map<std::int64_t, const stylePointer*> here;
+    // Several styles of one identifier meet in their order, or all but the first would be lost.
+    std::unordered_map<std::int64_t, std::deque<const stylePointer*>> here;
     for (const stylePointer& style : local.styles)
-        here.try_emplace(style->uniqueID, &style);
+        here[style->uniqueID].push_back(&style);
+    std::unordered_set<const stylePointer*> met;
     std::unordered_set<std::int64_t> inCloud;
     for (stylePointer& style : merge.merged.styles) {
         const std::int64_t id = style->uniqueID;
         inCloud.insert(id);
         const auto found = here.find(id);
-        if (found == here.end()) continue;
-        const stylePointer& own = *found->second;
+        if (found == here.end() || found->second.empty()) continue;
+        const stylePointer& own = *found->second.front();
+        found->second.pop_front();
+        met.insert(&own);
         if (own == style || *own == *style) {
             style = own;
         } else if (isEarlier(own->dateModified, style->dateModified)) {
@@ -130,9 +135,9 @@ databaseMerge mergeRemoteChange(const liveDatabase& cloud, const liveDatabase& l
         }
     }
     for (const stylePointer& style : local.styles) {
-        if (inCloud.contains(style->uniqueID)) continue;
+        if (met.contains(&style)) continue;
         merge.recovered.push_back(style);
-        merge.changed.push_back(style->uniqueID);
+        if (!inCloud.contains(style->uniqueID)) merge.changed.push_back(style->uniqueID);
     }
     return merge;
 }
