@@ -52,25 +52,28 @@ public:
     }
 
     void replace(std::size_t position, const stylePointer& style) {
-        --uses[styles[position]->uniqueID];
-        styles[position] = addressable(style);
+        const std::int64_t id = styles[position]->uniqueID;
+        --uses[id];
+        styles[position] = id == style->uniqueID ? style : addressable(style);
+        ++uses[styles[position]->uniqueID];
     }
-    void append(const stylePointer& style) { styles.push_back(addressable(style)); }
+    void append(const stylePointer& style) {
+        styles.push_back(addressable(style));
+        ++uses[styles.back()->uniqueID];
+    }
 
     liveDatabase::styleList take() { return std::move(styles); }
 
 private:
     stylePointer addressable(stylePointer style) {
-        if (uses[style->uniqueID] > 0) {
-            styleContainer renumbered = *style;
-            renumbered.uniqueID = generateUniqueID([this](std::int64_t id) {
-                const auto used = uses.find(id);
-                return used != uses.end() && used->second > 0;
-            });
-            style = std::make_shared<const styleContainer>(std::move(renumbered));
-        }
-        ++uses[style->uniqueID];
-        return style;
+        const auto isTaken = [this](std::int64_t id) {
+            const auto used = uses.find(id);
+            return used != uses.end() && used->second > 0;
+        };
+        if (!isTaken(style->uniqueID)) return style;
+        styleContainer renumbered = *style;
+        renumbered.uniqueID = generateUniqueID(isTaken);
+        return std::make_shared<const styleContainer>(std::move(renumbered));
     }
 
     liveDatabase::styleList styles;
