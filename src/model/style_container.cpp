@@ -3,6 +3,7 @@
 #include <array>
 #include <chrono>
 #include <ctime>
+#include <functional>
 
 namespace tessaril {
 
@@ -24,6 +25,16 @@ std::string utcTimestamp() {
 bool equalWithoutCompiled(const styleJSON& a, const styleJSON& b) {
     return a.url == b.url && a.updateUrl == b.updateUrl && a.md5Url == b.md5Url &&
            a.originalMd5 == b.originalMd5 && a.name == b.name && a.sections == b.sections;
+}
+
+std::size_t hashWithoutCompiled(const styleJSON& data) {
+    const std::hash<std::string> hashOf;
+    std::size_t hash = hashOf(data.name);
+    const auto mix = [&hash](std::size_t value) { hash = hash * 1000003 ^ value; };
+    mix(hashOf(data.url));
+    for (const styleSection& section : data.sections)
+        mix(hashOf(section.code));
+    return hash;
 }
 
 styleJSON makeStyleJSON(std::string name, std::string code) {

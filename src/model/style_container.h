@@ -89,6 +89,9 @@ struct styleContainer {
 /// Whether two records are equal when `compSections` is left out on both sides.
 bool equalWithoutCompiled(const styleJSON& a, const styleJSON& b);
 
+/// The same for records that are equal in this way.
+std::size_t hashWithoutCompiled(const styleJSON& data);
+
 /// A `styleJSON` as the application itself makes it: the addresses empty, one section without
 /// rules that holds `code`.
 styleJSON makeStyleJSON(std::string name, std::string code);

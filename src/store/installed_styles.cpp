@@ -3,29 +3,16 @@
 #include "model/text.h"
 
 #include <algorithm>
-#include <functional>
 
 namespace tessaril {
 
-namespace {
-
-/// Equal for equal data; cheap, since it reads no code.
-std::size_t shapeHash(const styleJSON& data) {
-    std::size_t hash = std::hash<std::string>{}(data.name);
-    const auto mix = [&hash](std::size_t value) { hash = hash * 1000003 ^ value; };
-    mix(std::hash<std::string>{}(data.url));
-    for (const styleSection& section : data.sections)
-        mix(section.code.size());
-    return hash;
-}
-
-} // namespace
+namespace {} // namespace
 
 InstalledStyles::InstalledStyles(const liveDatabase::styleList& styles) {
     for (const auto& style : styles) {
         uniqueIDs.insert(style->uniqueID);
         userstyleIDs.insert(style->userstyleID);
-        byData.emplace(shapeHash(style->styleData), style.get());
+        byData.emplace(hashWithoutCompiled(style->styleData), style.get());
         if (style->source != sourceUserCSS) continue;
         userCSSOrigins.insert(style->downloadedFrom);
         if (style->updateURL && !trimmed(*style->updateURL).empty())
@@ -35,7 +22,7 @@ InstalledStyles::InstalledStyles(const liveDatabase::styleList& styles) {
 
 bool InstalledStyles::isDuplicate(const styleContainer& style) const {
     // Styles that are equal as a whole have equal data too, so the data decides.
-    const auto [from, to] = byData.equal_range(shapeHash(style.styleData));
+    const auto [from, to] = byData.equal_range(hashWithoutCompiled(style.styleData));
     return std::any_of(from, to, [&](const auto& entry) {
         return equalWithoutCompiled(entry.second->styleData, style.styleData);
     });
@@ -44,7 +31,7 @@ bool InstalledStyles::isDuplicate(const styleContainer& style) const {
 bool InstalledStyles::isUserCSSInstalled(const styleContainer& style) const {
     if (userCSSOrigins.contains(style.downloadedFrom)) return true;
     if (style.updateURL && userCSSUpdateAddresses.contains(*style.updateURL)) return true;
-    const auto [from, to] = byData.equal_range(shapeHash(style.styleData));
+    const auto [from, to] = byData.equal_range(hashWithoutCompiled(style.styleData));
     return std::any_of(from, to, [&](const auto& entry) {
         return entry.second->source == sourceUserCSS &&
                equalWithoutCompiled(entry.second->styleData, style.styleData);
