@@ -38,16 +38,18 @@ editor.setOption("enableEmmet", false);
 // at once here.
 const setWholeText = editor.setValue;
 const moveCursor = editor.moveCursorTo;
-let isFresh = false;
+let cursorMovesToCome = 0;
 editor.setValue = (text) => {
     const taken = setWholeText.call(editor, text, -1);
     editor.session.getUndoManager().reset();
-    reportChanges = isFresh = true;
+    reportChanges = true;
+    ++cursorMovesToCome;
     return taken;
 };
 editor.moveCursorTo = (row, column) => {
-    if (!isFresh || row !== 0 || column !== 0) moveCursor.call(editor, row, column);
-    isFresh = false;
+    if (cursorMovesToCome === 0 || row !== 0 || column !== 0)
+        return moveCursor.call(editor, row, column);
+    --cursorMovesToCome;
 };
 
 function focusEditor() {

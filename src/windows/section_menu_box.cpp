@@ -59,7 +59,7 @@ void SectionMenuBox::keyPressEvent(QKeyEvent* event) {
         event->key() == Qt::Key_Escape)
         return user.leave();
     if (event->key() == Qt::Key_Space && isSearching()) return searchOn();
-    if (!event->text().trimmed().isEmpty()) sinceTyped.start();
+    if (!event->text().isEmpty() && event->text().front().isPrint()) sinceTyped.start();
     QComboBox::keyPressEvent(event);
 }
 

@@ -105,6 +105,15 @@ TEST_F(QtAlertsTest, ComeOneAfterAnotherBehindAQuestionAndQuittingWaitsForThem) 
     EXPECT_THAT(shown, ElementsAre("Title", "first", "second", "third", "before", "Title"));
 }
 
+TEST(QtAlerts, CloseEveryQuestionOnceTheApplicationEnds) {
+    QtDispatcher dispatcher;
+    QtAlerts alerts(dispatcher);
+    alerts.stopAsking();
+    EXPECT_EQ(alerts.ask({.title = "Title", .buttons = {"a", "b", "c"}}).button, 2);
+    EXPECT_EQ(alerts.ask({.buttons = {"a", "b"}, .destructiveButton = 1}).button, 0);
+    EXPECT_EQ(alerts.ask({.buttons = {"a", "b", "c"}, .closingButton = 1}).button, 1);
+}
+
 TEST(QtDispatcherThreads, RunTasksOnTheirSideInOrder) {
     QtDispatcher dispatcher;
     std::atomic<int> misplaced = 0;
