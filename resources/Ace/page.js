@@ -34,22 +34,29 @@ editor.setOption("enableEmmet", false);
 
 // What the application does after it has set a text comes late, by way of itself: a key pressed until
 // then would replace the text, which the library selects; undo would bring back the one before; what
-// is typed would not be reported, and the cursor then be taken away from it. So all of that is done
-// at once here.
+// is typed would not be reported, the cursor taken away from it, and its undo forgotten. So all of
+// that is done at once here, and the application's own calls, one of each for each text, do nothing.
+const skipped = [];
+function skipAfterText(object, name, isMeant = () => true) {
+    const original = object[name];
+    const calls = { toCome: 0 };
+    object[name] = (...values) => {
+        if (calls.toCome === 0 || !isMeant(...values)) return original.apply(object, values);
+        --calls.toCome;
+    };
+    skipped.push(calls);
+}
+skipAfterText(editor, "clearSelection");
+skipAfterText(editor, "moveCursorTo", (row, column) => row === 0 && column === 0);
+skipAfterText(editor.session, "setUndoManager");
+
 const setWholeText = editor.setValue;
-const moveCursor = editor.moveCursorTo;
-let cursorMovesToCome = 0;
 editor.setValue = (text) => {
     const taken = setWholeText.call(editor, text, -1);
     editor.session.getUndoManager().reset();
     reportChanges = true;
-    ++cursorMovesToCome;
+    for (const calls of skipped) ++calls.toCome;
     return taken;
-};
-editor.moveCursorTo = (row, column) => {
-    if (cursorMovesToCome === 0 || row !== 0 || column !== 0)
-        return moveCursor.call(editor, row, column);
-    --cursorMovesToCome;
 };
 
 function focusEditor() {
