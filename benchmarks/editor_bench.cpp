@@ -4,6 +4,7 @@
 #include "platform/web_view.h"
 #include "preferences/preferences.h"
 #include "quiet_machine.h"
+#include "sample_code.h"
 #include "windows/code_editor.h"
 
 #include <QApplication>
@@ -25,19 +26,14 @@ namespace {
 
 using namespace tessaril;
 
-std::string sampleCode() {
-    constexpr std::size_t size = 200'000;
-    std::string code;
-    while (code.size() < size)
-        code += ".panel > a:hover {\n\tcolor: rgb(69, 42, 0);\n\tbackground: url(\"a.png\");\n}\n";
-    return code;
-}
+const std::string sample = bench::sampleCode(
+    ".panel > a:hover {\n\tcolor: rgb(69, 42, 0);\n\tbackground: url(\"a.png\");\n}\n");
 
 struct surroundings {
     bench::NoPreferences stored, storedShared;
     Preferences preferences{stored}, shared{storedShared};
     NotificationCenter center;
-    std::string code = sampleCode();
+    std::string code = sample;
     LazyWebEngine engine{TESSARIL_WEBENGINE};
 };
 

@@ -6,6 +6,7 @@
 #include "desktop/posix_file_system.h"
 #include "model/database_json.h"
 #include "quiet_machine.h"
+#include "sample_code.h"
 #include "silenced_output.h"
 #include "store/style_store.h"
 #include "style_editor/editor_saves.h"
@@ -30,16 +31,15 @@ class AtOnce : public Dispatcher {
 };
 
 styleContainer sampleStyle() {
-    constexpr std::size_t size = 200'000;
     styleContainer style;
     style.styleData.name = "Sample";
     style.source = sourceCustom;
     style.preprocessor = "less";
     style.uniqueID = 1;
     style.userVariables.emplace();
-    std::string& code = style.styleData.sections.emplace_back().code;
-    while (code.size() < size)
-        code += ".panel {\n\t> a:hover { color: darken(#452a00, 10%); }\n\twidth: (7px + 2);\n}\n";
+    style.styleData.sections = {
+        {.code = bench::sampleCode(
+             ".panel {\n\t> a:hover { color: darken(#452a00, 10%); }\n\twidth: (7px + 2);\n}\n")}};
     return style;
 }
 

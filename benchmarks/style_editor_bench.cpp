@@ -3,6 +3,7 @@
 #include "editor/editor_configuration.h"
 #include "events/notification_names.h"
 #include "preferences/preferences.h"
+#include "sample_code.h"
 #include "support/list_window.h"
 #include "windows/code_editor.h"
 #include "windows/other_windows.h"
@@ -27,14 +28,8 @@ namespace {
 
 using namespace tessaril;
 
-std::string sampleCode() {
-    constexpr std::size_t size = 200'000;
-    std::string code;
-    while (code.size() < size)
-        code +=
-            ".panel {\n\t> a:hover { color: darken(#452a00, 10%); }\n\twidth: (@width + 2);\n}\n";
-    return code;
-}
+const std::string sample = bench::sampleCode(
+    ".panel {\n\t> a:hover { color: darken(#452a00, 10%); }\n\twidth: (@width + 2);\n}\n");
 
 /// Tells when the page has carried out what sets it up, the last of which is the focus.
 class WatchedWebView : public WebView {
@@ -59,7 +54,7 @@ struct World {
         style.styleData.name = "Sample";
         style.source = sourceCustom;
         style.preprocessor = "less";
-        style.styleData.sections = {{.code = sampleCode()}};
+        style.styleData.sections = {{.code = sample}};
         list.application.store().appendStyle(style);
         list.application.listCommands().setRoutes(
             {.openStyleForEditing = [this](std::int64_t id, bool) {
@@ -112,7 +107,7 @@ struct BareEditor {
         world->ready.exec();
     }
 
-    std::string code = sampleCode();
+    std::string code = sample;
     UndoManager undo;
     Application& application = world->list.application;
     CodeEditor editor{[](QWidget* parent) { return world->makeView(parent); },
