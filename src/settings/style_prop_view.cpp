@@ -1,6 +1,7 @@
 #include "settings/style_prop_view.h"
 
 #include "events/notification_names.h"
+#include "events/observe_on_main.h"
 
 #include <algorithm>
 #include <utility>
@@ -48,18 +49,13 @@ StylePropView::~StylePropView() {
     leave();
 }
 
-/// Notifications come on any thread.
 void StylePropView::follow(std::string_view name,
                            std::function<void(const notification&)> handler) {
     subscriptions.push_back(
-        machine.center.observe(name, [id = curStyle.uniqueID, &dispatcher = machine.dispatcher,
-                                      watched = std::weak_ptr(alive),
-                                      handle = std::move(handler)](const notification& posted) {
-            if (posted.id() != id) return;
-            dispatcher.onMain([watched, handle, posted] {
-                if (!watched.expired()) handle(posted);
-            });
-        }));
+        observeOnMain(machine.center, machine.dispatcher, name, alive,
+                      [id = curStyle.uniqueID, handle = std::move(handler)](const auto& posted) {
+                          if (posted.id() == id) handle(posted);
+                      }));
 }
 
 std::string_view StylePropView::typeText() const {

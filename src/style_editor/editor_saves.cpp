@@ -1,6 +1,7 @@
 #include "style_editor/editor_saves.h"
 
 #include "events/notification_names.h"
+#include "events/observe_on_main.h"
 
 #include <utility>
 
@@ -11,15 +12,11 @@ EditorSaves::EditorSaves(StyleStore& styleStore, StyleDrafts& styleDrafts,
     : store(styleStore)
     , drafts(styleDrafts)
     , dispatcher(taskDispatcher)
-    , styleNameChanged(
-          center.observe(notifications::styleNameChanged,
-                         [this, watched = std::weak_ptr(alive)](const notification& posted) {
-                             const auto* name = posted.info<std::string>("newname");
-                             if (!posted.id() || !name) return;
-                             dispatcher.onMain([this, watched, id = *posted.id(), newName = *name] {
-                                 if (!watched.expired()) rename(id, newName);
-                             });
-                         })) {}
+    , styleNameChanged(observeOnMain(center, dispatcher, notifications::styleNameChanged, alive,
+                                     [this](const notification& posted) {
+                                         const auto* name = posted.info<std::string>("newname");
+                                         if (posted.id() && name) rename(*posted.id(), *name);
+                                     })) {}
 
 void EditorSaves::save(const styleContainer& style) {
     add({style, drafts.next()});

@@ -1,6 +1,7 @@
 #include "style_editor/style_editor_controller.h"
 
 #include "events/notification_names.h"
+#include "events/observe_on_main.h"
 #include "model/text.h"
 #include "preferences/preference_keys.h"
 #include "style_editor/section_menu.h"
@@ -85,16 +86,10 @@ StyleEditorController::~StyleEditorController() {
     leave();
 }
 
-/// Notifications come on any thread.
 void StyleEditorController::follow(std::string_view name,
                                    std::function<void(const notification&)> handler) {
-    subscriptions.push_back(machine.center.observe(
-        name, [&dispatcher = machine.dispatcher, watched = std::weak_ptr(alive),
-               handle = std::move(handler)](const notification& posted) {
-            dispatcher.onMain([watched, handle, posted] {
-                if (!watched.expired()) handle(posted);
-            });
-        }));
+    subscriptions.push_back(
+        observeOnMain(machine.center, machine.dispatcher, name, alive, std::move(handler)));
 }
 
 void StyleEditorController::editorConfigured() {
