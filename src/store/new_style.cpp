@@ -4,6 +4,7 @@
 #include "model/text.h"
 #include "preferences/preference_keys.h"
 #include "store/first_style_text.h"
+#include "store/open_styles.h"
 
 namespace tessaril {
 
@@ -61,11 +62,10 @@ bool NewStyle::create(const newStyleFields& fields) {
 
     const std::int64_t id = store.appendStyle(std::move(style));
     store.saveDatabase();
-    center.post(notifications::addToOpenStyles, id);
-    center.post(notifications::addLatestStyle);
-    // A style whose window did not open must not stay locked.
-    if (!openNewStyleInEditor || !openNewStyleInEditor(id))
-        center.post(notifications::removeFromOpenStyles, id);
+    openRegistered(center, id, [&] {
+        center.post(notifications::addLatestStyle);
+        return openNewStyleInEditor && openNewStyleInEditor(id);
+    });
     return true;
 }
 

@@ -13,4 +13,10 @@ OpenStyles::OpenStyles(NotificationCenter& center)
         if (const auto id = n.id()) ids.remove(*id);
     })) {}
 
+void openRegistered(NotificationCenter& center, std::int64_t id,
+                    const std::function<bool()>& open) {
+    center.post(notifications::addToOpenStyles, id);
+    if (!open()) center.post(notifications::removeFromOpenStyles, id);
+}
+
 } // namespace tessaril

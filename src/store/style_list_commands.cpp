@@ -188,10 +188,8 @@ void StyleListCommands::openForEditing(std::size_t row) {
     if (machine.updatingStyles.contains(id)) return machine.alerts.beep();
     if (machine.openStyles.contains(id))
         return machine.center.post(notifications::checkIfWindowFocus, id);
-    machine.center.post(notifications::addToOpenStyles, id);
-    // A style whose window did not open must not stay locked.
-    if (!routes.openStyleForEditing(id, isOpeningImported))
-        machine.center.post(notifications::removeFromOpenStyles, id);
+    openRegistered(machine.center, id,
+                   [&] { return routes.openStyleForEditing(id, isOpeningImported); });
 }
 
 void StyleListCommands::openLinked(std::int64_t id) {

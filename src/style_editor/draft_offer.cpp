@@ -140,9 +140,7 @@ void DraftOffer::restoreAsNew(const styleContainer& draft, StyleDrafts::Version 
 }
 
 void DraftOffer::openInEditor(const styleToEdit& opened) {
-    const std::int64_t id = opened.style.uniqueID;
-    machine.center.post(notifications::addToOpenStyles, id);
-    if (!open || !open(opened)) machine.center.post(notifications::removeFromOpenStyles, id);
+    openRegistered(machine.center, opened.style.uniqueID, [&] { return open && open(opened); });
 }
 
 } // namespace tessaril
