@@ -91,7 +91,8 @@ void MainWindow::makeCommands() {
     newAction->setToolTip("Write a new style");
     newAction->setIcon(lineIconFor(lineIcon::create, palette()));
     newAction->setShortcut(QKeySequence::New);
-    connect(newAction, &QAction::triggered, this, [this] { newDocument(); });
+    connect(newAction, &QAction::triggered, this,
+            [this] { openNewStyleSheet(commands.newStyle, *this); });
     importAction->setIconText("Import");
     importAction->setToolTip("Import User CSS files");
     importAction->setIcon(lineIconFor(lineIcon::import, palette()));
@@ -208,12 +209,6 @@ void MainWindow::quit() {
 void MainWindow::closeEvent(QCloseEvent* event) {
     // The windows over this one go with it.
     if (commands.mayClose && !commands.mayClose([this] { close(); })) event->ignore();
-}
-
-void MainWindow::newDocument() {
-    if (!commands.newStyle.mayBegin()) return;
-    auto* sheet = new NewStyleSheet(commands.newStyle, this);
-    sheet->open();
 }
 
 void MainWindow::importFromFile() {

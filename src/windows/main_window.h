@@ -68,7 +68,6 @@ private:
     void showPage();
     void showUpdates();
     void quit();
-    void newDocument();
     void importFromFile();
     void showAll();
 

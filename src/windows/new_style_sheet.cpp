@@ -89,4 +89,11 @@ void NewStyleSheet::accept() {
     newStyle.create(fields);
 }
 
+QDialog* openNewStyleSheet(NewStyle& newStyle, QWidget& over) {
+    if (!newStyle.mayBegin()) return nullptr;
+    auto* sheet = new NewStyleSheet(newStyle, &over);
+    sheet->open();
+    return sheet;
+}
+
 } // namespace tessaril

@@ -27,4 +27,7 @@ private:
     QComboBox* preprocessorMenu;
 };
 
+/// Opens the sheet over the window; null, with a beep, where no style may be made now.
+QDialog* openNewStyleSheet(NewStyle& newStyle, QWidget& over);
+
 } // namespace tessaril

@@ -55,13 +55,6 @@ void OtherWindows::openPreferences(QWidget& mainWindow) {
     });
 }
 
-QDialog* OtherWindows::openNewStyleSheet(QWidget& over) {
-    if (!application.newStyle().mayBegin()) return nullptr;
-    auto* sheet = new NewStyleSheet(application.newStyle(), &over);
-    sheet->open();
-    return sheet;
-}
-
 void OtherWindows::openPasteWindow(QWidget& mainWindow) {
     bringForward(pasteWindow, [&] {
         return new ImportMozDocView({.editor = editor, .importer = application.pasteImport()},
@@ -123,12 +116,14 @@ bool OtherWindows::openStyleEditor(std::int64_t id, QWidget& mainWindow) {
 
 void OtherWindows::openStyleEditor(const styleToEdit& opened, QWidget& mainWindow) {
     auto* window = new StyleEditorWindow(
-        opened, {.editor = editor,
-                 .session = application.styleEditor(),
-                 .newStyle = [this](QWidget& over) { return openNewStyleSheet(over); },
-                 .exportStyle = [this](const styleContainer& shown,
-                                       QWidget& over) { return openExportSheet(shown, over); },
-                 .openPreferences = [this, &mainWindow] { openPreferences(mainWindow); }});
+        opened,
+        {.editor = editor,
+         .session = application.styleEditor(),
+         .newStyle =
+             [this](QWidget& over) { return openNewStyleSheet(application.newStyle(), over); },
+         .exportStyle = [this](const styleContainer& shown,
+                               QWidget& over) { return openExportSheet(shown, over); },
+         .openPreferences = [this, &mainWindow] { openPreferences(mainWindow); }});
     std::erase(styleEditors, nullptr);
     styleEditors.emplace_back(window);
     bringToFront(*window);

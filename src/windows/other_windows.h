@@ -33,8 +33,6 @@ public:
     OtherWindows& operator=(const OtherWindows&) = delete;
 
     void openPreferences(QWidget& mainWindow);
-    /// Gives the sheet; null where none may open now.
-    QDialog* openNewStyleSheet(QWidget& over);
     void openPasteWindow(QWidget& mainWindow);
     /// Beeps instead while the list is locked for sync.
     void openImportSheet(QWidget& mainWindow);
