@@ -2,15 +2,12 @@
 
 #include "events/notification_center.h"
 #include "platform/dispatcher.h"
+#include "platform/record_store.h"
 #include "preferences/preference_keys.h"
 #include "preferences/preferences.h"
 
-#include <cstdint>
 #include <functional>
-#include <map>
-#include <string>
 #include <string_view>
-#include <variant>
 
 namespace tessaril {
 
@@ -46,8 +43,7 @@ inline constexpr syncedPreference syncedSharedPreferenceKeys[] = {
 
 /// The fields of the cloud's `preferences` record by their names, which are the keys. Booleans are
 /// the integers 1 and 0.
-using preferencesRecord =
-    std::map<std::string, std::variant<std::int64_t, std::string>, std::less<>>;
+using preferencesRecord = recordFields;
 
 /// Carries the synced preferences into a record and back.
 class PreferenceSync {

@@ -149,6 +149,15 @@ void StyleStore::resetDatabase() {
     saveDatabase();
 }
 
+bool StyleStore::changeDatabase(const std::function<bool(liveDatabase&)>& change) {
+    return withDatabase([&](liveDatabase& live) {
+        liveDatabase changed = live;
+        if (!change(changed)) return false;
+        live = std::move(changed);
+        return true;
+    });
+}
+
 // Queries
 
 liveDatabase StyleStore::snapshot() {

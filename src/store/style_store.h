@@ -92,6 +92,10 @@ public:
     /// Replaces the live database by an empty one and saves.
     void resetDatabase();
 
+    /// Has `change` make another database of the live one, under its lock; where it gives false,
+    /// the live database stays as it is. No save; the caller saves.
+    bool changeDatabase(const std::function<bool(liveDatabase&)>& change);
+
     // Queries
 
     /// The live database as it stands: a copy of pointers, never changed later.
