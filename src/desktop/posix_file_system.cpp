@@ -126,6 +126,32 @@ bool copyAll(int from, int to) {
     }
 }
 
+/// As much of `buffer` as the file has from there; nothing when it cannot be read.
+std::optional<std::string_view> readPiece(int file, std::vector<char>& buffer, off_t at) {
+    std::size_t filled = 0;
+    while (filled < buffer.size()) {
+        const ssize_t count = uninterrupted([&] {
+            return ::pread(file, buffer.data() + filled, buffer.size() - filled,
+                           at + static_cast<off_t>(filled));
+        });
+        if (count < 0) return std::nullopt;
+        if (count == 0) break;
+        filled += static_cast<std::size_t>(count);
+    }
+    return std::string_view(buffer.data(), filled);
+}
+
+bool haveSameBytes(int a, int b) {
+    std::vector<char> ofA(1 << 20);
+    std::vector<char> ofB(ofA.size());
+    for (off_t at = 0;; at += static_cast<off_t>(ofA.size())) {
+        const auto pieceA = readPiece(a, ofA, at);
+        const auto pieceB = readPiece(b, ofB, at);
+        if (!pieceA || !pieceB || *pieceA != *pieceB) return false;
+        if (pieceA->size() < ofA.size()) return true;
+    }
+}
+
 bool syncData(int file) {
     return uninterrupted([&] { return ::fdatasync(file); }) == 0;
 }
@@ -136,6 +162,41 @@ bool syncFolder(const fs::path& folder) {
     if (!opened.isOpen()) return false;
     if (uninterrupted([&] { return ::fsync(opened.get()); }) == 0) return true;
     return errno == EINVAL; // a file system that knows no syncing of folders
+}
+
+/// A regular file to be read; closed when it is none or cannot be opened.
+FileDescriptor openRegular(const fs::path& path) {
+    // Without O_NONBLOCK the opening of a pipe would wait for its writer.
+    FileDescriptor file = open(path, O_RDONLY | O_NONBLOCK | O_NOCTTY);
+    struct stat status {};
+    if (file.isOpen() && (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))) return {};
+    return file;
+}
+
+/// Gives whether the file is now at `target`, which nothing that was there before gave way to.
+bool moveToFreeName(const fs::path& path, const fs::path& target) {
+    if (::renameat2(AT_FDCWD, path.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0)
+        return true;
+    if (errno != EINVAL && errno != ENOSYS) return false;
+    struct stat status {};
+    return ::lstat(target.c_str(), &status) != 0 && errno == ENOENT &&
+           ::rename(path.c_str(), target.c_str()) == 0;
+}
+
+/// A second name for the content, not for a symbolic link to what is about to be replaced.
+bool linkTo(const fs::path& path, const fs::path& target) {
+    return ::linkat(AT_FDCWD, path.c_str(), AT_FDCWD, target.c_str(), AT_SYMLINK_FOLLOW) == 0;
+}
+
+/// For another file system, or one without second names.
+bool copyTo(const FileDescriptor& file, const fs::path& target) {
+    const namedFile copy = createStaged(folderOf(target));
+    if (!copy.file.isOpen()) return false;
+    if (copyAll(file.get(), copy.file.get()) && syncData(copy.file.get()) &&
+        moveToFreeName(copy.path, target))
+        return true;
+    ::unlink(copy.path.c_str());
+    return false;
 }
 
 /// Where a write to `path` ends: the other end of symbolic links. Nothing for a circle of links.
@@ -281,15 +342,31 @@ bool PosixFileSystem::overwrite(const fs::path& path, std::string_view bytes) {
 }
 
 bool PosixFileSystem::keep(const fs::path& path, const fs::path& keptPath) {
-    // The content is kept, not a symbolic link to what is about to be replaced.
-    if (::linkat(AT_FDCWD, path.c_str(), AT_FDCWD, keptPath.c_str(), AT_SYMLINK_FOLLOW) == 0)
-        return syncFolder(folderOf(keptPath));
+    if (linkTo(path, keptPath)) return syncFolder(folderOf(keptPath));
     if (errno == EEXIST || errno == ENOENT) return false;
-    if (::renameat2(AT_FDCWD, path.c_str(), AT_FDCWD, keptPath.c_str(), RENAME_NOREPLACE) == 0)
-        return syncFolder(folderOf(keptPath));
-    if (errno != EINVAL && errno != ENOSYS) return false;
-    if (exists(keptPath) || ::rename(path.c_str(), keptPath.c_str()) != 0) return false;
-    return syncFolder(folderOf(keptPath));
+    return moveToFreeName(path, keptPath) && syncFolder(folderOf(keptPath));
+}
+
+bool PosixFileSystem::keepCopy(const fs::path& path, const fs::path& copyPath) {
+    const FileDescriptor file = openRegular(path);
+    if (!file.isOpen()) return false;
+    if (!linkTo(path, copyPath) && (errno == EEXIST || errno == ENOENT || !copyTo(file, copyPath)))
+        return false;
+    if (syncFolder(folderOf(copyPath))) return true;
+    ::unlink(copyPath.c_str());
+    return false;
+}
+
+bool PosixFileSystem::haveSameContent(const fs::path& a, const fs::path& b) const {
+    const FileDescriptor first = openRegular(a);
+    const FileDescriptor second = openRegular(b);
+    struct stat firstStatus {};
+    struct stat secondStatus {};
+    if (!first.isOpen() || ::fstat(first.get(), &firstStatus) != 0) return false;
+    if (!second.isOpen() || ::fstat(second.get(), &secondStatus) != 0) return false;
+    if (firstStatus.st_dev == secondStatus.st_dev && firstStatus.st_ino == secondStatus.st_ino)
+        return true;
+    return firstStatus.st_size == secondStatus.st_size && haveSameBytes(first.get(), second.get());
 }
 
 std::vector<fileEntry> PosixFileSystem::list(const fs::path& folder) const {

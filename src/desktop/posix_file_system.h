@@ -25,6 +25,11 @@ public:
 
     bool keep(const std::filesystem::path& path, const std::filesystem::path& keptPath) override;
 
+    bool keepCopy(const std::filesystem::path& path,
+                  const std::filesystem::path& copyPath) override;
+    bool haveSameContent(const std::filesystem::path& a,
+                         const std::filesystem::path& b) const override;
+
     std::vector<fileEntry> list(const std::filesystem::path& folder) const override;
     void remove(const std::filesystem::path& path) override;
     void touch(const std::filesystem::path& path) override;

@@ -58,6 +58,19 @@ public:
     /// whether the content is now at `keptPath`.
     virtual bool keep(const std::filesystem::path& path, const std::filesystem::path& keptPath) = 0;
 
+    /// Gives the content of the regular file at `path` another name, `copyPath`, which must be free
+    /// and becomes durable; `path` stays what it is. Both are one file where the file system can do
+    /// that, so nobody may write into either in place; otherwise `copyPath` is a copy. Gives
+    /// whether it worked; when not, no file is left at `copyPath`.
+    virtual bool keepCopy(const std::filesystem::path& path,
+                          const std::filesystem::path& copyPath) = 0;
+
+    /// Whether two regular files hold the same bytes; false when one cannot be read to its end.
+    /// Reads nothing of one file under two names or of files that differ in size, and never a
+    /// whole file at once.
+    virtual bool haveSameContent(const std::filesystem::path& a,
+                                 const std::filesystem::path& b) const = 0;
+
     /// The regular files in `folder`, in no order; none when it cannot be read.
     virtual std::vector<fileEntry> list(const std::filesystem::path& folder) const = 0;
 

@@ -168,6 +168,56 @@ TEST_F(PosixFileSystemTest, KeepsAFileThroughItsReplacement) {
     EXPECT_FALSE(files.keep(folder / "missing", folder / "other"));
 }
 
+TEST_F(PosixFileSystemTest, KeepsACopyWhileTheFileStaysWhereItIs) {
+    writeFile(folder / "file", "first");
+    fs::create_symlink("file", folder / "link");
+    EXPECT_TRUE(files.keepCopy(folder / "link", folder / "kept"));
+    EXPECT_TRUE(fs::equivalent(folder / "file", folder / "kept")) << "no copying";
+    EXPECT_FALSE(fs::is_symlink(folder / "kept"));
+    EXPECT_TRUE(stage("second")->publishAs(folder / "link"));
+    EXPECT_EQ(fileContent(folder / "kept"), "first");
+    EXPECT_FALSE(files.keepCopy(folder / "file", folder / "kept")); // not free
+    EXPECT_FALSE(files.keepCopy(folder / "missing", folder / "other"));
+    EXPECT_FALSE(files.keepCopy(folder / "file", folder / "no such folder" / "other"));
+    EXPECT_FALSE(files.keepCopy(folder.path, folder / "other"));
+    EXPECT_EQ(fileContent(folder / "kept"), "first");
+
+    // Where there are no second names, as between two file systems.
+    const fs::path memory = "/dev/shm";
+    struct stat here {
+    }, there{};
+    if (::stat(folder.path.c_str(), &here) != 0 || ::stat(memory.c_str(), &there) != 0 ||
+        here.st_dev == there.st_dev)
+        GTEST_SKIP() << "there is no other file system";
+    std::string name = memory / "tessaril-XXXXXX";
+    ASSERT_TRUE(::mkdtemp(name.data()));
+    const fs::path other = name;
+    EXPECT_TRUE(files.keepCopy(folder / "link", other / "copy"));
+    EXPECT_EQ(fileContent(other / "copy"), "second");
+    EXPECT_EQ(fileContent(folder / "file"), "second");
+    EXPECT_TRUE(fs::is_symlink(folder / "link"));
+    EXPECT_FALSE(files.keepCopy(folder / "kept", other / "copy"));
+    EXPECT_EQ(fileContent(other / "copy"), "second");
+    EXPECT_EQ(std::distance(fs::directory_iterator(other), {}), 1);
+    fs::remove_all(other);
+}
+
+TEST_F(PosixFileSystemTest, ComparesFilesByTheirBytes) {
+    std::string content(2'500'000, 'x'); // of several pieces
+    writeFile(folder / "a", content);
+    writeFile(folder / "b", content);
+    content.back() = 'y';
+    writeFile(folder / "other end", content);
+    writeFile(folder / "longer", content + "y");
+    ASSERT_TRUE(files.keepCopy(folder / "a", folder / "same"));
+    EXPECT_TRUE(files.haveSameContent(folder / "a", folder / "b"));
+    EXPECT_TRUE(files.haveSameContent(folder / "a", folder / "same"));
+    EXPECT_FALSE(files.haveSameContent(folder / "a", folder / "other end"));
+    EXPECT_FALSE(files.haveSameContent(folder / "other end", folder / "longer"));
+    EXPECT_FALSE(files.haveSameContent(folder / "a", folder / "missing"));
+    EXPECT_FALSE(files.haveSameContent(folder.path, folder.path));
+}
+
 TEST_F(PosixFileSystemTest, SendsMessagesThatShareTheirFileWithTheDocument) {
     FolderMessageChannel channel(files, folder.path);
     const fs::path messages = folder / "wormhole";

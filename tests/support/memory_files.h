@@ -44,6 +44,19 @@ struct MemoryFiles : FileSystem {
         return !full && contents.try_emplace(keptPath, contents[path]).second;
     }
 
+    bool keepCopy(const std::filesystem::path& path,
+                  const std::filesystem::path& copyPath) override {
+        const std::lock_guard lock(mutex);
+        return !full && !readOnly.contains(copyPath.parent_path()) && contents.contains(path) &&
+               contents.try_emplace(copyPath, contents.at(path)).second;
+    }
+
+    bool haveSameContent(const std::filesystem::path& a,
+                         const std::filesystem::path& b) const override {
+        const auto bytes = read(a);
+        return bytes && bytes == read(b);
+    }
+
     std::vector<fileEntry> list(const std::filesystem::path& folder) const override {
         const std::lock_guard lock(mutex);
         std::vector<fileEntry> found;
@@ -84,7 +97,7 @@ struct MemoryFiles : FileSystem {
 
     std::map<std::filesystem::path, std::string> contents;
     std::set<std::filesystem::path> unreadable; ///< exist, but reading them fails
-    std::set<std::filesystem::path> readOnly;   ///< cannot be written
+    std::set<std::filesystem::path> readOnly;   ///< cannot be written, nor what is kept in them
     bool full = false;                          ///< nothing can be written
     int filesWritten = 0;
     moment now; ///< when what is written is written
