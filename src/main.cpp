@@ -70,6 +70,8 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
     if (!importFolder.empty()) removeStaleStagedFiles(importFolder);
     const std::filesystem::path draftFolder = makeDraftFolder(container);
     if (!draftFolder.empty()) removeStaleStagedFiles(draftFolder);
+    const std::filesystem::path backupFolder = makeBackupFolder(container);
+    if (!backupFolder.empty()) removeStaleStagedFiles(backupFolder);
 
     PosixFileSystem files;
     FolderMessageChannel channel(files, container);

@@ -1,5 +1,7 @@
 #include "desktop/own_folders.h"
 
+#include "store/database_backups.h"
+
 #include <QFile>
 #include <QStandardPaths>
 
@@ -35,6 +37,10 @@ std::filesystem::path makeImportFolder(const std::filesystem::path& container) {
 
 std::filesystem::path makeDraftFolder(const std::filesystem::path& container) {
     return madeFolder(container / "drafts");
+}
+
+std::filesystem::path makeBackupFolder(const std::filesystem::path& container) {
+    return madeFolder(backupFolderOf(container));
 }
 
 } // namespace tessaril

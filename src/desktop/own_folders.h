@@ -17,4 +17,8 @@ std::filesystem::path makeImportFolder(const std::filesystem::path& container);
 /// empty when it cannot be made.
 std::filesystem::path makeDraftFolder(const std::filesystem::path& container);
 
+/// The folder for backups of the document, in the container. Makes it where it is missing; empty
+/// when it cannot be made.
+std::filesystem::path makeBackupFolder(const std::filesystem::path& container);
+
 } // namespace tessaril

@@ -14,7 +14,12 @@ date now() {
 }
 
 std::string utcTimestamp() {
-    const std::time_t seconds = std::time(nullptr);
+    using namespace std::chrono;
+    return utcTimestamp(floor<seconds>(system_clock::now()));
+}
+
+std::string utcTimestamp(std::chrono::sys_seconds moment) {
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(moment);
     std::tm utc{};
     gmtime_r(&seconds, &utc);
     std::array<char, 32> text{};

@@ -2,6 +2,7 @@
 
 #include "model/user_variable.h"
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -16,7 +17,9 @@ using date = double;
 
 date now();
 
-/// This moment in UTC to the second, as part of a file name: "2026-11-22T201500Z".
+/// A moment in UTC to the second, as part of a file name: "2026-11-22T201500Z".
+std::string utcTimestamp(std::chrono::sys_seconds moment);
+/// Of this moment.
 std::string utcTimestamp();
 
 /// One block of code and the pages it applies to; with four empty lists, every page.

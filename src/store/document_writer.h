@@ -31,6 +31,8 @@ public:
     /// The document on disk could not be read: the next write keeps it beside itself as
     /// `styledb-unreadable-<date>.sdb` before it replaces it, and fails when it cannot.
     void keepUnreadableDocument() { unreadable = true; }
+    /// Whether the document on disk is one that the next write keeps so.
+    bool keepsUnreadableDocument() const { return unreadable; }
 
 private:
     bool encode(const liveDatabase& database);

@@ -26,6 +26,10 @@ constexpr std::string_view saveErrorText =
 constexpr std::string_view exportErrorText =
     "An error occurred while trying to back up your style database. Please make sure you have "
     "permission to write to the desired path.";
+constexpr std::string_view backupErrorText =
+    "An error occurred while trying to keep a backup of your styles as they are now, so nothing "
+    "was changed. Please make sure that your disk is not full and that you have permission to "
+    "write to the folder \"backups\" beside your style database.";
 
 } // namespace
 
@@ -33,6 +37,7 @@ StyleStore::StyleStore(storeSurroundings surroundings, std::filesystem::path con
     : machine(std::move(surroundings))
     , container(std::move(containerPath))
     , writer(machine.files, machine.channel, container / documentName)
+    , backups(machine.files, backupFolderOf(container), container / documentName, machine.clock)
     , saves(machine.dispatcher, [this](bool withUpload) { save(withUpload); }) {}
 
 void StyleStore::setUploadHandler(std::function<void()> handler) {
@@ -92,6 +97,9 @@ void StyleStore::finishSaves() {
 }
 
 void StyleStore::save(bool withUpload) {
+    // What is unreadable gets a name of its own. A save that would wait for a backup to work could
+    // lose more than the backup holds, so this one may fail.
+    if (!writer.keepsUnreadableDocument()) backups.keepOnceADay();
     lastSaveFailed = !writer.write(snapshot());
     if (lastSaveFailed) {
         reportSaveFailure();
@@ -103,6 +111,24 @@ void StyleStore::save(bool withUpload) {
 void StyleStore::reportSaveFailure() {
     logLine(writeErrorLine);
     machine.alerts.showAlert(writeErrorTitle, saveErrorText);
+}
+
+bool StyleStore::keepDocument() {
+    loadDatabase();
+    // Deleted by another hand it has to come back first: what the user has is in memory only.
+    if (!machine.files.exists(container / documentName)) saves.request(false);
+    if (!waitForSaves()) {
+        saves.request(false);
+        if (!waitForSaves()) return false;
+    }
+    return writer.keepsUnreadableDocument() || backups.keep();
+}
+
+/// The same for a command of the user, who is told where it fails.
+bool StyleStore::keepsDocumentOrTells() {
+    if (keepDocument()) return true;
+    machine.alerts.showAlert(writeErrorTitle, backupErrorText);
+    return false;
 }
 
 bool StyleStore::writeSnapshot(const std::filesystem::path& file) {
@@ -137,6 +163,7 @@ void StyleStore::importDatabase(const std::filesystem::path& file) {
         machine.alerts.showAlert(readErrorTitle, readErrorText);
         return;
     }
+    if (!keepsDocumentOrTells()) return;
     auto imported = liveDatabaseFrom(std::move(*decoded));
     withDatabase([&](liveDatabase& live) {
         live.styles = mergedStyles(live.styles, std::move(imported.styles));
@@ -145,6 +172,7 @@ void StyleStore::importDatabase(const std::filesystem::path& file) {
 }
 
 void StyleStore::resetDatabase() {
+    if (!keepsDocumentOrTells()) return;
     withDatabase([](liveDatabase& live) { live = liveDatabaseFrom(makeEmptyDatabase()); });
     saveDatabase();
 }

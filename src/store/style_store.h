@@ -8,6 +8,7 @@
 #include "platform/file_system.h"
 #include "platform/message_channel.h"
 #include "preferences/preferences.h"
+#include "store/database_backups.h"
 #include "store/document_writer.h"
 #include "store/live_database.h"
 #include "store/save_queue.h"
@@ -44,6 +45,8 @@ struct storeSurroundings {
     Preferences& preferences;
     /// What it gives is called once the style is stored.
     QuietCompile compileStyle;
+    /// What backups are dated by.
+    DatabaseBackups::Clock clock = systemSeconds;
 };
 
 /// Gives the style what a Style Editor changes, as it is in `from`.
@@ -79,6 +82,18 @@ public:
     /// left.
     void finishSaves();
 
+    /// Keeps the document among the backups, as the user had it last: returns when every save
+    /// asked for so far has been tried (one may run on the calling thread), the last one once more
+    /// where it failed, and the document is kept. To be called before the live database is
+    /// replaced by one that may lack styles, off the main thread, as it may take long. False when
+    /// the last state could not be saved or the document not be kept; then nothing should be
+    /// replaced. Shows no alert of its own. Never from the upload handler, within a save.
+    bool keepDocument();
+
+    /// The documents that were kept: before every import, reset and other replacement of the
+    /// database, and before the first save of a day.
+    const DatabaseBackups& databaseBackups() const { return backups; }
+
     /// Writes the live database to `file` in the background.
     void exportDatabase(const std::filesystem::path& file);
 
@@ -86,10 +101,12 @@ public:
     void writePreCloudBackup();
 
     /// Merges the styles of a database file into the live database and saves. Reads the file on
-    /// the calling thread.
+    /// the calling thread. Keeps the document first; where that fails, an alert says so and nothing
+    /// changes.
     void importDatabase(const std::filesystem::path& file);
 
-    /// Replaces the live database by an empty one and saves.
+    /// Replaces the live database by an empty one and saves. Keeps the document first, as above; it
+    /// takes no time where `keepDocument` has just done so.
     void resetDatabase();
 
     /// Has `change` make another database of the live one, under its lock; where it gives false,
@@ -177,6 +194,7 @@ private:
     void load();
     void save(bool withUpload);
     void reportSaveFailure();
+    bool keepsDocumentOrTells();
     bool writeSnapshot(const std::filesystem::path& file);
     bool changeStyle(std::int64_t id, const std::function<void(styleContainer&)>& change);
 
@@ -188,6 +206,7 @@ private:
     std::mutex mutex; ///< guards `database`
     liveDatabase database;
     DocumentWriter writer;
+    DatabaseBackups backups;
     SaveQueue saves;
 };
 

@@ -46,4 +46,31 @@ TEST(StyleStoreThreads, commandsImportsAndSavesFromManyThreadsLoseNothing) {
     EXPECT_TRUE(machine.alerts.alerts.empty());
 }
 
+TEST(StyleStoreThreads, backupsOfManyThreadsAreWholeAndNoneIsWrittenTwice) {
+    StoreMachine<ThreadDispatcher> machine;
+    StyleStore& store = machine.store;
+    machine.putDocument({namedStyle("first", 1)});
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < 10; ++i) {
+                store.appendStyle(namedStyle("more", 1));
+                store.saveDatabase();
+                EXPECT_TRUE(store.keepDocument());
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    machine.dispatcher.join();
+
+    std::set<std::int64_t> hashes;
+    const auto backups = store.databaseBackups().list();
+    for (const databaseBackup& each : backups)
+        hashes.insert(machine.written(each.file).randomHash);
+    EXPECT_EQ(hashes.size(), backups.size());
+    EXPECT_EQ(machine.written(backups.front().file), machine.written());
+    EXPECT_LE(backups.size(), 11U);
+}
+
 } // namespace tessaril

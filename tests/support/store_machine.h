@@ -7,6 +7,7 @@
 #include "support/sample_styles.h"
 #include "support/stepped_dispatcher.h"
 
+#include <chrono>
 #include <functional>
 #include <string>
 #include <vector>
@@ -43,11 +44,13 @@ struct StoreMachine {
     Preferences preferences{stored};
     std::function<void(styleContainer&)> compile = [](styleContainer&) {};
     std::function<void()> afterStoring = [] {};
+    std::chrono::sys_seconds clock = systemSeconds();
     StyleStore store{{files, channel, alerts, dispatcher, center, preferences,
                       [this](styleContainer& style) {
                           compile(style);
                           return [this] { afterStoring(); };
-                      }},
+                      },
+                      [this] { return clock; }},
                      document.parent_path()};
 };
 
