@@ -129,6 +129,11 @@ styleEditorSurroundings Application::styleEditor() {
             standard, controls, exporter};
 }
 
+backupRestoreSurroundings Application::backupRestore() {
+    return {machine.files, machine.dispatcher, machine.alerts,           styleStore,
+            list,          wholeDatabase,      backupReading.get_token()};
+}
+
 void Application::styleListShown() {
     machine.dispatcher.onMain([this] {
         offer.offer();
@@ -181,6 +186,7 @@ void Application::openWebsite() {
 }
 
 void Application::stopLoading() {
+    backupReading.request_stop();
     icons.stop();
     urlImporter.stop();
     installLinks.stop();

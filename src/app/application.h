@@ -23,6 +23,7 @@
 #include "preferences/preference_sync.h"
 #include "preferences/preferences.h"
 #include "settings/style_prop_view.h"
+#include "store/backup_restore.h"
 #include "store/database_commands.h"
 #include "store/new_style.h"
 #include "store/open_styles.h"
@@ -41,6 +42,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <stop_token>
 #include <string_view>
 #include <vector>
 
@@ -104,6 +106,8 @@ public:
     PreferenceSync& preferenceSync() { return synced; }
     CloudSwitch& cloudSwitch() { return cloud; }
     DatabaseCommands& databaseCommands() { return wholeDatabase; }
+    /// What restoring from a backup works with.
+    backupRestoreSurroundings backupRestore();
 
     /// Carries the task out on the main thread, after what has to come first at launch; for
     /// whatever the application is asked to open.
@@ -123,7 +127,8 @@ public:
     void emailSupport();
     void openWebsite();
 
-    /// Ends what is being loaded from the network, so that nobody waits for it; for quitting.
+    /// Ends what is being loaded from the network, and the reading of backups for show, so that
+    /// nobody waits for it; for quitting.
     void stopLoading();
 
     /// Returns when everything asked for has been written; for quitting.
@@ -167,6 +172,7 @@ private:
     UpdateRuns sheetUpdates;
     LaunchUpdate updateOnLaunch;
     DatabaseCommands wholeDatabase;
+    std::stop_source backupReading;
     PreferenceControls controls;
     CloudSwitch cloud;
     StyleDrafts drafts;

@@ -33,21 +33,32 @@ std::string_view DatabaseCommands::importTitle() const {
     return isImporting ? busyImportTitle : idleImportTitle;
 }
 
-void DatabaseCommands::setImporting(bool importing) {
-    isImporting = importing;
+void DatabaseCommands::set(bool& state, bool value) {
+    state = value;
     if (changed) changed();
 }
 
 void DatabaseCommands::importFrom(const std::filesystem::path& file) {
-    if (isImporting) return;
+    if (!areAvailable()) return;
     // A panel shows only this type, but takes any name that is typed.
     if (!isDatabaseFile(file)) return machine.alerts.showAlert(readErrorTitle, readErrorText);
-    setImporting(true);
-    machine.dispatcher.inBackground(taskPriority::utility, [this, file] {
+    merge(file, false);
+}
+
+void DatabaseCommands::restoreFrom(const std::filesystem::path& backup) {
+    if (areAvailable()) merge(backup, true);
+}
+
+void DatabaseCommands::merge(const std::filesystem::path& file, bool scrolls) {
+    set(isImporting, true);
+    machine.dispatcher.inBackground(taskPriority::utility, [this, file, scrolls] {
+        const std::size_t before = machine.store.countStyles();
         machine.store.importDatabase(file);
-        machine.dispatcher.onMain([this] {
-            machine.center.post(notifications::refreshTable);
-            setImporting(false);
+        const bool hasMore = machine.store.countStyles() > before;
+        machine.dispatcher.onMain([this, hasNewRows = scrolls && hasMore] {
+            machine.center.post(hasNewRows ? notifications::refreshTableAndScroll
+                                           : notifications::refreshTable);
+            set(isImporting, false);
         });
     });
 }
@@ -65,14 +76,26 @@ bool DatabaseCommands::refusesToReset() {
 }
 
 void DatabaseCommands::reset() {
-    if (isImporting || refusesToReset()) return;
+    if (!areAvailable() || refusesToReset()) return;
     const alertAnswer answer = machine.alerts.ask({.title = resetTitle,
                                                    .text = resetText,
                                                    .buttons = {"No", "Yes"},
                                                    .style = alertStyle::critical,
                                                    .destructiveButton = 1});
+    if (answer.button != 1 || !areAvailable()) return;
+    set(isResetting, true);
+    machine.dispatcher.inBackground(taskPriority::utility, [this] {
+        machine.store.keepDocument(); // what takes long of the reset, which tells of a failure
+        machine.dispatcher.onMain([this] {
+            set(isResetting, false);
+            emptyDatabase();
+        });
+    });
+}
+
+void DatabaseCommands::emptyDatabase() {
     // A link may have opened a style while the question was shown.
-    if (answer.button != 1 || refusesToReset()) return;
+    if (refusesToReset()) return;
     machine.store.resetDatabase();
     machine.center.post(notifications::refreshTable);
 }

@@ -29,8 +29,9 @@ struct databaseCommandSurroundings {
     const OpenStyles& openStyles;
 };
 
-/// Import, export and reset of the whole style database, as three buttons offer them. An import
-/// goes on when the window with the buttons is closed. Main thread only.
+/// Import, export and reset of the whole style database, as three buttons offer them, and the
+/// import of a backup. An import goes on when the window with the buttons is closed. Main thread
+/// only.
 class DatabaseCommands {
 public:
     explicit DatabaseCommands(databaseCommandSurroundings surroundings);
@@ -40,26 +41,33 @@ public:
 
     std::string_view importTitle() const;
     /// Of all three buttons.
-    bool areAvailable() const { return !isImporting; }
+    bool areAvailable() const { return !isImporting && !isResetting; }
 
     /// Merges the database in the background, then posts `refreshTable`. A file of another type is
     /// refused like one that is no database.
     void importFrom(const std::filesystem::path& file);
 
+    /// The same for a backup; where it adds styles, the list scrolls to the last of them.
+    void restoreFrom(const std::filesystem::path& backup);
+
     /// Writes the database in the background. A name of another type gets this one's, and where
     /// that makes it one that exists, the user is asked.
     void exportTo(const std::filesystem::path& chosen);
 
-    /// Asks, then empties the database; refuses while a style is open in the editor.
+    /// Asks, keeps a backup in the background, then empties the database; refuses while a style is
+    /// open in the editor.
     void reset();
 
 private:
+    void merge(const std::filesystem::path& file, bool scrolls);
     bool refusesToReset();
-    void setImporting(bool importing);
+    void emptyDatabase();
+    void set(bool& state, bool value);
 
     databaseCommandSurroundings machine;
     std::function<void()> changed;
     bool isImporting = false;
+    bool isResetting = false;
 };
 
 } // namespace tessaril

@@ -6,8 +6,6 @@
 
 namespace tessaril {
 
-namespace {} // namespace
-
 InstalledStyles::InstalledStyles(const liveDatabase::styleList& styles) {
     for (const auto& style : styles) {
         uniqueIDs.insert(style->uniqueID);
@@ -38,6 +36,12 @@ bool InstalledStyles::isUserCSSInstalled(const styleContainer& style) const {
     });
 }
 
+bool InstalledStyles::isInstalled(const styleContainer& style) const {
+    if (style.userstyleID != noUserstyleID && hasUserstyleID(style.userstyleID)) return true;
+    const bool downloadedUserCSS = style.source == sourceUserCSS && !style.downloadedFrom.empty();
+    return downloadedUserCSS ? isUserCSSInstalled(style) : isDuplicate(style);
+}
+
 liveDatabase::styleList mergedStyles(const liveDatabase::styleList& installed,
                                      liveDatabase::styleList imported) {
     const InstalledStyles known(installed);
@@ -48,12 +52,7 @@ liveDatabase::styleList mergedStyles(const liveDatabase::styleList& installed,
     };
 
     for (auto& style : imported) {
-        if (style->userstyleID != noUserstyleID && known.hasUserstyleID(style->userstyleID))
-            continue;
-        const bool downloadedUserCSS =
-            style->source == sourceUserCSS && !style->downloadedFrom.empty();
-        if (downloadedUserCSS ? known.isUserCSSInstalled(*style) : known.isDuplicate(*style))
-            continue;
+        if (known.isInstalled(*style)) continue;
         // An identifier that the file itself holds twice is renewed as well: a style must be
         // addressable.
         if (isTaken(style->uniqueID)) {

@@ -25,6 +25,10 @@ public:
     /// update address (blank ones aside), or has the same `styleData` without `compSections`.
     bool isUserCSSInstalled(const styleContainer& style) const;
 
+    /// Whether an import leaves the style out: one from the style-sharing site is known by its
+    /// number, one downloaded as UserCSS by `isUserCSSInstalled`, any other by `isDuplicate`.
+    bool isInstalled(const styleContainer& style) const;
+
 private:
     std::unordered_set<std::int64_t> uniqueIDs;
     std::unordered_set<std::int64_t> userstyleIDs;
@@ -33,10 +37,8 @@ private:
     std::unordered_set<std::string_view> userCSSUpdateAddresses;
 };
 
-/// The styles of `installed` followed by those of `imported` that are not installed yet, in order.
-/// A style from the style-sharing site is known by its number, one downloaded as UserCSS by
-/// `isUserCSSInstalled`, any other by `isDuplicate`; all against `installed` alone. A style whose
-/// identifier is taken gets a fresh one.
+/// The styles of `installed` followed by those of `imported` that are not among them
+/// (`isInstalled`), in order. A style whose identifier is taken gets a fresh one.
 liveDatabase::styleList mergedStyles(const liveDatabase::styleList& installed,
                                      liveDatabase::styleList imported);
 

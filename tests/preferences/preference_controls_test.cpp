@@ -162,8 +162,11 @@ TEST_F(PreferenceControlsTest, AResetAsksAndRefusesWhileAStyleIsOpen) {
                              .style = alertStyle::critical,
                              .destructiveButton = 1}));
     commands.reset();
+    EXPECT_FALSE(commands.areAvailable());
+    dispatcher.runAll();
     EXPECT_TRUE(application.store().snapshot().styles.empty());
     EXPECT_EQ(refreshed, 1);
+    EXPECT_TRUE(commands.areAvailable());
 }
 
 } // namespace
