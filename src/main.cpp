@@ -141,6 +141,7 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
          .openWebsite = [&] { application.openWebsite(); },
          .pasteStyle = [&] { others.openPasteWindow(window); },
          .importFromURL = [&] { others.openImportSheet(window); },
+         .restoreFromBackup = [&] { others.openRestoreSheet(window); },
          .mayClose = [&](auto retry) { return others.mayClose(std::move(retry)); }});
     shown = &window;
     const auto openUpdateSheet = application.notificationCenter().observe(

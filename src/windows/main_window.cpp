@@ -127,6 +127,11 @@ void MainWindow::makeMenus() {
     if (commands.importFromURL) file->addAction(urlAction);
     file->addAction(listActions->exportAction());
     file->addSeparator();
+    if (commands.restoreFromBackup) {
+        connect(file->addAction("&Restore from Backup…"), &QAction::triggered, this,
+                [this] { commands.restoreFromBackup(); });
+        file->addSeparator();
+    }
     QAction* quit = file->addAction("&Quit");
     quit->setShortcut(QKeySequence("Ctrl+Q"));
     quit->setShortcutContext(Qt::ApplicationShortcut);

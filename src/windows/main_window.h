@@ -40,6 +40,8 @@ struct mainWindowCommands {
     std::function<void()> pasteStyle = {};
     /// Opens the sheet that takes the address of a style; one that is not set is not offered.
     std::function<void()> importFromURL = {};
+    /// Opens the sheet that brings styles back from a backup; one that is not set is not offered.
+    std::function<void()> restoreFromBackup = {};
     /// Whether nothing in other windows would be lost if this one closed now, which ends the
     /// application. Otherwise those windows ask the user, and `retry` is called once they have
     /// closed; not when one of them stays.

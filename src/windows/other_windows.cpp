@@ -7,6 +7,7 @@
 #include "windows/import_sheet.h"
 #include "windows/new_style_sheet.h"
 #include "windows/preferences_window.h"
+#include "windows/restore_sheet.h"
 #include "windows/style_editor_window.h"
 #include "windows/style_prop_window.h"
 #include "windows/update_sheet.h"
@@ -65,6 +66,13 @@ void OtherWindows::openPasteWindow(QWidget& mainWindow) {
 void OtherWindows::openImportSheet(QWidget& mainWindow) {
     if (!application.urlImport().mayBegin()) return;
     auto* sheet = new ImportSheet(application.urlImport(), &mainWindow);
+    sheet->open();
+}
+
+void OtherWindows::openRestoreSheet(QWidget& mainWindow) {
+    auto restore = std::make_unique<BackupRestore>(application.backupRestore());
+    if (!restore->mayBegin()) return;
+    auto* sheet = new RestoreSheet(std::move(restore), &mainWindow);
     sheet->open();
 }
 

@@ -36,6 +36,8 @@ public:
     void openPasteWindow(QWidget& mainWindow);
     /// Beeps instead while the list is locked for sync.
     void openImportSheet(QWidget& mainWindow);
+    /// The same.
+    void openRestoreSheet(QWidget& mainWindow);
     /// Whether no window holds what would be lost if the application ended now. Otherwise those
     /// that do ask the user, and `retry` is called once they have closed; not when one stays.
     bool mayClose(std::function<void()> retry);
