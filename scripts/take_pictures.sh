@@ -39,6 +39,7 @@ in_session() { # APPEARANCE: within a display and a session bus of its own
     picture "main-window-$appearance"
     pictures_of_list "$appearance"
     pictures_of_sheets "$appearance"
+    pictures_of_restoring "$appearance"
     pictures_of_updates "$appearance"
     pictures_of_properties "$appearance"
     pictures_of_preferences "$appearance"
@@ -85,6 +86,32 @@ pictures_of_sheets() { # APPEARANCE
     picture "export-style-$1"
     xdotool key Escape
     back_to_main
+}
+
+# Backups of a few days, and a style that is missing since.
+pictures_of_restoring() { # APPEARANCE
+    local container=$XDG_DATA_HOME/7RX2KD84QM.group.com.tessaril.shared day
+    rm -f "$container"/backups/*
+    for day in 13 20 21; do
+        cp "$container/styledb.sdb" "$container/backups/styledb-2026-11-${day}T184500Z.sdb"
+    done
+    echo damaged >"$container/backups/styledb-2026-11-20T184500Z.sdb"
+    xdotool key Home Delete
+    sleep 1
+    xdotool key Return
+    sleep 1
+    back_to_main
+    xdotool key alt+f
+    sleep 0.5
+    xdotool key r
+    shown_window "Restore from Backup"
+    sleep 1
+    xdotool key Home Down
+    picture "restore-$1"
+    xdotool key Escape
+    back_to_main
+    xdotool key ctrl+z
+    sleep 1
 }
 
 # A server on this machine holds its answers back where a picture is to show the waiting.

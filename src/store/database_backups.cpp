@@ -155,7 +155,8 @@ bool DatabaseBackups::keepAt(sys_seconds now) {
         std::ranges::find_if(known, [now](const auto& each) { return each.made <= now; });
     if (newest != known.end() && files.haveSameContent(document, newest->file)) return true;
 
-    int number = 1;
+    // Behind those of this second, even where earlier ones of it are gone.
+    int number = newest != known.end() && newest->made == now ? newest->number + 1 : 1;
     while (files.exists(folder / backupName(now, number)))
         ++number;
     // A name that is taken meanwhile is not overwritten.

@@ -76,6 +76,14 @@ QString stateText(backupStyleState state) {
     return {};
 }
 
+/// A row with some air; the first column's counts for all.
+QTreeWidgetItem* rowOf(const QTreeWidget& list, const QStringList& texts) {
+    constexpr int air = 8;
+    auto* item = new QTreeWidgetItem(texts);
+    item->setSizeHint(0, QSize(0, list.fontMetrics().height() + air));
+    return item;
+}
+
 /// The styles with those that are missing first, then the changed ones, each in their order.
 std::vector<const backupStyle*> inShownOrder(const std::vector<backupStyle>& styles) {
     std::vector<const backupStyle*> shown;
@@ -85,11 +93,11 @@ std::vector<const backupStyle*> inShownOrder(const std::vector<backupStyle>& sty
     return shown;
 }
 
-QTreeWidgetItem* itemOf(const backupStyle& style) {
-    auto* item = new QTreeWidgetItem({oneLine(style.name), stateText(style.state)});
+QTreeWidgetItem* itemOf(const QTreeWidget& list, const backupStyle& style) {
+    auto* item = rowOf(list, {oneLine(style.name), stateText(style.state)});
     item->setToolTip(nameColumn, toolTipText(oneLine(style.name)));
     if (style.state == backupStyleState::missing) {
-        QFont bold;
+        QFont bold = list.font();
         bold.setBold(true);
         item->setFont(nameColumn, bold);
     }
@@ -116,7 +124,6 @@ RestoreSheet::RestoreSheet(std::unique_ptr<BackupRestore> ownRestore, QWidget* p
     emptyNote->setAttribute(Qt::WA_TransparentForMouseEvents);
     auto* inside = new QVBoxLayout(backupList->viewport());
     inside->addWidget(emptyNote);
-    makeNote(*summary);
     summary->setObjectName("summary");
     summary->setTextFormat(Qt::PlainText);
     summary->setWordWrap(true);
@@ -137,7 +144,7 @@ RestoreSheet::RestoreSheet(std::unique_ptr<BackupRestore> ownRestore, QWidget* p
     lists->setChildrenCollapsible(false);
     lists->addWidget(titled("&Backups:", backupList));
     lists->addWidget(titled("&Styles in the backup:", styleList));
-    lists->setSizes({1, 1});
+    lists->setSizes({comfortableSize.width() / 2, comfortableSize.width() / 2});
     auto* parts = new QVBoxLayout(this);
     parts->addWidget(lists, 1);
     parts->addWidget(summary);
@@ -173,7 +180,7 @@ void RestoreSheet::showBackups() {
     QList<QTreeWidgetItem*> items;
     for (const listedBackup& backup : restore->backups()) {
         const QDateTime made = momentOf(backup.file);
-        auto* item = new QTreeWidgetItem({QLocale().toString(made, QLocale::ShortFormat), "…", ""});
+        auto* item = rowOf(*backupList, {QLocale().toString(made, QLocale::ShortFormat), "…", ""});
         item->setToolTip(dateColumn, toolTipText(QLocale().toString(made, QLocale::LongFormat)));
         for (const int column : {countColumn, missingColumn})
             item->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
@@ -207,7 +214,7 @@ void RestoreSheet::showChosen() {
     if (isKnown) {
         QList<QTreeWidgetItem*> items;
         for (const backupStyle* style : inShownOrder(backup->contents.styles))
-            items.append(itemOf(*style));
+            items.append(itemOf(*styleList, *style));
         styleList->addTopLevelItems(items);
     }
     if (isKnown)

@@ -121,6 +121,9 @@ TEST_F(DatabaseBackupsTest, keepsNothingTwiceAndOverwritesNothing) {
     files.contents["/doc"] = "2"; // as in one of them, but not in the newest
     EXPECT_TRUE(backups.keep());
     EXPECT_EQ(backups.list().size(), 4U);
+    for (int more = 0; more < 20; ++more)
+        keepAt(sunday + 2s);
+    EXPECT_EQ(names().front(), "styledb-2026-11-22T201502Z_20.sdb");
 }
 
 struct StoreBackupsTest : ::testing::Test, StoreMachine<> {
