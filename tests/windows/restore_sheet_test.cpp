@@ -29,6 +29,7 @@ struct RestoreSheetTest : ::testing::Test, ListWindow {
     /// By the keys of the menu.
     void open() {
         showWindow();
+        machine.dispatcher.runAll(); // from here on a step is one of the sheet's
         QTest::keyClick(&window, Qt::Key_F, Qt::AltModifier);
         QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_R);
         ASSERT_TRUE(sheet && QTest::qWaitForWindowActive(sheet));
