@@ -5,6 +5,7 @@
 #include "desktop/settings_store.h"
 #include "desktop/shared_container.h"
 #include "model/database_json.h"
+#include "store/database_backups.h"
 #include "support/captured_log.h"
 #include "support/temporary_folder.h"
 #include "support/test.h"
@@ -297,7 +298,13 @@ TEST(KilledSaves, LeaveAWholeDocumentInAnExpectedStateThatNeverGoesBack) {
 
     removeStaleStagedFiles(container.path);
     removeStaleStagedFiles(container / "wormhole");
-    EXPECT_EQ(container.names().size(), 2U) << "the document and the channel, nothing torn";
+    EXPECT_THAT(container.names(), UnorderedElementsAre("styledb.sdb", "wormhole", "backups"))
+        << "nothing torn";
+    PosixFileSystem files;
+    const auto kept = DatabaseBackups(files, container / "backups", {}, systemSeconds).list();
+    EXPECT_FALSE(kept.empty());
+    for (const databaseBackup& each : kept)
+        EXPECT_TRUE(decodeDatabase(fileContent(each.file)));
 }
 
 TEST(KilledSaves, LeaveWholePreferencesThatTheNextStartGoesOnWith) {
@@ -350,7 +357,9 @@ TEST(UsersFolders, AreMadeForThisUserOnlyOrNotAtAll) {
     const auto container = [] { return makeSharedContainer().value_or(""); };
     const std::tuple<const char*, std::function<fs::path()>, fs::path> folders[] = {
         {"XDG_CACHE_HOME", makeIconCacheFolder, "new/tessaril/icons"},
-        {"XDG_DATA_HOME", container, "new/7RX2KD84QM.group.com.tessaril.shared"}};
+        {"XDG_DATA_HOME", container, "new/7RX2KD84QM.group.com.tessaril.shared"},
+        {"XDG_DATA_HOME", [&] { return makeBackupFolder(container()); },
+         "new/7RX2KD84QM.group.com.tessaril.shared/backups"}};
     for (const auto& [variable, make, path] : folders) {
         const QByteArray before = qgetenv(variable);
         const TemporaryFolder folder;

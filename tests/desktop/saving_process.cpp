@@ -4,6 +4,7 @@
 // "last" are set to N, in this order.
 
 #include "desktop/folder_message_channel.h"
+#include "desktop/own_folders.h"
 #include "desktop/posix_file_system.h"
 #include "desktop/settings_store.h"
 #include "store/style_store.h"
@@ -40,6 +41,7 @@ void confirm(int state) {
 int main(int argc, char* argv[]) {
     const std::filesystem::path container = argv[1];
     if (argc > 2) setWithoutEnd(container / argv[2]);
+    makeBackupFolder(container);
     PosixFileSystem files;
     FolderMessageChannel channel(files, container);
     RecordingAlerts alerts;
