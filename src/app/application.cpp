@@ -80,7 +80,8 @@ Application::Application(applicationSurroundings surroundings)
                      .dispatcher = machine.dispatcher,
                      .center = center,
                      .store = styleStore,
-                     .openStyles = stylesOpenInEditors})
+                     .openStyles = stylesOpenInEditors,
+                     .willReset = [this] { sync.allowReplacing(); }})
     , controls(standard, shared, synced)
     , cloud(standard, center, machine.dispatcher)
     , drafts(machine.files, machine.draftFolder)
@@ -91,9 +92,33 @@ Application::Application(applicationSurroundings surroundings)
              .openStyles = stylesOpenInEditors,
              .center = center,
              .alerts = machine.alerts,
-             .dispatcher = machine.dispatcher}) {
+             .dispatcher = machine.dispatcher})
+    , recovery(styleStore, center)
+    , sync({.records = machine.records,
+            .preferenceSync = synced,
+            .dispatcher = machine.dispatcher,
+            .merging = {.store = styleStore,
+                        .files = machine.files,
+                        .preferences = standard,
+                        .center = center,
+                        .alerts = machine.alerts,
+                        .openStyles = stylesOpenInEditors,
+                        .recoveryList = recovery,
+                        .container = machine.container}})
+    , cloudStart({.sync = sync,
+                  .records = machine.records,
+                  .store = styleStore,
+                  .list = list,
+                  .preferences = standard,
+                  .center = center,
+                  .dispatcher = machine.dispatcher}) {
     registerPreferenceDefaults(standard, shared, styleStore.generateUniqueID(),
                                machine.darkAppearance);
+    styleStore.setUploadHandler([this] { sync.uploadDatabase(); });
+    synced.setUploadHandler([this] { sync.uploadPreferences(); });
+    sync.setUpdatePending([this] { return updateOnLaunch.isPending(); });
+    cloud.setAccess(cloudStart.access());
+    commands.setOpenLater([this](std::int64_t id) { sync.setPendingOpenStyleID(id); });
 }
 
 importSurroundings Application::importing() {
@@ -140,6 +165,7 @@ void Application::styleListShown() {
         launched();
     });
     updateOnLaunch.listShown();
+    cloudStart.listShown();
     machine.dispatcher.onMainAfter(launchCheckDelay, [this] { runLaunchChecks(); });
 }
 
@@ -159,6 +185,7 @@ void Application::launched() {
 
 void Application::runLaunchChecks() {
     savingCompiler.resume();
+    cloudStart.check();
     if (standard.boolean(preferenceKeys::isFirstLaunch)) {
         standard.set(preferenceKeys::isFirstLaunch, false);
         return;
@@ -199,6 +226,7 @@ void Application::stopLoading() {
 
 void Application::finish() {
     styleStore.finishSaves();
+    sync.finish();
 }
 
 } // namespace tessaril

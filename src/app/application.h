@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/cloud_start.h"
 #include "app/extension_warning.h"
 #include "app/install_links.h"
 #include "app/launch_update.h"
@@ -17,6 +18,7 @@
 #include "less_imports/saving_compiler.h"
 #include "platform/browser_extension.h"
 #include "platform/external_applications.h"
+#include "platform/record_store.h"
 #include "preferences/change_announcement.h"
 #include "preferences/cloud_switch.h"
 #include "preferences/preference_controls.h"
@@ -36,6 +38,8 @@
 #include "style_editor/editor_saves.h"
 #include "style_editor/style_drafts.h"
 #include "style_editor/style_editor_controller.h"
+#include "sync/cloud_sync.h"
+#include "sync/recovery_list.h"
 #include "undo/undo_manager.h"
 #include "update/style_updates.h"
 #include "update/update_run.h"
@@ -63,6 +67,7 @@ struct applicationSurroundings {
     ExternalApplications& externals;
     UrlLoader& urls;
     IconDecoder& iconDecoder;
+    RecordStore& records;
     std::filesystem::path container;    ///< the shared container's directory, which exists
     std::filesystem::path iconCache;    ///< a folder for icons alone, which exists; empty for none
     std::filesystem::path importFolder; ///< the same for the files that Less styles import
@@ -99,8 +104,7 @@ public:
     DraftOffer& draftOffer() { return offer; }
     const OpenStyles& openStyles() const { return stylesOpenInEditors; }
 
-    /// What the Preferences window works on. `preferenceSync` and `cloudSwitch` wait for the cloud:
-    /// until it is connected they upload nothing and report no account.
+    /// What the Preferences window works on.
     Preferences& preferences() { return standard; }
     PreferenceControls& preferenceControls() { return controls; }
     PreferenceSync& preferenceSync() { return synced; }
@@ -108,6 +112,9 @@ public:
     DatabaseCommands& databaseCommands() { return wholeDatabase; }
     /// What restoring from a backup works with.
     backupRestoreSurroundings backupRestore();
+
+    CloudSync& cloudSync() { return sync; }
+    RecoveryList& recoveryList() { return recovery; }
 
     /// Carries the task out on the main thread, after what has to come first at launch; for
     /// whatever the application is asked to open.
@@ -131,7 +138,8 @@ public:
     /// nobody waits for it; for quitting.
     void stopLoading();
 
-    /// Returns when everything asked for has been written; for quitting.
+    /// Returns when everything asked for has been written, and uploaded where that takes no more
+    /// than a few seconds; for quitting.
     void finish();
 
 private:
@@ -178,6 +186,9 @@ private:
     StyleDrafts drafts;
     EditorSaves saves;
     DraftOffer offer;
+    RecoveryList recovery;
+    CloudSync sync;
+    CloudStart cloudStart;
     bool isLaunched = false;
     std::vector<std::function<void()>> afterLaunch;
 };

@@ -5,6 +5,8 @@
 #include "preferences/preferences.h"
 #include "update/style_updates.h"
 
+#include <atomic>
+
 namespace tessaril {
 
 /// Checks all styles for updates once per process, where the user wants it at launch. Main thread
@@ -19,7 +21,7 @@ public:
     /// `performFirstUpdate`.
     void listShown();
 
-    /// Whether `performFirstUpdate` is waited for.
+    /// Whether `performFirstUpdate` is waited for; from any thread.
     bool isPending() const { return pending; }
 
 private:
@@ -28,7 +30,7 @@ private:
     StyleUpdates& updates;
     Preferences& preferences;
     bool done = false;
-    bool pending = false;
+    std::atomic<bool> pending = false; ///< the cloud sync asks from threads of its own
     NotificationCenter::Subscription performFirstUpdate;
 };
 

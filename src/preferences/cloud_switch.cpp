@@ -18,7 +18,7 @@ void CloudSwitch::paneShown() {
 
 void CloudSwitch::accountAnswered(bool isAvailable) {
     available = isAvailable;
-    if (!available && isOn()) standard.set(preferenceKeys::useiCloud, false);
+    if (!available && isOn()) turnOff();
     if (changed) changed();
 }
 
@@ -28,11 +28,16 @@ bool CloudSwitch::isOn() const {
 
 void CloudSwitch::turn(bool on) {
     if (!available || on == isOn()) return;
-    standard.set(preferenceKeys::useiCloud, on);
-    if (!on) return;
+    if (!on) return turnOff();
+    standard.set(preferenceKeys::useiCloud, true);
     if (cloud.prepareSync) cloud.prepareSync();
     center.post(notifications::lockForiCloud);
     if (cloud.startSync) dispatcher.inBackground(taskPriority::userInitiated, cloud.startSync);
+}
+
+void CloudSwitch::turnOff() {
+    standard.set(preferenceKeys::useiCloud, false);
+    if (cloud.endSync) cloud.endSync();
 }
 
 } // namespace tessaril

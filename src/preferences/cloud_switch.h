@@ -16,6 +16,8 @@ struct cloudAccess {
     std::function<void()> prepareSync;
     /// The first sync; runs on a background task.
     std::function<void()> startSync;
+    /// Called when sync has been switched off.
+    std::function<void()> endSync;
 };
 
 /// The check box that switches cloud sync on and off. Main thread only.
@@ -42,6 +44,7 @@ public:
 
 private:
     void accountAnswered(bool isAvailable);
+    void turnOff();
 
     Preferences& standard;
     NotificationCenter& center;

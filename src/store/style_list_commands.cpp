@@ -193,6 +193,7 @@ void StyleListCommands::openForEditing(std::size_t row) {
 }
 
 void StyleListCommands::openLinked(std::int64_t id) {
+    if (machine.list.isLockedForSync() && openLater) return openLater(id);
     const auto row = machine.list.rowOf(id);
     if (!row) return;
     machine.list.selectRows({*row});

@@ -52,6 +52,11 @@ public:
     void setRoutes(styleRoutes newRoutes) { routes = std::move(newRoutes); }
     const styleRoutes& availableRoutes() const { return routes; }
 
+    /// Takes the style that is to be opened while the list is locked; nothing to forget it.
+    void setOpenLater(std::function<void(std::int64_t id)> handler) {
+        openLater = std::move(handler);
+    }
+
     /// The row's check box.
     void onToggle(std::size_t row);
     /// Rows whose styles are being updated are passed over, as their check boxes are not available.
@@ -102,6 +107,7 @@ private:
 
     styleListSurroundings machine;
     styleRoutes routes;
+    std::function<void(std::int64_t)> openLater;
     StyleDeletion deletion;
     NotificationCenter::Subscription openStyleNotif;
 };

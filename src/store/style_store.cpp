@@ -13,7 +13,6 @@ namespace tessaril {
 
 namespace {
 
-constexpr std::string_view documentName = "styledb.sdb";
 constexpr std::string_view preCloudBackupName = "styledb-pre-icloud.sdb";
 
 constexpr std::string_view writeErrorLine = "Error writing style database.";
@@ -146,11 +145,7 @@ void StyleStore::exportDatabase(const std::filesystem::path& file) {
 
 void StyleStore::writePreCloudBackup() {
     const std::filesystem::path backup = container / preCloudBackupName;
-    if (machine.files.exists(backup)) return;
-    machine.dispatcher.inBackground(taskPriority::utility, [this, backup] {
-        // Asked for twice in a row, the second must not replace the first.
-        if (!machine.files.exists(backup)) writeSnapshot(backup);
-    });
+    if (!machine.files.exists(backup)) writeSnapshot(backup);
 }
 
 void StyleStore::importDatabase(const std::filesystem::path& file) {

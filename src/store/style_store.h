@@ -30,6 +30,9 @@ namespace tessaril {
 /// The directory's name under which application and extension share their files.
 inline constexpr std::string_view applicationGroup = "7RX2KD84QM.group.com.tessaril.shared";
 
+/// The document's file in that directory.
+inline constexpr std::string_view documentName = "styledb.sdb";
+
 /// The alert about a file that holds no database.
 inline constexpr std::string_view readErrorTitle = "Error reading style database";
 inline constexpr std::string_view readErrorText =
@@ -97,7 +100,8 @@ public:
     /// Writes the live database to `file` in the background.
     void exportDatabase(const std::filesystem::path& file);
 
-    /// Writes `styledb-pre-icloud.sdb` in the background unless it exists.
+    /// Writes `styledb-pre-icloud.sdb` unless it exists; on the calling thread, so that it is whole
+    /// before the first sync. A failure is only logged.
     void writePreCloudBackup();
 
     /// Merges the styles of a database file into the live database and saves. Reads the file on

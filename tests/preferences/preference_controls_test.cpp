@@ -70,7 +70,8 @@ TEST_F(PreferenceControlsTest, TheCloudIsSwitchedOnlyWithAnAccount) {
             steps.emplace_back(cloud.isOn() ? "lock" : "lock of nothing");
         });
     cloud.setChangeHandler([&] { ++changes; });
-    cloud.paneShown(); // nobody to ask
+    cloud.setAccess({}); // nobody to ask
+    cloud.paneShown();
     EXPECT_FALSE(cloud.isOn() || cloud.isAvailable());
     cloud.turn(true);
     EXPECT_FALSE(cloud.isOn());

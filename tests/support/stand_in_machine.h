@@ -3,6 +3,7 @@
 #include "app/application.h"
 #include "support/map_url_loader.h"
 #include "support/memory_files.h"
+#include "support/memory_records.h"
 #include "support/recording_alerts.h"
 #include "support/recording_compiler_errors.h"
 #include "support/stepped_dispatcher.h"
@@ -29,9 +30,9 @@ struct StandInMachine {
     };
 
     applicationSurroundings surroundings() {
-        return {files,    channel,      alerts,         dispatcher, standard,  shared,
-                scripts,  scripts,      compilerErrors, extension,  externals, urls,
-                pictures, "/container", "/cache",       "/imports", "/drafts"};
+        return {files,    channel, alerts,         dispatcher, standard,   shared,
+                scripts,  scripts, compilerErrors, extension,  externals,  urls,
+                pictures, records, "/container",   "/cache",   "/imports", "/drafts"};
     }
 
     MemoryFiles files;
@@ -43,6 +44,8 @@ struct StandInMachine {
     RecordingCompilerErrors compilerErrors;
     MapUrlLoader urls;
     MarkedPictures pictures;
+    MemoryRecordServer recordServer;
+    MemoryRecordStore records{recordServer};
     ::testing::NiceMock<Extension> extension;
     ::testing::StrictMock<Externals> externals;
 };
