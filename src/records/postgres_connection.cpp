@@ -190,7 +190,8 @@ PostgresConnection::open(const recordAddress& address, const PasswordSource& sou
                          const TimeLimit& limit, std::chrono::milliseconds statementTime) {
     opening opened = connect(address, "", limit);
     if (opened.wantsPassword && source)
-        if (const auto password = source(accountOf(address), limit.left());
+        // Half of what is left, so that the answer can still be used.
+        if (const auto password = source(accountOf(address), limit.left() / 2);
             password && !password->empty())
             opened = connect(address, *password, limit);
     if (opened.error) return *opened.error;

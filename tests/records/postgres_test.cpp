@@ -1,3 +1,4 @@
+#include "model/text.h"
 #include "support/record_store_suite.h"
 #include "support/sql_records.h"
 
@@ -158,6 +159,10 @@ TEST_F(PostgresStore, TrustsOnlyTheCertificateThatTheAddressNames) {
                              server.user + "'"),
               "t\n");
     EXPECT_EQ(codeAt(secure), recordErrorCode::unreachable) << "no authority vouches for it";
+    // It counts as another machine, though it is this one: encrypted and verified unless asked.
+    const std::string remote = replacingAll(server.address(), "127.0.0.1", "0.0.0.0");
+    EXPECT_EQ(codeAt(remote), recordErrorCode::unreachable);
+    EXPECT_EQ(codeAt(remote + "?sslmode=require"), recordErrorCode{});
 }
 
 TEST_F(PostgresStore, AServerThatNeverAnswersHoldsNobodyUp) {
