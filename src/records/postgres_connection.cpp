@@ -24,8 +24,8 @@ constexpr std::string_view channel = "'tessaril_' || md5(current_user::text)";
 
 // An administrator may have made the schema for a user who may make none.
 constexpr std::array<std::string_view, 1> beforeTablesOfPostgres{
-    "DO $$ BEGIN IF to_regnamespace('tessaril') IS NULL THEN CREATE SCHEMA tessaril; END IF; END "
-    "$$"};
+    "DO $$ BEGIN IF NOT EXISTS (SELECT FROM pg_namespace WHERE nspname = 'tessaril') THEN"
+    " CREATE SCHEMA tessaril; END IF; END $$"};
 
 constexpr std::array<std::string_view, 6> afterTablesOfPostgres{
     "ALTER TABLE records ENABLE ROW LEVEL SECURITY",
@@ -44,7 +44,9 @@ const sqlDialect dialectOfPostgres{
     .owner = "current_user::text",
     // The number is any that nobody else uses.
     .lockTables = "SELECT CAST(pg_advisory_xact_lock(7228465910334187) AS text)",
-    .findTables = "SELECT 'found' WHERE to_regclass('tessaril.schema_version') IS NOT NULL",
+    // Not by to_regclass(), which within a transaction may not see yet what another just made.
+    .findTables = "SELECT 'found' FROM pg_tables WHERE schemaname = 'tessaril'"
+                  " AND tablename = 'schema_version'",
     .beforeTables = beforeTablesOfPostgres,
     .afterTables = afterTablesOfPostgres,
     .announce = announceOfPostgres};

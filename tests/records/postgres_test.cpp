@@ -69,6 +69,33 @@ TEST_F(PostgresStore, UsersOfOneDatabaseSeeNothingOfEachOther) {
                     .empty());
 }
 
+TEST_F(PostgresStore, WhoeverWaitsForTheTablesToBeMadeFindsThem) {
+    constexpr int count = 4;
+    const std::string lockers = "SELECT count(*) FROM pg_locks WHERE locktype = 'advisory' AND "
+                                "database = (SELECT oid FROM pg_database WHERE datname = "
+                                "current_database())";
+    auto held = std::async(std::launch::async, [&] {
+        server.execute("DO $$ BEGIN PERFORM pg_advisory_xact_lock(7228465910334187); WHILE (" +
+                       lockers + " AND NOT granted) < " + std::to_string(count) +
+                       " LOOP PERFORM pg_sleep(0.01); END LOOP; END $$");
+    });
+    while (server.execute(lockers) != "1\n") {
+    }
+    int saved = 0;
+    std::string errors;
+    for (int i = 0; i < count; ++i)
+        machine().store->saveRecord({.id = {"preferences", std::to_string(i)}},
+                                    [&](const recordSave& save) {
+                                        arrivals.note([&] {
+                                            ++saved;
+                                            if (save.error) errors += save.error->text + "\n";
+                                        });
+                                    });
+    held.get();
+    EXPECT_TRUE(arrivals.until(server, [&] { return saved == count; }));
+    EXPECT_EQ(errors, "");
+}
+
 TEST_F(PostgresStore, WhoIsNotLetInIsNotAuthenticated) {
     const auto none = [](const std::string&, std::chrono::milliseconds) {
         return std::optional<std::string>();
