@@ -53,7 +53,8 @@ std::optional<std::string> decodedPart(std::string_view text) {
 }
 
 std::variant<recordAddress, recordAddressFault> fileAddress(std::string_view path) {
-    if (!path.starts_with('/') || path.ends_with('/') || !isPlainText(path))
+    if (!path.starts_with('/') || path.starts_with("//") || path.ends_with('/') ||
+        !isPlainText(path))
         return recordAddressFault::notUnderstood;
     return recordAddress{.file = std::string(path)};
 }
