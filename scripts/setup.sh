@@ -7,9 +7,11 @@ cd "$root"
 
 build_packages=(
     ca-certificates ccache cmake g++ git ninja-build pkg-config
-    libcurl4-openssl-dev libgmock-dev libgtest-dev libicu-dev libsimdjson-dev
-    libgl-dev libjavascriptcoregtk-4.1-dev qt6-base-dev qt6-svg-dev qt6-webengine-dev
+    libcurl4-openssl-dev libgmock-dev libgtest-dev libicu-dev libpq-dev libsimdjson-dev
+    libsqlite3-dev libgl-dev libjavascriptcoregtk-4.1-dev qt6-base-dev qt6-svg-dev
+    qt6-webengine-dev qtkeychain-qt6-dev
 )
+server_packages=(postgresql)
 display_packages=(fonts-dejavu-core imagemagick openssl python3 xauth xvfb)
 desktop_packages=(desktop-file-utils shared-mime-info xdg-utils)
 picture_packages=(dbus python3-dbus python3-gi xdotool)

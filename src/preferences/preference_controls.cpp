@@ -1,6 +1,8 @@
 #include "preferences/preference_controls.h"
 
 #include "model/text.h"
+#include "preferences/preference_keys.h"
+#include "web/record_address.h"
 
 namespace tessaril {
 
@@ -67,7 +69,9 @@ void PreferenceControls::endAllEditing() {
 }
 
 void PreferenceControls::setAddress(std::string_view key, std::string_view address) {
-    const std::string wanted(trimmed(address));
+    std::string wanted(trimmed(address));
+    // A password would stay in the file for everybody to read.
+    if (key == preferenceKeys::recordStoreAddress) wanted = withoutPassword(wanted);
     if (wanted.empty())
         standard.reset(key);
     else if (wanted != standard.string(key))

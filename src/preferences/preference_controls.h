@@ -37,7 +37,7 @@ public:
 
     /// The fields of addresses: stored once they are complete, as nobody is to reach half of one.
     /// Surrounding blanks are dropped, and an emptied one becomes its default again. They never
-    /// travel.
+    /// travel. A password in the record store's address is not stored.
     void setAddress(std::string_view key, std::string_view address);
 
 private:

@@ -51,7 +51,8 @@ void OtherWindows::openPreferences(QWidget& mainWindow) {
              .general = {.controls = application.preferenceControls(),
                          .cloud = application.cloudSwitch(),
                          .database = application.databaseCommands()},
-             .makePreview = [this](QWidget* pane) { return new EditorPreview(editor, pane); }},
+             .makePreview = [this](QWidget* pane) { return new EditorPreview(editor, pane); },
+             .passwords = passwords},
             &mainWindow);
     });
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/application.h"
+#include "platform/password_store.h"
 #include "platform/web_view_factory.h"
 #include "windows/editor_parts.h"
 
@@ -32,6 +33,9 @@ public:
     OtherWindows(const OtherWindows&) = delete;
     OtherWindows& operator=(const OtherWindows&) = delete;
 
+    /// The keychain that the preferences offer; must live longer.
+    void setPasswords(PasswordStore& store) { passwords = &store; }
+
     void openPreferences(QWidget& mainWindow);
     void openPasteWindow(QWidget& mainWindow);
     /// Beeps instead while the list is locked for sync.
@@ -61,6 +65,7 @@ public:
 private:
     Application& application;
     editorParts editor;
+    PasswordStore* passwords = nullptr;
     QPointer<PreferencesWindow> preferences;
     QPointer<ImportMozDocView> pasteWindow;
     QPointer<UpdateSheet> updateSheet;

@@ -20,7 +20,7 @@ PreferencesWindow::PreferencesWindow(preferencesWindowParts parts, QWidget* pare
     setWindowTitle("Preferences");
     auto* general = new GeneralPane(std::move(parts.general));
     auto* editor = new EditorPane(controls, parts.makePreview);
-    auto* advanced = new AdvancedPane(controls);
+    auto* advanced = new AdvancedPane(controls, parts.passwords);
     auto* panes = new QTabWidget;
     panes->setDocumentMode(true);
     panes->addTab(new PaneScroller(general), "&General");

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "events/notification_center.h"
+#include "platform/password_store.h"
 #include "windows/general_pane.h"
 
 #include <QWidget>
@@ -15,6 +16,8 @@ struct preferencesWindowParts {
     generalPaneParts general;
     /// Makes the code editor of the Editor pane's preview; none: there is no preview.
     std::function<QWidget*(QWidget* parent)> makePreview;
+    /// The keychain for the record store's password; none: it is not there.
+    PasswordStore* passwords = nullptr;
 };
 
 /// The window of the preferences, in three panes. It follows changes from elsewhere.

@@ -1,0 +1,130 @@
+#include "records/change_listening.h"
+
+#include "model/log.h"
+
+#include <algorithm>
+#include <thread>
+#include <utility>
+
+namespace tessaril {
+
+namespace {
+
+using namespace std::chrono_literals;
+constexpr std::chrono::milliseconds shortestPause = 1s;
+constexpr std::chrono::milliseconds longestPause = 60s;
+
+} // namespace
+
+ChangeListening::ChangeListening(std::string ownName, std::function<void()> onNews)
+    : name(std::move(ownName)), news(std::move(onNews)), nextPause(shortestPause) {}
+
+void ChangeListening::addType(std::string_view recordType) {
+    const std::lock_guard lock(mutex);
+    types.emplace(recordType);
+}
+
+std::optional<recordError> ChangeListening::waitUntilListening(const TimeLimit& limit) {
+    std::unique_lock lock(mutex);
+    const int before = attempts;
+    isAsked = true;
+    changed.notify_all();
+    const bool isDecided = changed.wait_for(
+        lock, limit.left(), [&] { return isListening || isEnded || attempts != before; });
+    isAsked = false;
+    if (!isDecided)
+        return recordError{recordErrorCode::timedOut, "Changes are not listened for in time."};
+    if (isListening) return std::nullopt;
+    return lastError.value_or(
+        recordError{recordErrorCode::unreachable, "Changes are no longer listened for."});
+}
+
+void ChangeListening::addOwnTags(std::span<const std::string> tags) {
+    const std::lock_guard lock(mutex);
+    ownTags.insert(tags.begin(), tags.end());
+}
+
+void ChangeListening::stop() {
+    const std::lock_guard lock(mutex);
+    signal->stop();
+    changed.notify_all();
+}
+
+void ChangeListening::waitForEnd(TimeLimit::Clock::time_point until) {
+    std::unique_lock lock(mutex);
+    changed.wait_until(lock, until, [this] { return isEnded; });
+}
+
+bool ChangeListening::isAskedFor(std::string_view recordType) const {
+    const std::lock_guard lock(mutex);
+    return types.contains(recordType);
+}
+
+bool ChangeListening::isOwnTag(const std::string& tag) const {
+    const std::lock_guard lock(mutex);
+    return ownTags.contains(tag);
+}
+
+void ChangeListening::tellNews() const {
+    const std::lock_guard lock(mutex);
+    if (!signal->isStopped()) news();
+}
+
+void ChangeListening::tellBegun() {
+    const std::lock_guard lock(mutex);
+    isListening = true;
+    nextPause = shortestPause;
+    changed.notify_all();
+    if (std::exchange(wasInterrupted, false) && !signal->isStopped()) news();
+}
+
+void ChangeListening::tellFailed(const recordError& error) {
+    const std::lock_guard lock(mutex);
+    if (!wasInterrupted)
+        logLine("Changes of other machines are not heard of for now. " + error.text);
+    isListening = false;
+    wasInterrupted = true;
+    isAsked = false;
+    ++attempts;
+    lastError = error;
+    changed.notify_all();
+}
+
+void ChangeListening::pause() {
+    std::unique_lock lock(mutex);
+    changed.wait_for(lock, nextPause, [this] { return isAsked || signal->isStopped(); });
+    nextPause = std::min(nextPause * 2, longestPause);
+}
+
+void ChangeListening::tellEnded() {
+    const std::lock_guard lock(mutex);
+    isListening = false;
+    isEnded = true;
+    changed.notify_all();
+}
+
+bool ChangeListening::hasEnded() const {
+    const std::lock_guard lock(mutex);
+    return isEnded;
+}
+
+void startListening(std::shared_ptr<ChangeListening> listening, recordAddress address,
+                    PasswordSource passwords, std::chrono::milliseconds operationTime) {
+    std::thread([listening = std::move(listening), address = std::move(address),
+                 passwords = std::move(passwords), operationTime] {
+        for (;;) {
+            const recordError error =
+                address.isFile() ? listenToSqlite(*listening, address, operationTime)
+                                 : listenToPostgres(*listening, address, passwords, operationTime);
+            if (listening->isStopped()) break;
+            listening->tellFailed(error);
+            // Asked again and again with a wrong password, a server might lock the user out.
+            if (error.code == recordErrorCode::notAuthenticated) break;
+            listening->pause();
+            if (listening->isStopped()) break;
+        }
+        listening->tellEnded();
+    }).detach(); // looking up a host's name cannot be interrupted
+}
+
+} // namespace tessaril

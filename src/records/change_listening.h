@@ -1,0 +1,87 @@
+#pragma once
+
+#include "platform/record_store.h"
+#include "records/postgres_connection.h"
+#include "records/record_tables.h"
+#include "records/time_limit.h"
+#include "web/record_address.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+
+namespace tessaril {
+
+/// What a record store and its thread that listens for the changes of others have in common. Safe
+/// to use from both.
+class ChangeListening {
+public:
+    /// - news: called on the listening thread when others changed what is asked for, or may have;
+    ///   not once `stop` has returned
+    ChangeListening(std::string ownName, std::function<void()> news);
+
+    // Of the store.
+
+    void addType(std::string_view recordType);
+    /// Waits until changes are listened for from now on. An error when that was tried and failed;
+    /// it goes on being tried, unless the user was refused.
+    std::optional<recordError> waitUntilListening(const TimeLimit& limit);
+    /// Tags that this store itself is about to save.
+    void addOwnTags(std::span<const std::string> tags);
+    void stop();
+    /// Waits for the end of the thread; not longer than `until`.
+    void waitForEnd(TimeLimit::Clock::time_point until);
+
+    // Of the thread.
+
+    const std::string& ownName() const { return name; }
+    std::shared_ptr<const StopSignal> stopSignal() const { return signal; }
+    bool isStopped() const { return signal->isStopped(); }
+    bool isAskedFor(std::string_view recordType) const;
+    bool isOwnTag(const std::string& tag) const;
+    void tellNews() const;
+    /// Listening began. What happened before it since it was lost is news.
+    void tellBegun();
+    void tellFailed(const recordError& error);
+    /// Pauses before it is tried again; longer each time. Ends at once when the store asks.
+    void pause();
+    void tellEnded();
+    bool hasEnded() const;
+
+private:
+    const std::string name;
+    const std::function<void()> news;
+    const std::shared_ptr<StopSignal> signal = std::make_shared<StopSignal>();
+
+    mutable std::mutex mutex;
+    std::condition_variable changed;
+    std::set<std::string, std::less<>> types;
+    std::set<std::string, std::less<>> ownTags;
+    bool isListening = false;
+    bool wasInterrupted = false;
+    bool isAsked = false; ///< somebody waits for it to be tried
+    bool isEnded = false;
+    int attempts = 0; ///< that failed, since the start
+    std::optional<recordError> lastError;
+    std::chrono::milliseconds nextPause;
+};
+
+/// Listens on a thread of its own, which holds `listening`, until that is stopped or the user was
+/// refused.
+void startListening(std::shared_ptr<ChangeListening> listening, recordAddress address,
+                    PasswordSource passwords, std::chrono::milliseconds operationTime);
+
+// On the listening thread; both return when listening was lost, or could not begin.
+recordError listenToPostgres(ChangeListening& listening, const recordAddress& address,
+                             const PasswordSource& passwords,
+                             std::chrono::milliseconds operationTime);
+recordError listenToSqlite(ChangeListening& listening, const recordAddress& address,
+                           std::chrono::milliseconds operationTime);
+
+} // namespace tessaril

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "records/sql_connection.h"
+
+#include <memory>
+#include <string>
+#include <variant>
+
+namespace tessaril {
+
+/// Opens the SQLite file, which is made if it is not there, for its owner alone. Its folder must
+/// exist. Whoever uses it meanwhile is waited for, within the limit. A connection serves one
+/// operation, as the file may be replaced by another between two.
+std::variant<std::unique_ptr<SqlConnection>, recordError> openSqlite(const std::string& path);
+
+} // namespace tessaril

@@ -1,0 +1,246 @@
+#include "model/text.h"
+#include "support/record_store_suite.h"
+#include "support/sql_records.h"
+
+#include <atomic>
+#include <future>
+
+namespace tessaril::testing {
+namespace {
+
+class PostgresStore : public RecordStoreSuite<PostgresRecords> {
+protected:
+    Machine& machineAt(const std::string& address, PasswordSource passwords = passwordOf) {
+        Machine& made = *machines.emplace_back(std::make_unique<Machine>());
+        made.store = sqlClient(address, generousTime, std::move(passwords));
+        return made;
+    }
+    recordErrorCode codeAt(const std::string& address, PasswordSource passwords = passwordOf) {
+        return codeOf(fetch(machineAt(address, std::move(passwords)), {database}).error);
+    }
+
+    /// Holds up whatever touches the records until the server ends.
+    void holdUpRecords() {
+        server.execute("CREATE FUNCTION tessaril.hold() RETURNS boolean LANGUAGE plpgsql AS $$ "
+                       "BEGIN PERFORM pg_sleep(3600); RETURN true; END $$;"
+                       "CREATE POLICY hold ON tessaril.records AS RESTRICTIVE"
+                       " USING (tessaril.hold())");
+    }
+    void waitUntilHeldUp() {
+        while (server
+                   .execute("SELECT 1 FROM pg_stat_activity WHERE wait_event = 'PgSleep' AND "
+                            "datname = current_database()")
+                   .empty()) {
+        }
+    }
+    void letGo() { server.execute("DROP FUNCTION tessaril.hold CASCADE"); }
+};
+
+TEST_F(PostgresStore, UsersOfOneDatabaseSeeNothingOfEachOther) {
+    auto& first = machine();
+    cloudRecord mine{.id = database, .fields = {{"of", "first"}}};
+    EXPECT_FALSE(save(first, mine));
+    EXPECT_FALSE(subscribe(first, database.type));
+    const std::string otherUser = server.server.addUser();
+    auto& other = machineAt(server.server.address(otherUser, server.database));
+    const recordFetch none = fetch(other, {database});
+    EXPECT_TRUE(none.records && none.records->empty());
+    cloudRecord theirs{.id = database, .fields = {{"of", "other"}}};
+    EXPECT_FALSE(save(other, theirs)) << "the tables are the first one's";
+    EXPECT_EQ(fetch(first, {database}).records.value().at(database).fields, mine.fields);
+    EXPECT_FALSE(save(first, mine));
+    EXPECT_EQ(first.changes, 0);
+
+    // The server itself keeps them apart, not only this application's statements.
+    const auto countAs = [&](const std::string& user) {
+        return server.execute("SET ROLE " + user + "; SELECT count(*) FROM tessaril.records");
+    };
+    EXPECT_EQ(countAs(server.user), "1\n") << "also from who made the tables";
+    EXPECT_EQ(countAs(otherUser), "1\n");
+    EXPECT_EQ(server.execute("SET ROLE " + otherUser +
+                             "; WITH gone AS (DELETE FROM "
+                             "tessaril.records RETURNING 1) SELECT count(*) FROM gone"),
+              "1\n");
+    EXPECT_EQ(fetch(first, {database}).records.value().size(), 1U);
+    // The statements do where the server does not.
+    server.execute("ALTER ROLE " + otherUser + " SUPERUSER");
+    EXPECT_TRUE(fetch(machineAt(server.server.address(otherUser, server.database)), {database})
+                    .records.value()
+                    .empty());
+}
+
+TEST_F(PostgresStore, WhoeverWaitsForTheTablesToBeMadeFindsThem) {
+    constexpr int count = 4;
+    const std::string lockers = "SELECT count(*) FROM pg_locks WHERE locktype = 'advisory' AND "
+                                "database = (SELECT oid FROM pg_database WHERE datname = "
+                                "current_database())";
+    auto held = std::async(std::launch::async, [&] {
+        server.execute("DO $$ BEGIN PERFORM pg_advisory_xact_lock(7228465910334187); WHILE (" +
+                       lockers + " AND NOT granted) < " + std::to_string(count) +
+                       " LOOP PERFORM pg_sleep(0.01); END LOOP; END $$");
+    });
+    while (server.execute(lockers) != "1\n") {
+    }
+    int saved = 0;
+    std::string errors;
+    for (int i = 0; i < count; ++i)
+        machine().store->saveRecord({.id = {"preferences", std::to_string(i)}},
+                                    [&](const recordSave& save) {
+                                        arrivals.note([&] {
+                                            ++saved;
+                                            if (save.error) errors += save.error->text + "\n";
+                                        });
+                                    });
+    held.get();
+    EXPECT_TRUE(arrivals.until(server, [&] { return saved == count; }));
+    EXPECT_EQ(errors, "");
+}
+
+TEST_F(PostgresStore, WhoIsNotLetInIsNotAuthenticated) {
+    const auto none = [](const std::string&, std::chrono::milliseconds) {
+        return std::optional<std::string>();
+    };
+    const auto wrong = [](const std::string&, std::chrono::milliseconds) {
+        return std::optional<std::string>("wrong");
+    };
+    EXPECT_EQ(codeAt(server.address(), none), recordErrorCode::notAuthenticated);
+    EXPECT_EQ(codeAt(server.address(), wrong), recordErrorCode::notAuthenticated);
+    EXPECT_EQ(codeAt(server.server.address("nobody_at_all", server.database)),
+              recordErrorCode::notAuthenticated);
+    const std::string other = server.server.addUser();
+    EXPECT_EQ(codeAt(server.server.address(other, server.database)),
+              recordErrorCode::notAuthenticated)
+        << "may make no tables";
+    EXPECT_EQ(codeAt(server.server.address(server.user, "no_database")), recordErrorCode::failed);
+    EXPECT_EQ(codeOf(subscribe(machineAt(server.address(), wrong), database.type)),
+              recordErrorCode::notAuthenticated);
+    EXPECT_EQ(codeAt(server.address()), recordErrorCode{}) << "and who is let in is";
+}
+
+TEST_F(PostgresStore, ReadsThePasswordFile) {
+    const TemporaryFolder folder;
+    writeFile(folder / "pgpass", "127.0.0.1:*:*:" + server.user + ":" + server.user + "\n");
+    std::filesystem::permissions(folder / "pgpass", std::filesystem::perms::owner_read);
+    ::setenv("PGPASSFILE", (folder / "pgpass").c_str(), 1);
+    EXPECT_EQ(codeAt(server.address(), nullptr), recordErrorCode{});
+    ::unsetenv("PGPASSFILE");
+}
+
+TEST_F(PostgresStore, AServerKilledInTheMiddleLeavesTheOldStateOrTheNew) {
+    auto& first = machine();
+    auto& second = machine();
+    cloudRecord document{.id = database, .fields = {{"n", std::int64_t{1}}}};
+    EXPECT_FALSE(save(first, document));
+    EXPECT_FALSE(subscribe(second, database.type));
+
+    const auto killedDuring = [&](auto begin) {
+        holdUpRecords();
+        std::promise<recordErrorCode> answered;
+        begin([&](const auto& answer) { answered.set_value(codeOf(answer.error)); });
+        waitUntilHeldUp();
+        server.stop();
+        const recordErrorCode code = answered.get_future().get();
+        server.start();
+        letGo();
+        return code;
+    };
+    EXPECT_EQ(killedDuring([&](auto answer) { first.store->fetchRecords({database}, answer); }),
+              recordErrorCode::unreachable);
+    cloudRecord changed = document;
+    changed.fields["n"] = std::int64_t{2};
+    EXPECT_EQ(killedDuring([&](auto answer) { first.store->saveRecord(changed, answer); }),
+              recordErrorCode::unreachable);
+    const recordFetch stored = fetch(first, {database});
+    EXPECT_EQ(stored.records.value().at(database).fields, document.fields);
+    const int before = second.changes;
+    EXPECT_FALSE(save(first, changed));
+    EXPECT_TRUE(hears(second, before + 1));
+}
+
+TEST_F(PostgresStore, AConnectionThatTheServerClosedIsMadeAgainUnnoticed) {
+    auto& first = machine();
+    auto& second = machine();
+    cloudRecord document{.id = database};
+    EXPECT_FALSE(save(first, document));
+    EXPECT_FALSE(subscribe(second, database.type));
+    server.execute("SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE datname = "
+                   "current_database() AND pid <> pg_backend_pid()");
+    EXPECT_FALSE(save(first, document)) << "nothing of it was done before";
+    EXPECT_TRUE(hears(second, 1));
+}
+
+TEST_F(PostgresStore, RefusesWhatANewerVersionMade) {
+    EXPECT_EQ(codeAt(server.address()), recordErrorCode{});
+    server.execute("UPDATE tessaril.schema_version SET version = 2");
+    const recordFetch refused = fetch(machine(), {database});
+    EXPECT_EQ(codeOf(refused.error), recordErrorCode::failed);
+    EXPECT_THAT(refused.error->text, HasSubstr("newer version"));
+}
+
+TEST_F(PostgresStore, TrustsOnlyTheCertificateThatTheAddressNames) {
+    const std::string secure = server.address() + "?sslmode=verify-full";
+    auto& trusting = machineAt(secure + "&sslrootcert=" + server.server.certificate().string());
+    EXPECT_TRUE(fetch(trusting, {database}).records);
+    EXPECT_EQ(server.execute("SELECT DISTINCT ssl FROM pg_stat_ssl JOIN pg_stat_activity USING "
+                             "(pid) WHERE usename = '" +
+                             server.user + "'"),
+              "t\n");
+    EXPECT_EQ(codeAt(secure), recordErrorCode::unreachable) << "no authority vouches for it";
+    // It counts as another machine, though it is this one: encrypted and verified unless asked.
+    const std::string remote = replacingAll(server.address(), "127.0.0.1", "0.0.0.0");
+    EXPECT_EQ(codeAt(remote), recordErrorCode::unreachable);
+    EXPECT_EQ(codeAt(remote + "?sslmode=require"), recordErrorCode{});
+}
+
+TEST_F(PostgresStore, AServerThatNeverAnswersHoldsNobodyUp) {
+    const int silent = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in place{};
+    place.sin_family = AF_INET;
+    place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof place;
+    ASSERT_EQ(::bind(silent, reinterpret_cast<sockaddr*>(&place), size), 0);
+    ASSERT_EQ(::listen(silent, 16), 0);
+    ASSERT_EQ(::getsockname(silent, reinterpret_cast<sockaddr*>(&place), &size), 0);
+    const std::string address =
+        "postgresql://me@127.0.0.1:" + std::to_string(ntohs(place.sin_port)) + "/x";
+
+    const auto impatient = sqlClient(address, std::chrono::milliseconds(300));
+    for (int i = 0; i < 2; ++i) {
+        const auto fetched = answerOf<recordFetch>(
+            [&](auto answer) { impatient->fetchRecords({database}, answer); });
+        EXPECT_EQ(codeOf(fetched.error), recordErrorCode::timedOut);
+        const auto saved = answerOf<recordSave>(
+            [&](auto answer) { impatient->saveRecord({.id = database}, answer); });
+        EXPECT_EQ(codeOf(saved.error), recordErrorCode::timedOut);
+    }
+    // Whoever quits does not wait for it either.
+    auto& patient = machineAt(address);
+    std::optional<recordErrorCode> code;
+    patient.store->fetchRecords({database},
+                                [&](const recordFetch& fetched) { code = codeOf(fetched.error); });
+    patient.store->finish();
+    EXPECT_EQ(code, recordErrorCode::unreachable);
+    ::close(silent);
+}
+
+TEST_F(PostgresStore, AnOperationThatHangsIsLeftBehind) {
+    // The way to the password hangs, as the look-up of a name may.
+    const auto release = std::make_shared<std::promise<void>>();
+    const std::shared_future<void> released = release->get_future().share();
+    const auto hangs = [released, times = std::make_shared<std::atomic<int>>()](
+                           const std::string& account, std::chrono::milliseconds patience) {
+        if ((*times)++ == 0) released.wait();
+        return passwordOf(account, patience);
+    };
+    const auto impatient = sqlClient(server.address(), std::chrono::seconds(3), hangs);
+    const auto hung =
+        answerOf<recordFetch>([&](auto answer) { impatient->fetchRecords({database}, answer); });
+    EXPECT_EQ(codeOf(hung.error), recordErrorCode::timedOut);
+    const auto next =
+        answerOf<recordFetch>([&](auto answer) { impatient->fetchRecords({database}, answer); });
+    EXPECT_TRUE(next.records) << "on a connection of its own";
+    release->set_value();
+}
+
+} // namespace
+} // namespace tessaril::testing
