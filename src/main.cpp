@@ -7,6 +7,7 @@
 #include "desktop/folder_message_channel.h"
 #include "desktop/helper_icon_decoder.h"
 #include "desktop/javascript_core_engine.h"
+#include "desktop/keychain.h"
 #include "desktop/own_folders.h"
 #include "desktop/posix_file_system.h"
 #include "desktop/qt_alerts.h"
@@ -18,6 +19,8 @@
 #include "desktop/termination_signals.h"
 #include "desktop/web_engine.h"
 #include "events/notification_names.h"
+#include "preferences/preference_keys.h"
+#include "records/sql_record_store.h"
 #include "windows/compiler_error_windows.h"
 #include "windows/main_window.h"
 #include "windows/other_windows.h"
@@ -89,6 +92,17 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
     LazyWebEngine webEngine(ownPrograms / "tessaril_webengine.so");
     CurlUrlLoader urls;
     HelperIconDecoder iconDecoder(ownPrograms / "tessaril_icon_decoder");
+    Keychain keychain;
+    // Read from the store of preferences: the record store's threads ask, and may outlive the
+    // application.
+    SqlRecordStore records(
+        {.address =
+             [&standardPreferences] {
+                 const auto address =
+                     standardPreferences.value(preferenceKeys::recordStoreAddress, std::string());
+                 return address ? std::get<std::string>(*address) : std::string();
+             },
+         .passwords = Keychain::source()});
 
     Application application({.files = files,
                              .channel = channel,
@@ -103,6 +117,7 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
                              .externals = externals,
                              .urls = urls,
                              .iconDecoder = iconDecoder,
+                             .records = records,
                              .container = container,
                              .iconCache = iconCache,
                              .importFolder = importFolder,
@@ -112,6 +127,7 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
     OtherWindows others(
         application, [&](QWidget* parent) { return webEngine.makeView(parent); },
         shippedFolder() / "tessaril/resources/Ace/index.html");
+    others.setPasswords(keychain);
     QPointer<QWidget> shown;
     application.listCommands().setRoutes(
         {.openStyleForEditing = [&](std::int64_t id,
