@@ -26,6 +26,12 @@ const cloudRecord* find(const recordFetch& fetched, const recordID& id) {
     return found == fetched.records->end() ? nullptr : &found->second;
 }
 
+/// Whether the server may have saved what it could not answer any more.
+bool isUncertain(const std::optional<recordError>& error) {
+    return error && (error->code == recordErrorCode::unreachable ||
+                     error->code == recordErrorCode::timedOut);
+}
+
 /// Takes over the tag of the state that the server has from now on.
 void landSave(cloudRecord& record, const recordSave& saved) {
     record.file = nullptr; // of no use any more
@@ -201,7 +207,8 @@ void CloudSync::remoteChangeFetched(const recordFetch& fetched, const Ended& end
         });
     // Two records of one state are equal, whatever they hold.
     const cloudRecord* database = find(fetched, databaseRecordID);
-    if (database && database->changeTag != cachedDatabaseRecord.changeTag) {
+    if (database && database->changeTag != cachedDatabaseRecord.changeTag &&
+        !wasUploaded(*database)) {
         const auto cloud = decode(*database);
         if (cloud && merging.mergeRemoteChange(*cloud) == cloudMergeOutcome::changed)
             adopt(*database);
@@ -280,15 +287,38 @@ void CloudSync::sendDatabase(const Ended& ended) {
         beginFirstFetch(true);
         return ended();
     }
+    if (uncertainUpload) return settleUpload(ended);
     cachedDatabaseRecord.file = readDocument();
     if (!cachedDatabaseRecord.file) return ended();
     machine.records.modifyRecords({cachedDatabaseRecord}, [this, ended](const recordSave& saved) {
         logFailure("Error uploading the style database", saved.error);
+        if (isUncertain(saved.error)) uncertainUpload = cachedDatabaseRecord.file;
         landSave(cachedDatabaseRecord, saved);
         if (!saved.error)
             machine.merging.preferences.set(preferenceKeys::lastSuccessfulSync, now());
         ended();
     });
+}
+
+/// Learns what became of an upload that nobody answered, then sends what is new. If it arrived, its
+/// tag is unknown here, and no other upload would get through.
+void CloudSync::settleUpload(const Ended& ended) {
+    machine.records.fetchRecords({databaseRecordID}, [this, ended](const recordFetch& fetched) {
+        logFailure("Error fetching the style database from the cloud", fetched.error);
+        if (lostAccount(fetched.error)) releaseList();
+        if (!fetched.records) return ended();
+        if (const cloudRecord* record = find(fetched, databaseRecordID)) wasUploaded(*record);
+        uncertainUpload = nullptr;
+        sendDatabase(ended);
+    });
+}
+
+/// Whether the record is what this machine uploaded without hearing of it.
+bool CloudSync::wasUploaded(const cloudRecord& record) {
+    const auto document = std::exchange(uncertainUpload, nullptr);
+    if (!document || !record.file || *record.file != *document) return false;
+    adopt(record);
+    return true;
 }
 
 std::shared_ptr<const std::string> CloudSync::readDocument() const {

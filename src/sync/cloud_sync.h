@@ -102,6 +102,8 @@ private:
     void adopt(const cloudRecord& record);
     bool lostAccount(const std::optional<recordError>& error);
     void sendDatabase(const Ended& ended);
+    void settleUpload(const Ended& ended);
+    bool wasUploaded(const cloudRecord& record);
     void sendPreferences(const Ended& ended);
     std::shared_ptr<const std::string> readDocument() const;
 
@@ -114,6 +116,7 @@ private:
     // Used by the operations only, one of which runs at a time.
     cloudRecord cachedDatabaseRecord;
     cloudRecord cachedPreferencesRecord;
+    std::shared_ptr<const std::string> uncertainUpload; ///< a document that may have arrived
 
     std::atomic<bool> isInProgress = false;
     std::atomic<bool> hasStarted = false;

@@ -84,6 +84,7 @@ public:
     accountStatus status = accountStatus::available;
     std::deque<std::optional<recordErrorCode>> errors; ///< of the next operations
     std::vector<std::string> operations;               ///< asked for so far
+    bool losesNextAnswer = false; ///< of a save, which is carried out all the same
     std::set<std::string, std::less<>> subscribed;
     std::function<void()> changed;
     bool isFinished = false;
@@ -123,6 +124,8 @@ private:
                         });
                 server.records.insert_or_assign(record.id, std::move(record));
             }
+        if (std::exchange(losesNextAnswer, false))
+            result = {.error = recordError{recordErrorCode::timedOut, "as the test says"}};
         later([answer, result] { answer(result); });
     }
 

@@ -182,6 +182,36 @@ TEST_F(CloudSyncTest, WhatIsSentIsNeverOlderThanWhatWasMerged) {
     EXPECT_THAT(a.names(), ElementsAre("One", "Two"));
 }
 
+TEST_F(CloudSyncTest, AnUploadWhoseAnswerWasLostKeepsNoOtherFromArriving) {
+    beginWithOneStyle();
+    for (const std::int64_t id : {2, 3}) {
+        a.records().losesNextAnswer = true;
+        a.add(namedStyle("Unheard", id));
+        settle();
+    }
+    a.records().errors = {recordErrorCode::unreachable}; // this one did not arrive
+    a.add(namedStyle("Unsent", 4));
+    settle();
+    EXPECT_THAT(namesInCloud(), ElementsAre("One", "Unheard", "Unheard"));
+    a.add(namedStyle("Sent", 5));
+    settle();
+    EXPECT_THAT(namesInCloud(), ElementsAre("One", "Unheard", "Unheard", "Unsent", "Sent"));
+    EXPECT_EQ(b.names(), a.names());
+
+    // Nor does it count as the change of another when there is one.
+    a.records().losesNextAnswer = true;
+    a.add(namedStyle("Unheard", 6));
+    settle();
+    a.store.changeDatabase([](liveDatabase& live) {
+        live.styles.push_back(std::make_shared<const styleContainer>(namedStyle("New", 7)));
+        return true;
+    });
+    a.sync.fetchOnRemoteNotification();
+    settle();
+    EXPECT_TRUE(a.recoveryList.isEmpty());
+    EXPECT_EQ(a.names().back(), "New");
+}
+
 TEST_F(CloudSyncTest, ALaunchGoesByTheDates) {
     beginWithOneStyle();
     const date lastSync = b.preferences.real("lastSuccessfulSync");
