@@ -17,6 +17,8 @@ namespace tessaril {
 
 namespace {
 
+constexpr std::string_view cloudFileName = "styledb-cloud.sdb"; ///< of one that cannot be read
+
 constexpr std::string_view decodeErrorLine = "Error decoding iCloud style database.";
 constexpr std::string_view decodeErrorTitle = "Error reading iCloud style database";
 constexpr std::string_view decodeErrorText =
@@ -59,13 +61,22 @@ std::optional<liveDatabase> CloudMerging::decodeCloudDatabase(const cloudRecord&
 
 bool CloudMerging::keepUnreadable(const cloudRecord& record) {
     if (!record.file || record.changeTag == keptTag) return true;
-    const auto path = unreadableName(machine.files, machine.container / "styledb-cloud.sdb");
+    if (isKeptAlready(*record.file)) return true; // by an earlier run
+    const auto path = unreadableName(machine.files, machine.container / cloudFileName);
     if (!writeAtomically(machine.files, path, *record.file)) {
         logLine("Error keeping the unreadable style database of the cloud.");
         return false;
     }
     keptTag = record.changeTag;
     return true;
+}
+
+bool CloudMerging::isKeptAlready(const std::string& bytes) const {
+    const std::string kept = std::filesystem::path(cloudFileName).stem().string() + "-unreadable-";
+    return std::ranges::any_of(machine.files.list(machine.container), [&](const fileEntry& entry) {
+        return entry.path.filename().string().starts_with(kept) && entry.size == bytes.size() &&
+               machine.files.read(entry.path) == bytes;
+    });
 }
 
 cloudMergeOutcome CloudMerging::mergeFirstFetch(const liveDatabase& cloud, bool isFirst,

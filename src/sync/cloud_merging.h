@@ -60,6 +60,7 @@ public:
     cloudMergeOutcome mergeRemoteChange(const liveDatabase& cloud);
 
 private:
+    bool isKeptAlready(const std::string& bytes) const;
     bool keepsDocument();
     void tellOfChanges(const std::vector<std::int64_t>& changed);
 

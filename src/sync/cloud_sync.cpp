@@ -169,7 +169,9 @@ void CloudSync::switchedOff() {
 }
 
 void CloudSync::allowReplacing() {
-    if (isCloudUnreadable.exchange(false)) hasFirstFetch = true;
+    if (!isCloudUnreadable.exchange(false)) return;
+    hasFirstFetch = true;
+    releaseList();
 }
 
 bool CloudSync::lostAccount(const std::optional<recordError>& error) {
@@ -184,7 +186,7 @@ void CloudSync::fetchOnRemoteNotification() {
     if (!isOn() || isFetchWaiting.exchange(true)) return;
     operations.add([this](const Ended& ended) {
         isFetchWaiting = false;
-        if (!isOn() || isInProgress) return ended();
+        if (!isOn()) return ended();
         if (!hasFirstFetch) {
             beginFirstFetch(true);
             fetchPreferencesRecord();

@@ -78,7 +78,8 @@ public:
     /// Sync has been switched off: releases the list.
     void switchedOff();
 
-    /// The user resets the database: it may replace one in the cloud that cannot be read.
+    /// The user resets the database: it may replace one in the cloud that cannot be read, for which
+    /// the list may be waiting.
     void allowReplacing();
 
     /// Returns within a few seconds, and does nothing any more; for quitting.

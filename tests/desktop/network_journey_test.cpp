@@ -69,8 +69,8 @@ struct NetworkJourneyTest : ::testing::Test, StandInMachine {
     JavaScriptCoreEngine engine;
     DirectoryResources compilers{TESSARIL_RESOURCES};
     Application application{{files, channel, alerts, tasks, standard, shared, engine, compilers,
-                             compilerErrors, extension, externals, loader, pictures, "/container",
-                             "", "/container/imports"}};
+                             compilerErrors, extension, externals, loader, pictures, records,
+                             "/container", "", "/container/imports"}};
 };
 
 TEST_F(NetworkJourneyTest, InstallsAndUpdatesFromTheSiteFromFilesAndByLinks) {

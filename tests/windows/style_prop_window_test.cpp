@@ -67,7 +67,7 @@ protected:
         application = std::make_unique<Application>(applicationSurroundings{
             files, channel, machine.alerts, machine.dispatcher, machine.standard, machine.shared,
             scripts, resources, machine.compilerErrors, machine.extension, machine.externals,
-            machine.urls, machine.pictures, folder.path, ""});
+            machine.urls, machine.pictures, machine.records, folder.path, ""});
         others = std::make_unique<OtherWindows>(
             *application, [](QWidget*) { return shownWebView{}; }, "/none");
         application->listCommands().setRoutes({.openStyleProps = [this](std::int64_t id) {
