@@ -42,7 +42,7 @@ struct RecoveryPanelTest : ::testing::Test, ListWindow {
         return all;
     }
 
-    OtherWindows others{application, [](QWidget*) { return nullptr; }, "/none"};
+    OtherWindows others{application, [](QWidget*) { return shownWebView(); }, "/none"};
     QPointer<RecoveryPanel> panel;
 };
 
@@ -63,7 +63,7 @@ TEST_F(RecoveryPanelTest, RecoversTheSelectedStylesFromTheLastToTheFirst) {
     QTest::mouseClick(&button(), Qt::LeftButton);
     settle();
     EXPECT_THAT(ids(), ElementsAre(4, 3, 1));
-    EXPECT_EQ(application.store().findStyle(4)->variables, fullStyle(4).variables);
+    EXPECT_EQ(*application.store().findStyle(4), fullStyle(4));
     EXPECT_THAT(application.recoveryList().names(), ElementsAre("b", "e"));
     EXPECT_TRUE(list().count() == 2 && !button().isEnabled());
 
@@ -84,7 +84,7 @@ TEST_F(RecoveryPanelTest, OpensOnceFromThePreferencesThatFollowTheList) {
     others.openPreferences(window);
     auto* recover = window.findChild<QPushButton*>("recoverButton");
     ASSERT_TRUE(recover && !recover->isEnabled());
-    const std::string longName = "a\nb‮" + std::string(10'000, 'x');
+    const std::string longName = "a\nb\u202E" + std::string(10'000, 'x');
     remove(std::vector(10'000, namedStyle(longName, 1)));
     EXPECT_TRUE(recover->isEnabled());
     for (int i = 0; i < 2; ++i)
