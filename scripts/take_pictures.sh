@@ -18,12 +18,9 @@ in_session() { # APPEARANCE: within a display and a session bus of its own
     # What the pictures show must not depend on the network.
     printf '[General]\nFetchSiteIcons=false\n' >"$home/config/tessaril/tessaril.conf"
 
-    "$root/build/release/bin/tessaril_locked_list" >"$home/log.txt" 2>&1 &
-    application=$!
-    shown_window Tessaril
-    picture "list-locked-$appearance"
-    kill "$application"
-    wait "$application" || true
+    picture_of_state syncing Tessaril "list-locked-$appearance"
+    picture_of_state failed Tessaril "sync-failed-$appearance"
+    picture_of_state removed "Recover Removed Styles" "recover-$appearance"
 
     "$program" >>"$home/log.txt" 2>&1 &
     application=$!
@@ -44,6 +41,15 @@ in_session() { # APPEARANCE: within a display and a session bus of its own
     pictures_of_properties "$appearance"
     pictures_of_preferences "$appearance"
     pictures_of_editor "$appearance"
+}
+
+picture_of_state() { # STATE TITLE NAME: one that the application itself passes through too quickly
+    "$root/build/release/bin/tessaril_locked_list" "$1" >>"$HOME/log.txt" 2>&1 &
+    application=$!
+    shown_window "$2"
+    picture "$3"
+    kill "$application"
+    wait "$application" || true
 }
 
 pictures_of_list() { # APPEARANCE

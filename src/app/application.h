@@ -88,6 +88,7 @@ public:
     /// Of the main window.
     UndoManager& listUndo() { return undoManager; }
     NotificationCenter& notificationCenter() { return center; }
+    Dispatcher& dispatcher() { return machine.dispatcher; }
     FileImport& fileImport() { return importer; }
     PasteImport& pasteImport() { return pasteImporter; }
     UrlImport& urlImport() { return urlImporter; }

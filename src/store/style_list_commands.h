@@ -95,8 +95,10 @@ public:
     void undo();
     void redo();
 
-private:
+    /// Whether the list is locked for sync, which a beep tells the user.
     bool beepsAsLocked();
+
+private:
     bool isUpdating(std::size_t row) const;
     const styleObject* rowAt(std::size_t row) const;
     std::optional<std::size_t> indexOf(std::size_t row) const;

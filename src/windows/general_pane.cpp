@@ -63,6 +63,8 @@ GeneralPane::GeneralPane(generalPaneParts paneParts)
 
     parts.database.setChangeHandler([this] { showDatabaseButtons(); });
     parts.cloud.setChangeHandler([this] { showCloud(); });
+    if (parts.removedStyles.observe)
+        removedStylesChanged = parts.removedStyles.observe(alive, [this] { showRecovery(); });
     showDatabaseButtons();
     reload();
 }
@@ -134,8 +136,9 @@ void GeneralPane::showDatabaseButtons() {
 }
 
 void GeneralPane::showRecovery() {
-    const auto& [hasStyles, openPanel] = parts.removedStyles;
+    const auto& [hasStyles, openPanel, observe] = parts.removedStyles;
     const bool canRecover = openPanel && hasStyles && hasStyles();
+    if (!canRecover && recoverButton->hasFocus()) setFocus();
     recoverButton->setEnabled(canRecover);
     recoverButton->setToolTip(canRecover ? recoverText : nothingRemovedText);
     recoverButton->setAccessibleDescription(recoverButton->toolTip());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "events/notification_center.h"
 #include "preferences/cloud_switch.h"
 #include "store/database_commands.h"
 #include "windows/bound_controls.h"
@@ -7,6 +8,7 @@
 #include <QWidget>
 
 #include <functional>
+#include <memory>
 
 class QCheckBox;
 class QFormLayout;
@@ -19,6 +21,11 @@ namespace tessaril {
 struct removedStylesAccess {
     std::function<bool()> hasStyles;
     std::function<void()> openPanel;
+    /// Calls `changed` on the main thread whenever `hasStyles` may have changed, while the result
+    /// and `alive` live.
+    std::function<NotificationCenter::Subscription(std::weak_ptr<const void> alive,
+                                                   std::function<void()> changed)>
+        observe;
 };
 
 /// What the General pane works on. All outlive it.
@@ -56,6 +63,8 @@ private:
     QPushButton* exportButton;
     QPushButton* resetButton;
     QPushButton* recoverButton;
+    std::shared_ptr<int> alive = std::make_shared<int>();
+    NotificationCenter::Subscription removedStylesChanged;
 };
 
 } // namespace tessaril

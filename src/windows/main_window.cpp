@@ -1,5 +1,7 @@
 #include "windows/main_window.h"
 
+#include "events/notification_names.h"
+#include "events/observe_on_main.h"
 #include "import/file_import.h"
 #include "windows/bring_to_front.h"
 #include "windows/empty_list_page.h"
@@ -10,6 +12,7 @@
 #include "windows/new_style_sheet.h"
 #include "windows/shown_text.h"
 #include "windows/style_list_actions.h"
+#include "windows/sync_overlay.h"
 
 #include <QAction>
 #include <QApplication>
@@ -50,7 +53,8 @@ MainWindow::MainWindow(mainWindowCommands windowCommands)
     , urlAction(new QAction("Import from &URL…", this))
     , checkAllAction(new QAction("Chec&k All for Updates", this))
     , updateSheetAction(new QAction("Update All &Styles…", this))
-    , pages(new QStackedWidget) {
+    , pages(new QStackedWidget)
+    , syncOverlay(new SyncOverlay(pages)) {
     setWindowTitle("Tessaril");
     setAcceptDrops(true);
     makeCommands();
@@ -66,6 +70,7 @@ MainWindow::MainWindow(mainWindowCommands windowCommands)
     resize(820, 640);
     showPage();
     pages->currentWidget()->setFocus(); // not the toolbar, which comes first
+    makeSyncOverlay();
 }
 
 /// The list goes before what it looks at.
@@ -185,11 +190,36 @@ void MainWindow::makePages() {
     });
 }
 
+void MainWindow::makeSyncOverlay() {
+    connect(syncOverlay, &SyncOverlay::turned, this, [this](bool hadFocus) { showSync(hadFocus); });
+    connect(syncOverlay, &SyncOverlay::retryWanted, this, [this] { commands.sync.retry(); });
+    connect(syncOverlay, &SyncOverlay::offlineWanted, this,
+            [this] { commands.sync.workOffline(); });
+    connect(model, &StyleListModel::lockTurned, this,
+            [this] { syncOverlay->setLocked(commands.list.isLockedForSync()); });
+    iCloudError = observeOnMain(commands.center, commands.dispatcher, notifications::iCloudError,
+                                alive, [this](const notification&) { syncOverlay->showFailure(); });
+    syncOverlay->setLocked(commands.list.isLockedForSync());
+}
+
+/// What of the sync is to be seen has changed.
+void MainWindow::showSync(bool hadFocus) {
+    styleList->setDimmed(syncOverlay->isUp());
+    showPage();
+    // Who is typing a name goes on doing so.
+    if (syncOverlay->asks() && !styleList->isRenaming())
+        syncOverlay->setFocus();
+    else if (hadFocus)
+        pages->currentWidget()->setFocus();
+}
+
 void MainWindow::showPage() {
     const bool hasStyles = !commands.list.styles().empty();
     toolbar->setHasStyles(hasStyles);
     showUpdates();
     QWidget* wanted = pages->widget(!hasStyles ? 1 : model->rowCount() == 0 ? 2 : 0);
+    // That there is no style is not known before the sync has ended.
+    if (syncOverlay->isUp()) wanted = styleList;
     if (wanted == pages->currentWidget()) return;
     // The filter keeps the focus, unless there is nothing left to filter.
     const bool movesFocus =

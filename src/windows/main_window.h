@@ -1,8 +1,11 @@
 #pragma once
 
+#include "events/notification_center.h"
+#include "platform/dispatcher.h"
 #include "store/new_style.h"
 #include "store/style_list.h"
 #include "store/style_list_commands.h"
+#include "sync/cloud_sync.h"
 #include "undo/undo_manager.h"
 #include "update/style_updates.h"
 
@@ -10,6 +13,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -22,6 +26,7 @@ class ListToolbar;
 class StyleListActions;
 class StyleListModel;
 class StyleListView;
+class SyncOverlay;
 
 /// What the main window shows and where its commands go. The references outlive it.
 struct mainWindowCommands {
@@ -30,6 +35,9 @@ struct mainWindowCommands {
     NewStyle& newStyle;
     UndoManager& listUndo;
     StyleUpdates& updates;
+    CloudSync& sync;
+    NotificationCenter& center;
+    Dispatcher& dispatcher;
     std::function<bool()> canImport; ///< whether the import dialog may open now
     std::function<void(const std::vector<std::filesystem::path>&)> importFiles;
     std::function<void(const std::vector<std::filesystem::path>&)> openFiles; ///< dropped ones
@@ -67,6 +75,8 @@ private:
     void makeCommands();
     void makeMenus();
     void makePages();
+    void makeSyncOverlay();
+    void showSync(bool hadFocus);
     void showPage();
     void showUpdates();
     void quit();
@@ -85,6 +95,9 @@ private:
     QAction* updateSheetAction;
     ListToolbar* toolbar;
     QStackedWidget* pages;
+    SyncOverlay* syncOverlay;
+    std::shared_ptr<int> alive = std::make_shared<int>();
+    NotificationCenter::Subscription iCloudError;
 };
 
 } // namespace tessaril

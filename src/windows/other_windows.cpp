@@ -1,5 +1,7 @@
 #include "windows/other_windows.h"
 
+#include "events/notification_names.h"
+#include "events/observe_on_main.h"
 #include "windows/bring_to_front.h"
 #include "windows/editor_preview.h"
 #include "windows/export_sheet.h"
@@ -7,6 +9,7 @@
 #include "windows/import_sheet.h"
 #include "windows/new_style_sheet.h"
 #include "windows/preferences_window.h"
+#include "windows/recovery_panel.h"
 #include "windows/restore_sheet.h"
 #include "windows/style_editor_window.h"
 #include "windows/style_prop_window.h"
@@ -50,10 +53,32 @@ void OtherWindows::openPreferences(QWidget& mainWindow) {
             {.center = application.notificationCenter(),
              .general = {.controls = application.preferenceControls(),
                          .cloud = application.cloudSwitch(),
-                         .database = application.databaseCommands()},
+                         .database = application.databaseCommands(),
+                         .removedStyles = removedStyles(mainWindow)},
              .makePreview = [this](QWidget* pane) { return new EditorPreview(editor, pane); },
              .passwords = passwords},
             &mainWindow);
+    });
+}
+
+removedStylesAccess OtherWindows::removedStyles(QWidget& mainWindow) {
+    return {.hasStyles = [this] { return !application.recoveryList().isEmpty(); },
+            .openPanel = [this, &mainWindow] { openRecoveryPanel(mainWindow); },
+            .observe =
+                [this](std::weak_ptr<const void> alive, std::function<void()> changed) {
+                    return observeOnMain(application.notificationCenter(), application.dispatcher(),
+                                         notifications::deletedStylesChanged, std::move(alive),
+                                         [changed](const notification&) { changed(); });
+                }};
+}
+
+void OtherWindows::openRecoveryPanel(QWidget& mainWindow) {
+    bringForward(recoveryPanel, [&] {
+        return new RecoveryPanel({.removed = application.recoveryList(),
+                                  .listCommands = application.listCommands(),
+                                  .center = application.notificationCenter(),
+                                  .dispatcher = application.dispatcher()},
+                                 &mainWindow);
     });
 }
 

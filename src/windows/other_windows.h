@@ -18,8 +18,10 @@ namespace tessaril {
 
 class ImportMozDocView;
 class PreferencesWindow;
+class RecoveryPanel;
 class StyleEditorWindow;
 class UpdateSheet;
+struct removedStylesAccess;
 
 /// The windows that the main window opens. Each is made when it is asked for, over the main window,
 /// and goes when it is closed; of those that there is one of, the open one comes forward instead.
@@ -37,6 +39,7 @@ public:
     void setPasswords(PasswordStore& store) { passwords = &store; }
 
     void openPreferences(QWidget& mainWindow);
+    void openRecoveryPanel(QWidget& mainWindow);
     void openPasteWindow(QWidget& mainWindow);
     /// Beeps instead while the list is locked for sync.
     void openImportSheet(QWidget& mainWindow);
@@ -63,10 +66,13 @@ public:
     void keepUnsaved();
 
 private:
+    removedStylesAccess removedStyles(QWidget& mainWindow);
+
     Application& application;
     editorParts editor;
     PasswordStore* passwords = nullptr;
     QPointer<PreferencesWindow> preferences;
+    QPointer<RecoveryPanel> recoveryPanel;
     QPointer<ImportMozDocView> pasteWindow;
     QPointer<UpdateSheet> updateSheet;
     std::vector<QPointer<StyleEditorWindow>> styleEditors; ///< also those that have closed

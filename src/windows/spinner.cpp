@@ -30,13 +30,28 @@ Spinner::Spinner(QWidget* parent) : QWidget(parent) {
     clock.start();
 }
 
-void Spinner::setSpinning(bool spins) {
-    if (spins == isSpinning()) return;
-    if (spins)
+void Spinner::setSpinning(bool on) {
+    if (on == spins) return;
+    spins = on;
+    runFrames();
+    update();
+}
+
+void Spinner::runFrames() {
+    if (spins && isVisible())
         nextFrame.start();
     else
         nextFrame.stop();
-    update();
+}
+
+void Spinner::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    runFrames();
+}
+
+void Spinner::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    nextFrame.stop(); // the window may be minimised, and the widget visible nonetheless
 }
 
 QSize Spinner::sizeHint() const {

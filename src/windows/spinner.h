@@ -23,16 +23,21 @@ class Spinner : public QWidget {
 public:
     explicit Spinner(QWidget* parent = nullptr);
 
-    void setSpinning(bool spins);
-    bool isSpinning() const { return nextFrame.isActive(); }
+    void setSpinning(bool on);
+    bool isSpinning() const { return spins; }
 
     QSize sizeHint() const override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
 private:
-    QTimer nextFrame;
+    void runFrames();
+
+    bool spins = false;
+    QTimer nextFrame; ///< only while it is on the screen
     QElapsedTimer clock;
 };
 

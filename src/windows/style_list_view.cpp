@@ -45,7 +45,7 @@ StyleListView::StyleListView(StyleList& styleList, StyleListCommands& listComman
     , commands(listCommands)
     , rows(model)
     , motion(*viewport())
-    , delegate(new StyleRowDelegate(list, commands, motion, this)) {
+    , delegate(new StyleRowDelegate(commands, motion, this)) {
     setObjectName("styleList");
     setAccessibleName("Styles");
     setFrameShape(QFrame::NoFrame);
@@ -87,7 +87,6 @@ StyleListView::StyleListView(StyleList& styleList, StyleListCommands& listComman
         else
             scrollToTop();
     });
-    connect(&rows, &StyleListModel::lockTurned, viewport(), qOverload<>(&QWidget::update));
 
     scrollTimer.setInterval(scrollPace);
     connect(&scrollTimer, &QTimer::timeout, this, [this] { scrollAtEdge(); });
@@ -214,6 +213,11 @@ void StyleListView::moveTo(const std::vector<std::size_t>& moved, std::size_t ro
     const bool areTogether = moved.back() - moved.front() + 1 == moved.size();
     if (areTogether && row >= moved.front() && row <= moved.back() + 1) return;
     commands.dropRows(moved, row);
+}
+
+void StyleListView::setDimmed(bool isDimmed) {
+    delegate->setDimmed(isDimmed);
+    viewport()->update();
 }
 
 void StyleListView::enter() {

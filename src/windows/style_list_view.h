@@ -42,6 +42,12 @@ public:
     /// Moves the selected rows by one.
     void moveSelected(direction where);
 
+    /// Whether the user is typing a name.
+    bool isRenaming() const { return state() == EditingState; }
+
+    /// Draws the rows as locked.
+    void setDimmed(bool isDimmed);
+
     /// Gives the list the focus and selects a row if there is none.
     void enter();
 

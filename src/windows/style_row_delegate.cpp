@@ -125,10 +125,9 @@ bool isChecking(const QModelIndex& index) {
 
 } // namespace
 
-StyleRowDelegate::StyleRowDelegate(const StyleList& styleList,
-                                   const StyleListCommands& listCommands, RowMotion& rowMotion,
+StyleRowDelegate::StyleRowDelegate(const StyleListCommands& listCommands, RowMotion& rowMotion,
                                    QObject* parent)
-    : QStyledItemDelegate(parent), list(styleList), commands(listCommands), motion(rowMotion) {}
+    : QStyledItemDelegate(parent), commands(listCommands), motion(rowMotion) {}
 
 bool StyleRowDelegate::has(rowControl control, const QModelIndex& index) const {
     switch (control) {
@@ -197,7 +196,7 @@ QRect StyleRowDelegate::nameRect(const QStyleOptionViewItem& option,
 void StyleRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                              const QModelIndex& index) const {
     const bool isEnabled = index.data(Qt::CheckStateRole) == Qt::Checked;
-    const qreal opacity = list.isLockedForSync() ? lockedOpacity : 1;
+    const qreal opacity = isDimmed ? lockedOpacity : 1;
     const rowColors colors = colorsOf(option, isEnabled);
     painter->save();
     styleOf(option)->drawPrimitive(QStyle::PE_PanelItemViewItem, &option, painter, option.widget);

@@ -19,8 +19,10 @@ class StyleRowDelegate : public QStyledItemDelegate {
 
 public:
     /// All outlive it. A button whose route is not available is not drawn.
-    StyleRowDelegate(const StyleList& list, const StyleListCommands& commands, RowMotion& motion,
-                     QObject* parent);
+    StyleRowDelegate(const StyleListCommands& commands, RowMotion& motion, QObject* parent);
+
+    /// Draws the rows weaker, as they cannot be used.
+    void setDimmed(bool on) { isDimmed = on; }
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override;
@@ -64,12 +66,12 @@ private:
     void paintButton(QPainter& painter, const QStyleOptionViewItem& option,
                      const QModelIndex& index, rowControl control, const QColor& color) const;
 
-    const StyleList& list;
     const StyleListCommands& commands;
     RowMotion& motion;
     QPersistentModelIndex pointedRow;
     rowControl pointed = rowControl::none;
     bool isPressed = false;
+    bool isDimmed = false;
 };
 
 } // namespace tessaril
