@@ -5,7 +5,6 @@
 #include "desktop/settings_store.h"
 #include "desktop/shared_container.h"
 #include "model/database_json.h"
-#include "support/captured_log.h"
 #include "support/temporary_folder.h"
 #include "support/test.h"
 
@@ -17,8 +16,6 @@
 #include <sys/stat.h>
 
 #include <csignal>
-#include <limits>
-#include <random>
 
 namespace tessaril {
 namespace {
