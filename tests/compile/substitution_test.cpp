@@ -1,7 +1,6 @@
 #include "compile/color_from_string.h"
 #include "compile/substitution.h"
 #include "compile/variable_text.h"
-#include "support/captured_log.h"
 #include "support/test.h"
 
 namespace tessaril {

@@ -1,6 +1,5 @@
 #include "desktop/curl_url_loader.h"
 #include "desktop/public_address.h"
-#include "support/captured_log.h"
 #include "support/event_loop.h"
 #include "support/style_site_server.h"
 #include "support/test.h"

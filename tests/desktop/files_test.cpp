@@ -6,7 +6,6 @@
 #include "desktop/shared_container.h"
 #include "model/database_json.h"
 #include "store/database_backups.h"
-#include "support/captured_log.h"
 #include "support/temporary_folder.h"
 #include "support/test.h"
 
@@ -18,8 +17,6 @@
 #include <sys/stat.h>
 
 #include <csignal>
-#include <limits>
-#include <random>
 
 namespace tessaril {
 namespace {

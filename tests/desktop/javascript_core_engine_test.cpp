@@ -1,7 +1,6 @@
 #include "compile/style_compiler.h"
 #include "desktop/directory_resources.h"
 #include "desktop/javascript_core_engine.h"
-#include "support/captured_log.h"
 #include "support/recording_alerts.h"
 #include "support/recording_compiler_errors.h"
 #include "support/test.h"

@@ -2,7 +2,6 @@
 #include "desktop/javascript_core_engine.h"
 #include "desktop/qt_dispatcher.h"
 #include "less_imports/importing_compiler.h"
-#include "support/captured_log.h"
 #include "support/map_url_loader.h"
 #include "support/memory_files.h"
 #include "support/recording_alerts.h"

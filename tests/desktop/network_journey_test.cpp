@@ -2,7 +2,6 @@
 #include "desktop/directory_resources.h"
 #include "desktop/javascript_core_engine.h"
 #include "desktop/qt_dispatcher.h"
-#include "support/captured_log.h"
 #include "support/event_loop.h"
 #include "support/stand_in_machine.h"
 #include "support/style_site_server.h"

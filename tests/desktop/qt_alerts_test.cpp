@@ -105,9 +105,7 @@ TEST_F(QtAlertsTest, ComeOneAfterAnotherBehindAQuestionAndQuittingWaitsForThem) 
     EXPECT_THAT(shown, ElementsAre("Title", "first", "second", "third", "before", "Title"));
 }
 
-TEST(QtAlerts, CloseEveryQuestionOnceTheApplicationEnds) {
-    QtDispatcher dispatcher;
-    QtAlerts alerts(dispatcher);
+TEST_F(QtAlertsTest, CloseEveryQuestionOnceTheApplicationEnds) {
     alerts.stopAsking();
     EXPECT_EQ(alerts.ask({.title = "Title", .buttons = {"a", "b", "c"}}).button, 2);
     EXPECT_EQ(alerts.ask({.buttons = {"a", "b"}, .destructiveButton = 1}).button, 0);

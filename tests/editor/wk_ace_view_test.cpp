@@ -1,7 +1,6 @@
 #include "editor/escaping.h"
 #include "editor/text_places.h"
 #include "model/text.h"
-#include "support/captured_log.h"
 #include "support/edited_text.h"
 #include "support/test.h"
 

@@ -3,10 +3,7 @@
 #include "formats/variable_declaration.h"
 #include "model/database_json.h"
 #include "model/text.h"
-#include "support/captured_log.h"
 #include "support/test.h"
-
-#include <random>
 
 // Texts that no author means. The large ones would take minutes with a reader that goes back over
 // what it has read.

@@ -1,5 +1,4 @@
 #include "formats/moz_document.h"
-#include "support/captured_log.h"
 #include "support/test.h"
 
 namespace tessaril {

@@ -5,10 +5,6 @@
 #include "model/text.h"
 #include "support/test.h"
 
-#include <cmath>
-#include <limits>
-#include <random>
-
 namespace tessaril {
 namespace {
 

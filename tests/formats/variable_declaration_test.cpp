@@ -1,5 +1,4 @@
 #include "formats/variable_declaration.h"
-#include "support/captured_log.h"
 #include "support/test.h"
 
 namespace tessaril {

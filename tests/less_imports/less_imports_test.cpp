@@ -1,6 +1,5 @@
 #include "less_imports/importing_compiler.h"
 #include "less_imports/saving_compiler.h"
-#include "support/captured_log.h"
 #include "support/importing_engine.h"
 #include "support/map_url_loader.h"
 #include "support/recording_compiler_errors.h"

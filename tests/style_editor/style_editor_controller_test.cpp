@@ -3,7 +3,6 @@
 #include "preferences/preference_keys.h"
 #include "store/open_styles.h"
 #include "style_editor/style_editor_controller.h"
-#include "support/captured_log.h"
 #include "support/recording_web_view.h"
 #include "support/store_machine.h"
 #include "support/test.h"
@@ -33,6 +32,10 @@ struct StyleEditorTest : ::testing::Test, StoreMachine<> {
         page.observer->navigationFinished();
         page.waiting.clear();
         page.taken();
+    }
+    void passDelays() {
+        dispatcher.passDelays();
+        dispatcher.runAll();
     }
     void openCustom(std::vector<styleSection> sections) { open(style(std::move(sections))); }
 
@@ -113,36 +116,26 @@ TEST_F(StyleEditorTest, APageThatDoesNotAnswerHoldsNothingUpForLong) {
     editor->nextSection();
     dispatcher.runAll();
     EXPECT_EQ(editor->currentSection(), 0u);
-    dispatcher.passDelays();
-    dispatcher.runAll();
+    passDelays();
     EXPECT_EQ(editor->currentSection(), 1u);
-    dispatcher.passDelays();
-    dispatcher.runAll();
+    passDelays();
     EXPECT_EQ(editor->currentSection(), 2u);
-    page.waiting.clear();
-    page.observer->messageReceived("callback", "inputHandled");
-    page.answer("late");
-    dispatcher.runAll();
+    run([] {}, "late");
     EXPECT_EQ(editor->currentSection(), 2u);
 }
 
-TEST_F(StyleEditorTest, APageThatIsOnlySlowIsWaitedFor) {
+TEST_F(StyleEditorTest, APageThatIsOnlySlowIsWaitedForAndOneThatGoesIsNot) {
     openCustom({{.code = "a"}, {.code = "b"}});
     editor->saveDocument();
     for (const char* text : {"one", "two", "three"}) {
         page.type(text);
-        dispatcher.passDelays();
-        dispatcher.runAll();
+        passDelays();
         EXPECT_TRUE(editor->isDirty()) << "not saved yet";
     }
-    dispatcher.passDelays();
-    dispatcher.runAll();
+    passDelays();
     EXPECT_FALSE(editor->isDirty()) << "it has been silent since";
     EXPECT_EQ(written().styles[0].styleData.sections[0].code, "three");
-}
 
-TEST_F(StyleEditorTest, APageThatGoesHoldsNothingUp) {
-    openCustom({{.code = "a"}});
     page.type("typed");
     editor->saveDocument();
     page.observer->pageLost();
@@ -161,12 +154,10 @@ TEST_F(StyleEditorTest, NothingHappensBehindASheet) {
             editor->closeClicked([&] { wasClosed = true; });
         },
         "a");
-    dispatcher.passDelays();
-    dispatcher.runAll();
+    passDelays();
     EXPECT_EQ(editor->currentSection(), 0u);
     editor->addSection({.name = "From the sheet"});
-    dispatcher.passDelays();
-    dispatcher.runAll();
+    passDelays();
     EXPECT_THAT(titles, IsEmpty()) << "it is still open";
     run([&] { editor->sheetClosed(); }, "a");
     EXPECT_EQ(editor->currentSection(), 2u);
@@ -249,8 +240,7 @@ TEST_F(StyleEditorTest, AReadOnlyStyleBeepsAndStaysAsItIs) {
     editor->closeClicked();
     EXPECT_EQ(closed, 1);
     EXPECT_THAT(alerts.questions, SizeIs(1));
-    dispatcher.passDelays();
-    dispatcher.runAll();
+    passDelays();
     EXPECT_EQ(*store.styleAt(0), installed);
     EXPECT_THAT(kept(), IsEmpty());
 
@@ -276,18 +266,15 @@ TEST_F(StyleEditorTest, RulesMetadataAndFontSizeAreSetFromTheWindow) {
 
     metadataFields fields = editor->metadata();
     fields.author = " Me ";
-    fields.preprocessor = 3;
-    editor->setMetadata(fields);
-    EXPECT_EQ(editor->style().author, "Me");
-    EXPECT_EQ(editor->style().preprocessor, "less");
-    EXPECT_THAT(page.taken(), Contains("editor.session.setMode(\"ace/mode/less\");"));
     for (const auto& [position, value] :
-         std::vector<std::pair<int, std::string>>{{0, "default"}, {1, "uso"}, {2, "stylus"}}) {
+         {std::pair(0, "default"), {1, "uso"}, {2, "stylus"}, {3, "less"}}) {
         fields.preprocessor = position;
         editor->setMetadata(fields);
         EXPECT_EQ(editor->style().preprocessor, value);
         EXPECT_EQ(editor->metadata().preprocessor, position);
     }
+    EXPECT_EQ(editor->style().author, "Me");
+    EXPECT_THAT(page.taken(), Contains("editor.session.setMode(\"ace/mode/less\");"));
 
     for (int i = 0; i < 20; ++i)
         editor->increaseFontSize();
@@ -323,8 +310,7 @@ TEST_F(StyleEditorTest, WhatIsNotSavedOutlivesTheRun) {
     page.type("typed");
     page.type("more");
     EXPECT_THAT(dispatcher.delayedTasks, SizeIs(1)) << "not at every key";
-    dispatcher.passDelays();
-    dispatcher.runAll();
+    passDelays();
     EXPECT_EQ(kept().at(0), editor->style());
     const styleContainer left = editor->style();
 
@@ -376,8 +362,7 @@ TEST_F(StyleEditorTest, WhatIsNotSavedOutlivesTheRun) {
 TEST_F(StyleEditorTest, TheLastOfSeveralSavesWinsHoweverLongEachTakes) {
     openCustom({{.code = "a"}});
     page.type("one");
-    dispatcher.passDelays();
-    dispatcher.runAll();
+    passDelays();
     editor->saveDocument();
     dispatcher.passDelays();
     SteppedDispatcher::step(dispatcher.mainTasks);

@@ -6,7 +6,7 @@
 #include "support/window_commands.h"
 #include "windows/style_list_view.h"
 
-#include <QApplication>
+#include <QtWidgets>
 
 namespace tessaril::testing {
 

@@ -6,6 +6,7 @@
 #include <functional>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tessaril::testing {
@@ -32,6 +33,14 @@ struct RecordingAlerts : Alerts {
         return answer;
     }
     void beep() override { ++beeps; }
+
+    /// The titles of the alerts so far, which are forgotten.
+    std::vector<std::string> taken() {
+        std::vector<std::string> titles;
+        for (const shown& alert : std::exchange(alerts, {}))
+            titles.push_back(alert.title);
+        return titles;
+    }
 
     std::vector<shown> alerts;
     std::vector<alertQuestion> questions;

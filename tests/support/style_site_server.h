@@ -44,8 +44,6 @@ public:
         std::ofstream(file.string() + ".how") << how;
         std::ofstream(file, std::ios::binary) << content;
     }
-    /// Answers what is held.
-    void release() { put("release", ""); }
 
     std::string http(const std::string& path = "") const { return insecure + path; }
     std::string https(const std::string& path = "") const { return secure + path; }

@@ -35,12 +35,10 @@ struct UpdateRunTest : ::testing::Test, UpdateMachine<> {
 TEST_F(UpdateRunTest, hasNothingToDoForStylesThatWereWrittenHere) {
     open({namedStyle("A", 1)});
     EXPECT_EQ(run->log(), "Checking for updates...\nNo styles need updates.");
-    EXPECT_FALSE(run->isRunning());
     run->cancelClicked();
     run->doneClicked();
     EXPECT_EQ(closed, 1);
     EXPECT_EQ(refreshed, 1);
-    EXPECT_THAT(loader.taken(), IsEmpty());
 }
 
 TEST_F(UpdateRunTest, checksStyleByStyleAndSavesWhenItIsDone) {
@@ -89,7 +87,6 @@ TEST_F(UpdateRunTest, checksStyleByStyleAndSavesWhenItIsDone) {
     EXPECT_EQ(closed, 0);
     run->doneClicked();
     EXPECT_EQ(closed, 1);
-    EXPECT_EQ(refreshed, 1);
     dispatcher.runAll();
     EXPECT_TRUE(hasFile());
 }

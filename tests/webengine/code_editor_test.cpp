@@ -1,7 +1,6 @@
 #include "editor/editor_configuration.h"
 #include "events/notification_names.h"
 #include "preferences/preferences.h"
-#include "support/captured_log.h"
 #include "support/event_loop.h"
 #include "support/memory_files.h"
 #include "support/running_web_engine.h"
@@ -55,9 +54,6 @@ struct CodeEditorTest : ::testing::Test, EditorWindow {
     void type(const char* text) { QTest::keyClicks(QApplication::focusWidget(), text); }
     [[nodiscard]] bool becomes(const std::string& text) {
         return eventually([&] { return view().string() == text; }) && textInPage() == text;
-    }
-    std::string selectedInPage() {
-        return std::get<std::string>(inPage("editor.getSelectedText()"));
     }
 
     MemoryPreferences sharedStore;
@@ -136,29 +132,6 @@ TEST_F(CodeEditorTest, BeautifiesWithUndoAndRedo) {
     EXPECT_FALSE(undo.canRedo()) << "it would take away what was typed";
     view().undo();
     EXPECT_TRUE(becomes(before));
-}
-
-TEST_F(CodeEditorTest, FindsAndReplacesByTheFindBar) {
-    set("red;\nRED; blue\nred");
-    press(Qt::Key_F, Qt::ControlModifier);
-    type("red");
-    EXPECT_TRUE(eventually([&] { return selectedInPage() == "red"; }));
-    press(Qt::Key_Return);
-    EXPECT_TRUE(eventually([&] { return selectedInPage() == "RED"; })); // and no line break
-    view().finder().setReplacement("green");
-    view().performTextFinderAction(textFinderAction::replaceAndFind);
-    EXPECT_TRUE(becomes("red;\ngreen; blue\nred"));
-    EXPECT_TRUE(eventually([&] { return selectedInPage() == "red"; }));
-
-    press(Qt::Key_Escape);
-    EXPECT_TRUE(eventually([&] { return inPage("editor.isFocused()") == scriptValue(true); }));
-    view().finder().setSearchText("green");
-    view().finder().setReplacement("teal");
-    type("w");
-    view().performTextFinderAction(textFinderAction::replaceAll); // at once
-    EXPECT_TRUE(eventually([&] { return view().string().find("teal") != std::string::npos; }));
-    EXPECT_NE(view().string().find('w'), std::string::npos);
-    EXPECT_TRUE(eventually([&] { return textInPage() == view().string(); }));
 }
 
 TEST_F(CodeEditorTest, FollowsThePreferences) {

@@ -1,4 +1,3 @@
-#include "support/captured_log.h"
 #include "support/event_loop.h"
 #include "support/running_web_engine.h"
 #include "support/test.h"

@@ -1,4 +1,3 @@
-#include "support/captured_log.h"
 #include "support/event_loop.h"
 #include "support/recording_web_view.h"
 #include "support/test.h"

@@ -2,8 +2,6 @@
 #include "support/test.h"
 #include "windows/import_sheet.h"
 
-#include <QtWidgets>
-
 namespace tessaril {
 namespace {
 

@@ -194,8 +194,14 @@ TEST_F(PreferencesWindowTest, ClosingDuringAnImportLeavesItToTheNextWindow) {
 }
 
 TEST_F(PreferencesWindowTest, SaysWhyCloudAndRecoveryCannotBeUsedUntilTheyCan) {
+    machine.records.status = accountStatus::notAvailable;
     application.preferences().set("UseiCloud", true);
     open();
+    const auto answerCloud = [this] {
+        machine.recordServer.deliver();
+        machine.dispatcher.runAll();
+    };
+    answerCloud();
     const auto cloudBox = [this]() -> QCheckBox& { return control<QCheckBox>("UseiCloud"); };
     EXPECT_FALSE(cloudBox().isEnabled() || cloudBox().isChecked() ||
                  cloudBox().toolTip().isEmpty());
@@ -204,10 +210,10 @@ TEST_F(PreferencesWindowTest, SaysWhyCloudAndRecoveryCannotBeUsedUntilTheyCan) {
     EXPECT_EQ(control<QPushButton>("recoverButton").toolTip(),
               "There are no removed styles to recover.");
 
-    application.cloudSwitch().setAccess(
-        {.askAccountStatus = [](const auto& answer) { answer(true); }, .startSync = [] {}});
+    machine.records.status = accountStatus::available;
     removedStyles = {.hasStyles = [] { return true; }, .openPanel = [] {}};
     open();
+    answerCloud();
     EXPECT_TRUE(cloudBox().isEnabled() && control<QPushButton>("recoverButton").isEnabled());
 }
 

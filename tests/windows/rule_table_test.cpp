@@ -1,29 +1,16 @@
 #include "support/event_loop.h"
+#include "support/test.h"
 #include "windows/rule_editor_sheet.h"
 
-#include <QApplication>
-#include <QClipboard>
-#include <QComboBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMenu>
-#include <QPointer>
-#include <QTableView>
-#include <QToolButton>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include <QtWidgets>
 
 namespace tessaril {
 namespace {
 
-using namespace testing;
-using ::testing::ElementsAre;
 using Rows = std::vector<typedRule>;
 
 /// The sheet over a section, with its table.
-class RuleEditorSheetTest : public ::testing::Test, protected RuleEditorDelegate {
-protected:
+struct RuleEditorSheetTest : ::testing::Test, RuleEditorDelegate {
     ~RuleEditorSheetTest() override { delete sheet; }
 
     void open(Rows rows, bool isReadOnly = false) {
@@ -74,7 +61,6 @@ TEST_F(RuleEditorSheetTest, AddsAndEditsInPlaceAndSavesWithTheFieldOpen) {
     press("addRuleButton");
     EXPECT_FALSE(sheet->findChild<QLabel*>("emptyNote")->isVisible());
     ASSERT_TRUE(field());
-    EXPECT_EQ(field()->placeholderText(), "example.com");
     type("a.example");
     key(Qt::Key_Return);
     ASSERT_TRUE(sheet && sheet->isVisible()) << "the key was for the field";

@@ -5,8 +5,6 @@
 
 #include <QAbstractItemModelTester>
 
-#include <random>
-
 namespace tessaril {
 namespace {
 

@@ -7,32 +7,17 @@
 #include "support/event_loop.h"
 #include "support/stand_in_machine.h"
 #include "support/temporary_folder.h"
+#include "support/test.h"
 #include "windows/color_button.h"
 #include "windows/other_windows.h"
 #include "windows/style_prop_window.h"
 #include "windows/value_stepper.h"
 #include "windows/var_range_slider.h"
 
-#include <QApplication>
-#include <QCheckBox>
-#include <QColorDialog>
-#include <QComboBox>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QScrollArea>
-#include <QScrollBar>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <fstream>
-#include <set>
+#include <QtWidgets>
 
 namespace tessaril {
 namespace {
-
-using namespace testing;
-using ::testing::ElementsAre, ::testing::HasSubstr, ::testing::SizeIs;
 
 constexpr std::string_view everyControl = R"(/* ==UserStyle==
 @name Every & control
@@ -51,8 +36,7 @@ constexpr std::string_view everyControl = R"(/* ==UserStyle==
 })";
 
 /// The properties of the first style, over real files and the real compilers.
-class StylePropWindowTest : public ::testing::Test {
-protected:
+struct StylePropWindowTest : ::testing::Test {
     StylePropWindowTest() {
         std::filesystem::create_directory(folder / "wormhole");
         main.show();

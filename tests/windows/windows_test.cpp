@@ -3,8 +3,6 @@
 #include "support/test.h"
 #include "windows/compiler_error_windows.h"
 
-#include <QtWidgets>
-
 namespace tessaril {
 namespace {
 
@@ -54,10 +52,6 @@ TEST_F(MainWindowTest, TheCheckBoxWorksByMouseAndSpaceKeyOnly) {
     drag(checkBox(0), checkBox(1));
     drag(checkBox(1), checkBox(1), Qt::RightButton);
     EXPECT_TRUE(isEnabled(2));
-    application.styleList().setLockedForSync(true);
-    click(1, rowControl::checkBox);
-    EXPECT_TRUE(isEnabled(2));
-    EXPECT_EQ(machine.alerts.beeps, 1);
 }
 
 TEST_F(MainWindowTest, SaysHowToBeginUntilThereIsAStyleToShow) {
