@@ -28,6 +28,8 @@ LIMITS = {
     "editorText": ("a further editor until 200 KB are in it", "an empty page in the same engine", 2.5),
     "openStyleEditor": ("open a Style Editor, 200 KB of Less", "the bare code editor with them", 1.3),
     "saveStyle": ("save in it until stored, 200 KB of Less", "compile and write them alone", 1.3),
+    "mergeFirst": ("merge at the start of a sync, 10,000 a side", "decode one of the documents", 1.0),
+    "mergeChange": ("merge what another machine saved, the same", "decode one of the documents", 1.0),
     "updateAll": ("update 200 styles, 20 ms each", "download them one after another", 0.25),
     "buildList": ("build the list's rows, 10,000 styles", "decode their document of 50 MB", 1.0),
 }
