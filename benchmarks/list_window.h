@@ -75,6 +75,8 @@ struct ListWindow {
                        .newStyle = newStyle,
                        .listUndo = undoManager,
                        .updates = updates,
+                       .center = center,
+                       .dispatcher = dispatcher,
                        .canImport = [] { return false; },
                        .importFiles = [](const auto&) {},
                        .openFiles = [](const auto&) {},

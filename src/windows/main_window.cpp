@@ -192,9 +192,8 @@ void MainWindow::makePages() {
 
 void MainWindow::makeSyncOverlay() {
     connect(syncOverlay, &SyncOverlay::turned, this, [this](bool hadFocus) { showSync(hadFocus); });
-    connect(syncOverlay, &SyncOverlay::retryWanted, this, [this] { commands.sync.retry(); });
-    connect(syncOverlay, &SyncOverlay::offlineWanted, this,
-            [this] { commands.sync.workOffline(); });
+    connect(syncOverlay, &SyncOverlay::retryWanted, this, [this] { commands.retrySync(); });
+    connect(syncOverlay, &SyncOverlay::offlineWanted, this, [this] { commands.workOffline(); });
     connect(model, &StyleListModel::lockTurned, this,
             [this] { syncOverlay->setLocked(commands.list.isLockedForSync()); });
     iCloudError = observeOnMain(commands.center, commands.dispatcher, notifications::iCloudError,

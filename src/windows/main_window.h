@@ -5,7 +5,6 @@
 #include "store/new_style.h"
 #include "store/style_list.h"
 #include "store/style_list_commands.h"
-#include "sync/cloud_sync.h"
 #include "undo/undo_manager.h"
 #include "update/style_updates.h"
 
@@ -35,7 +34,6 @@ struct mainWindowCommands {
     NewStyle& newStyle;
     UndoManager& listUndo;
     StyleUpdates& updates;
-    CloudSync& sync;
     NotificationCenter& center;
     Dispatcher& dispatcher;
     std::function<bool()> canImport; ///< whether the import dialog may open now
@@ -44,6 +42,9 @@ struct mainWindowCommands {
     std::function<void()> openPreferences;
     std::function<void()> emailSupport;
     std::function<void()> openWebsite;
+    /// The answers to a first sync that failed.
+    std::function<void()> retrySync = {};
+    std::function<void()> workOffline = {};
     /// Opens the window that takes a style as text; one that is not set is not offered.
     std::function<void()> pasteStyle = {};
     /// Opens the sheet that takes the address of a style; one that is not set is not offered.

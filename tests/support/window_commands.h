@@ -12,7 +12,6 @@ inline mainWindowCommands windowCommands(Application& application) {
             .newStyle = application.newStyle(),
             .listUndo = application.listUndo(),
             .updates = application.styleUpdates(),
-            .sync = application.cloudSync(),
             .center = application.notificationCenter(),
             .dispatcher = application.dispatcher(),
             .canImport = [] { return false; },
@@ -20,7 +19,9 @@ inline mainWindowCommands windowCommands(Application& application) {
             .openFiles = [](const auto&) {},
             .openPreferences = [] {},
             .emailSupport = [] {},
-            .openWebsite = [] {}};
+            .openWebsite = [] {},
+            .retrySync = [&application] { application.cloudSync().retry(); },
+            .workOffline = [&application] { application.cloudSync().workOffline(); }};
 }
 
 } // namespace tessaril::testing
