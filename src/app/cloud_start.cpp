@@ -28,13 +28,17 @@ void CloudStart::listShown() {
 
 void CloudStart::check() {
     const bool isConfigured = machine.preferences.boolean(keys::hasConfigurediCloud);
-    if (isConfigured && !machine.preferences.boolean(keys::useiCloud)) return;
+    if (isConfigured && !machine.preferences.boolean(keys::useiCloud)) {
+        awaitsCheck = false;
+        return showLock(); // switched off since the list was shown
+    }
     askAccountStatus([this, isConfigured](bool isAvailable) {
         awaitsCheck = false;
-        if (!isAvailable)
-            switchOff();
-        else if (!machine.sync.initialFetchStarted())
+        if (!isAvailable) switchOff();
+        if (isAvailable && !machine.sync.initialFetchStarted())
             isConfigured ? start() : startFirst();
+        else
+            showLock();
         if (!isConfigured) machine.preferences.set(keys::hasConfigurediCloud, true);
     });
 }
@@ -46,8 +50,7 @@ cloudAccess CloudStart::access() {
                 [this] {
                     // Whole before anything may be merged.
                     machine.store.writePreCloudBackup();
-                    machine.sync.fetchDatabaseRecord();
-                    machine.sync.fetchPreferencesRecord();
+                    machine.sync.begin();
                 },
             .endSync = [this] { machine.sync.switchedOff(); }};
 }
@@ -63,10 +66,7 @@ void CloudStart::askAccountStatus(std::function<void(bool)> answer) {
 
 void CloudStart::start() {
     machine.list.setLockedForSync(true);
-    machine.dispatcher.inBackground(taskPriority::userInitiated, [this] {
-        machine.sync.fetchDatabaseRecord();
-        machine.sync.fetchPreferencesRecord();
-    });
+    machine.dispatcher.inBackground(taskPriority::userInitiated, [this] { machine.sync.begin(); });
 }
 
 void CloudStart::startFirst() {

@@ -59,6 +59,11 @@ void CloudSync::setPendingOpenStyleID(std::int64_t id) {
 
 // The first fetch of the database
 
+void CloudSync::begin() {
+    fetchDatabaseRecord();
+    fetchPreferencesRecord();
+}
+
 void CloudSync::fetchDatabaseRecord() {
     beginFirstFetch(false);
 }
@@ -102,6 +107,7 @@ void CloudSync::firstFetchEnded(const recordFetch& fetched, bool quiet, const En
 
 /// The cloud has no database yet: this one becomes it.
 void CloudSync::uploadFirst(const Ended& completed) {
+    isCloudUnreadable = false;
     cachedDatabaseRecord = {.id = databaseRecordID, .file = readDocument()};
     if (!cachedDatabaseRecord.file) {
         logLine("Error reading the style database for its first upload.");
@@ -109,10 +115,8 @@ void CloudSync::uploadFirst(const Ended& completed) {
     }
     machine.records.saveRecord(cachedDatabaseRecord, [this, completed](const recordSave& saved) {
         logFailure("Error saving the first style database in the cloud", saved.error);
-        landSave(cachedDatabaseRecord, saved);
+        landDatabase(saved);
         hasFirstFetch = !saved.error;
-        if (!saved.error)
-            machine.merging.preferences.set(preferenceKeys::lastSuccessfulSync, now());
         completed();
     });
 }
@@ -154,8 +158,7 @@ void CloudSync::openPendingStyle() {
 }
 
 void CloudSync::retry() {
-    fetchDatabaseRecord();
-    fetchPreferencesRecord();
+    begin();
     if (!isOn()) releaseList();
 }
 
@@ -295,11 +298,14 @@ void CloudSync::sendDatabase(const Ended& ended) {
     machine.records.modifyRecords({cachedDatabaseRecord}, [this, ended](const recordSave& saved) {
         logFailure("Error uploading the style database", saved.error);
         if (isUncertain(saved.error)) uncertainUpload = cachedDatabaseRecord.file;
-        landSave(cachedDatabaseRecord, saved);
-        if (!saved.error)
-            machine.merging.preferences.set(preferenceKeys::lastSuccessfulSync, now());
+        landDatabase(saved);
         ended();
     });
+}
+
+void CloudSync::landDatabase(const recordSave& saved) {
+    landSave(cachedDatabaseRecord, saved);
+    if (!saved.error) machine.merging.preferences.set(preferenceKeys::lastSuccessfulSync, now());
 }
 
 /// Learns what became of an upload that nobody answered, then sends what is new. If it arrived, its

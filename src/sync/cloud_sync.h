@@ -57,6 +57,9 @@ public:
 
     // Operations
 
+    /// Both first fetches, of the database and then of the preferences.
+    void begin();
+
     /// The first fetch; locks the list by `syncInProgress`.
     void fetchDatabaseRecord();
     void fetchPreferencesRecord();
@@ -103,6 +106,7 @@ private:
     void adopt(const cloudRecord& record);
     bool lostAccount(const std::optional<recordError>& error);
     void sendDatabase(const Ended& ended);
+    void landDatabase(const recordSave& saved);
     void settleUpload(const Ended& ended);
     bool wasUploaded(const cloudRecord& record);
     void sendPreferences(const Ended& ended);

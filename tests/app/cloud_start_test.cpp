@@ -1,0 +1,63 @@
+#include "support/stand_in_machine.h"
+#include "support/test.h"
+
+namespace tessaril {
+namespace {
+
+struct CloudStartTest : ::testing::Test, StandInMachine {
+    CloudStartTest() {
+        for (const char* key : {"UseiCloud", "hasConfigurediCloud"})
+            application.preferences().set(key, true);
+        application.preferences().set("isFirstLaunch", true);
+        application.styleListShown();
+        EXPECT_TRUE(isLocked()) << "at once";
+    }
+    bool isLocked() { return application.styleList().isLockedForSync(); }
+    void runLaunchChecks() {
+        dispatcher.passDelays();
+        for (bool any = true; any;) {
+            dispatcher.runAll();
+            any = recordServer.deliverNext();
+        }
+    }
+
+    Application application{surroundings()};
+};
+
+TEST_F(CloudStartTest, TheListIsReleasedHoweverTheLaunchGoesOn) {
+    runLaunchChecks();
+    EXPECT_FALSE(isLocked());
+    EXPECT_TRUE(recordServer.records.contains({"styleDatabase", "styleDatabase"}));
+}
+
+TEST_F(CloudStartTest, WithoutAnAccountSyncIsSwitchedOff) {
+    records.status = accountStatus::notAvailable;
+    runLaunchChecks();
+    EXPECT_FALSE(isLocked() || application.preferences().boolean("UseiCloud"));
+    EXPECT_THAT(alerts.alerts, IsEmpty());
+}
+
+TEST_F(CloudStartTest, TheSwitchMayBeFasterThanTheLaunchChecks) {
+    application.preferences().set("UseiCloud", false);
+    application.cloudSync().switchedOff();
+    runLaunchChecks();
+    EXPECT_FALSE(isLocked());
+
+    application.preferences().set("UseiCloud", true);
+    application.styleListShown();
+    application.cloudSync().begin();
+    recordServer.deliver();
+    dispatcher.runAll();
+    runLaunchChecks();
+    EXPECT_FALSE(isLocked());
+}
+
+TEST_F(CloudStartTest, AnotherServerIsAnotherSync) {
+    runLaunchChecks();
+    application.preferences().set("recordStoreAddress", "/other.db");
+    dispatcher.runAll();
+    EXPECT_FALSE(application.preferences().boolean("UseiCloud"));
+}
+
+} // namespace
+} // namespace tessaril
