@@ -86,8 +86,7 @@ cloudMergeOutcome CloudMerging::mergeFirstFetch(const liveDatabase& cloud, bool 
                                   machine.preferences.real(preferenceKeys::lastSuccessfulSync),
                               .isFirst = isFirst};
     // Nothing is to be kept where nothing will be replaced.
-    if (!tessaril::mergeFirstFetch(cloud, machine.store.snapshot(), history))
-        return cloudMergeOutcome::unchanged;
+    if (holdSameStyles(cloud, machine.store.snapshot())) return cloudMergeOutcome::unchanged;
     if (!keepsDocument()) return cloudMergeOutcome::failed;
     std::optional<databaseMerge> merge;
     std::vector<std::int64_t> changed;

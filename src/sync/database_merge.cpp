@@ -18,11 +18,6 @@ bool isEarlier(const std::optional<date>& a, const std::optional<date>& b) {
     return a && b && *a < *b;
 }
 
-bool holdSameStyles(const liveDatabase& a, const liveDatabase& b) {
-    return std::ranges::equal(a.styles, b.styles,
-                              [](const auto& x, const auto& y) { return x == y || *x == *y; });
-}
-
 /// Whether the local style takes the place of its counterpart.
 bool isLocalNewer(const styleContainer& local, const styleContainer& counterpart,
                   bool isCloudOlder) {
@@ -81,6 +76,11 @@ private:
 };
 
 } // namespace
+
+bool holdSameStyles(const liveDatabase& a, const liveDatabase& b) {
+    return std::ranges::equal(a.styles, b.styles,
+                              [](const auto& x, const auto& y) { return x == y || *x == *y; });
+}
 
 std::optional<databaseMerge> mergeFirstFetch(const liveDatabase& cloud, const liveDatabase& local,
                                              const syncHistory& history) {

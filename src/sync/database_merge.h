@@ -23,9 +23,12 @@ struct syncHistory {
     bool isFirst = false;         ///< sync has just been switched on: nothing here may get lost
 };
 
+/// Whether both hold the same styles in the same order.
+bool holdSameStyles(const liveDatabase& a, const liveDatabase& b);
+
 /// The merge of a machine that begins to sync. Of a style on both sides the one that was modified
 /// later stays. A style that the cloud lacks is new here, or was deleted elsewhere: the history and
-/// the dates of the databases tell. Nothing where both hold the same styles in the same order.
+/// the dates of the databases tell. Nothing where `holdSameStyles`.
 ///
 /// No identifier of the result occurs twice unless it does so in the cloud: an added style whose
 /// identifier is taken by another one gets a fresh one.

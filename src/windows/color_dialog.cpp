@@ -2,11 +2,11 @@
 
 #include "settings/value_text.h"
 #include "windows/color_button.h"
+#include "windows/dialog_buttons.h"
 #include "windows/held_key_filter.h"
 #include "windows/shown_text.h"
 
 #include <QColorDialog>
-#include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QKeyEvent>
 #include <QLabel>
@@ -69,15 +69,6 @@ ColorDialog::ColorDialog(const colorComponents& color, QWidget* parent)
         choose();
     });
 
-    auto* buttons = new QDialogButtonBox;
-    // With the keys that the picker leaves.
-    chooseButton = buttons->addButton("Ch&oose", QDialogButtonBox::AcceptRole);
-    QPushButton* cancel = buttons->addButton("Ca&ncel", QDialogButtonBox::RejectRole);
-    chooseButton->setObjectName("chooseButton");
-    cancel->setAutoDefault(false);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-
     auto* form = new QFormLayout;
     form->addRow("As &text:", textField);
     auto* opacityParts = new QHBoxLayout;
@@ -91,9 +82,9 @@ ColorDialog::ColorDialog(const colorComponents& color, QWidget* parent)
     parts->addWidget(picker);
     parts->addLayout(opacityParts);
     parts->addSpacing(groupGap);
-    parts->addWidget(buttons);
+    // With the keys that the picker leaves.
+    chooseButton = addDialogButtons(*this, *parts, "chooseButton", "Ch&oose", "Ca&ncel");
     new HeldKeyFilter(this);
-    chooseButton->setDefault(true);
     showColor();
     textField->setText(textOf(color));
     textField->setFocus();

@@ -1,11 +1,11 @@
 #include "windows/import_sheet.h"
 
+#include "windows/dialog_buttons.h"
 #include "windows/pane_form.h"
 #include "windows/shown_text.h"
 
 #include <QApplication>
 #include <QClipboard>
-#include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QLabel>
@@ -69,13 +69,6 @@ ImportSheet::ImportSheet(UrlImport& urlImport, QWidget* parent)
     loadSpinner->setFixedHeight(spinnerHeight);
     keepRoom(*loadSpinner);
 
-    auto* buttons = new QDialogButtonBox;
-    importButton = buttons->addButton("&Import", QDialogButtonBox::AcceptRole);
-    QPushButton* cancel = buttons->addButton("&Cancel", QDialogButtonBox::RejectRole);
-    importButton->setObjectName("importButton");
-    cancel->setAutoDefault(false);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(urlBox, &QLineEdit::textChanged, this, [this] { showImportButton(); });
 
     // The two labels share one place.
@@ -93,9 +86,7 @@ ImportSheet::ImportSheet(UrlImport& urlImport, QWidget* parent)
     auto* parts = new QVBoxLayout(this);
     parts->addWidget(importSheetBox);
     parts->addStretch();
-    parts->addWidget(buttons);
-    // Once it is within the dialog, which else forgets about it when the focus leaves it.
-    importButton->setDefault(true);
+    importButton = addDialogButtons(*this, *parts, "importButton", "&Import", "&Cancel");
     resize(sheetWidth, sizeHint().height());
     enter(importSheetState::idle);
     offerClipboard();

@@ -1,6 +1,7 @@
 #include "windows/new_section_sheet.h"
 
 #include "model/rule_types.h"
+#include "windows/dialog_buttons.h"
 #include "windows/form_fields.h"
 #include "windows/held_key_filter.h"
 #include "windows/pane_form.h"
@@ -8,12 +9,10 @@
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QVBoxLayout>
 
 namespace tessaril {
@@ -56,13 +55,6 @@ NewSectionSheet::NewSectionSheet(std::function<void(const newSectionFields&)> wh
     form->addRow("", copyCheckbox);
     static_cast<QLabel*>(form->labelForField(rule))->setBuddy(ruleField);
 
-    auto* buttons = new QDialogButtonBox;
-    QPushButton* addButton = buttons->addButton("&Add", QDialogButtonBox::AcceptRole);
-    QPushButton* cancel = buttons->addButton("Cance&l", QDialogButtonBox::RejectRole);
-    addButton->setObjectName("addButton");
-    cancel->setAutoDefault(false);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(ruleMenu, &QComboBox::currentIndexChanged, this, [this] { showRule(); });
     connect(copyCheckbox, &QCheckBox::toggled, this, [this] { showRule(); });
 
@@ -70,8 +62,7 @@ NewSectionSheet::NewSectionSheet(std::function<void(const newSectionFields&)> wh
     parts->addWidget(formPart);
     parts->addSpacing(8);
     parts->addStretch();
-    parts->addWidget(buttons);
-    addButton->setDefault(true); // only now does the dialog hear of it
+    addDialogButtons(*this, *parts, "addButton", "&Add", "Cance&l");
     new HeldKeyFilter(this);
     showRule();
     resize(sheetWidth, sizeHint().height());

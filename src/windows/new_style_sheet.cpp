@@ -1,12 +1,12 @@
 #include "windows/new_style_sheet.h"
 
+#include "windows/dialog_buttons.h"
 #include "windows/form_fields.h"
 #include "windows/pane_form.h"
 #include "windows/rule_examples.h"
 #include "windows/shown_text.h"
 
 #include <QComboBox>
-#include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -42,18 +42,6 @@ NewStyleSheet::NewStyleSheet(NewStyle& styleMaker, QWidget* parent)
     auto* note = new QLabel("Without a rule the style applies to every page.");
     makeNote(*note);
 
-    auto* buttons = new QDialogButtonBox;
-    QPushButton* create = buttons->addButton("Create", QDialogButtonBox::AcceptRole);
-    QPushButton* cancel = buttons->addButton("Cancel", QDialogButtonBox::RejectRole);
-    create->setObjectName("createButton");
-    create->setDefault(true);
-    create->setEnabled(false);
-    cancel->setAutoDefault(false);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    connect(nameField, &QLineEdit::textChanged, create, [create](const QString& name) {
-        create->setEnabled(NewStyle::canCreate(name.toStdString()));
-    });
     connect(ruleTypeMenu, &QComboBox::currentIndexChanged, this, [this] { showRuleExample(); });
     showRuleExample();
 
@@ -69,7 +57,11 @@ NewStyleSheet::NewStyleSheet(NewStyle& styleMaker, QWidget* parent)
     parts->addWidget(formPart);
     parts->addSpacing(8);
     parts->addStretch();
-    parts->addWidget(buttons);
+    QPushButton* create = addDialogButtons(*this, *parts, "createButton", "&Create", "Cance&l");
+    create->setEnabled(false);
+    connect(nameField, &QLineEdit::textChanged, create, [create](const QString& name) {
+        create->setEnabled(NewStyle::canCreate(name.toStdString()));
+    });
     resize(sheetWidth, sizeHint().height());
 }
 

@@ -3,10 +3,10 @@
 #include "events/notification_names.h"
 #include "events/observe_on_main.h"
 #include "windows/bring_to_front.h"
+#include "windows/dialog_buttons.h"
 #include "windows/pane_form.h"
 #include "windows/shown_text.h"
 
-#include <QDialogButtonBox>
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
@@ -59,13 +59,6 @@ RecoveryPanel::RecoveryPanel(recoveryPanelParts panelParts, QWidget* parent)
     auto* advice = new QLabel(adviceText);
     advice->setWordWrap(true);
 
-    auto* buttons = new QDialogButtonBox;
-    recoverButton = buttons->addButton("&Recover", QDialogButtonBox::AcceptRole);
-    QPushButton* close = buttons->addButton("&Close", QDialogButtonBox::RejectRole);
-    recoverButton->setObjectName("recoverSelectedButton");
-    close->setAutoDefault(false);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(names, &QListWidget::itemSelectionChanged, this, [this] { showButton(); });
     connect(names, &QListWidget::itemDoubleClicked, this, &QDialog::accept);
     connect(new QShortcut(QKeySequence("Ctrl+W"), this), &QShortcut::activated, this,
@@ -77,9 +70,7 @@ RecoveryPanel::RecoveryPanel(recoveryPanelParts panelParts, QWidget* parent)
     auto* rows = new QVBoxLayout(this);
     rows->addWidget(advice);
     rows->addWidget(names, 1);
-    rows->addWidget(buttons);
-    // Once it is within the dialog, which else forgets about it when the focus leaves it.
-    recoverButton->setDefault(true);
+    recoverButton = addDialogButtons(*this, *rows, "recoverSelectedButton", "&Recover", "&Close");
     resize(comfortableSize);
     names->setFocus();
     showNames();

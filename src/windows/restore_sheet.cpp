@@ -1,10 +1,10 @@
 #include "windows/restore_sheet.h"
 
+#include "windows/dialog_buttons.h"
 #include "windows/pane_form.h"
 #include "windows/shown_text.h"
 
 #include <QDateTime>
-#include <QDialogButtonBox>
 #include <QEvent>
 #include <QHeaderView>
 #include <QLabel>
@@ -131,13 +131,6 @@ RestoreSheet::RestoreSheet(std::unique_ptr<BackupRestore> ownRestore, QWidget* p
     summary->setMinimumHeight(3 * summary->fontMetrics().lineSpacing()); // nothing moves below
     styleList->setSelectionMode(QAbstractItemView::NoSelection);
 
-    auto* buttons = new QDialogButtonBox;
-    restoreButton = buttons->addButton("&Restore", QDialogButtonBox::AcceptRole);
-    QPushButton* cancel = buttons->addButton("&Cancel", QDialogButtonBox::RejectRole);
-    restoreButton->setObjectName("restoreButton");
-    cancel->setAutoDefault(false);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(backupList, &QTreeWidget::itemSelectionChanged, this, [this] { showChosen(); });
 
     auto* lists = new QSplitter;
@@ -148,9 +141,7 @@ RestoreSheet::RestoreSheet(std::unique_ptr<BackupRestore> ownRestore, QWidget* p
     auto* parts = new QVBoxLayout(this);
     parts->addWidget(lists, 1);
     parts->addWidget(summary);
-    parts->addWidget(buttons);
-    // Once it is within the dialog, which else forgets about it when the focus leaves it.
-    restoreButton->setDefault(true);
+    restoreButton = addDialogButtons(*this, *parts, "restoreButton", "&Restore", "&Cancel");
     resize(comfortableSize);
     backupList->setFocus();
     showChosen();

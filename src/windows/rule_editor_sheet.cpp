@@ -1,15 +1,14 @@
 #include "windows/rule_editor_sheet.h"
 
+#include "windows/dialog_buttons.h"
 #include "windows/form_fields.h"
 #include "windows/held_key_filter.h"
 #include "windows/pane_form.h"
 #include "windows/rule_table.h"
 #include "windows/shown_text.h"
 
-#include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QShortcut>
 #include <QVBoxLayout>
 
@@ -33,14 +32,6 @@ RuleEditorSheet::RuleEditorSheet(RuleEditorDelegate& delegate, bool isReadOnly, 
     auto* table = new RuleTable(editor.rules());
     table->setNoteWithoutRules("Without a rule the section applies to every page.");
 
-    auto* buttons = new QDialogButtonBox;
-    QPushButton* save = buttons->addButton("&Save", QDialogButtonBox::AcceptRole);
-    QPushButton* cancel = buttons->addButton("&Cancel", QDialogButtonBox::RejectRole);
-    save->setObjectName("saveButton");
-    save->setDefault(true);
-    cancel->setAutoDefault(false);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(new QShortcut(QKeySequence::Save, this), &QShortcut::activated, this, &QDialog::accept);
 
     auto* formPart = new QWidget;
@@ -50,7 +41,7 @@ RuleEditorSheet::RuleEditorSheet(RuleEditorDelegate& delegate, bool isReadOnly, 
     auto* parts = new QVBoxLayout(this);
     parts->addWidget(formPart);
     parts->addWidget(table, 1);
-    parts->addWidget(buttons);
+    addDialogButtons(*this, *parts, "saveButton", "&Save", "&Cancel");
     new HeldKeyFilter(this);
     resize(comfortableSize);
     if (isReadOnly) table->setFocus();

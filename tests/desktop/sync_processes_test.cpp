@@ -1,126 +1,41 @@
 #include "support/event_loop.h"
 #include "support/sql_records.h"
+#include "support/syncing_process.h"
 #include "support/test.h"
 
-#include <QProcess>
-
-#include <iterator>
 #include <semaphore>
-#include <sstream>
 
 namespace tessaril {
 namespace {
 
-/// A machine of the user: an application in a process and a folder of its own.
-class SyncingProcess {
-public:
-    SyncingProcess(std::string recordAddress, std::string ownPassword)
-        : address(std::move(recordAddress)), password(std::move(ownPassword)) {
-        start();
-    }
-    ~SyncingProcess() { quit(); }
-
-    void start() {
-        process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        process.start(TESSARIL_PROGRAMS "/tessaril_syncing_process",
-                      {QString::fromStdString(folder.path.string()),
-                       QString::fromStdString(address), QString::fromStdString(password)});
-    }
-    void quit() {
-        process.closeWriteChannel();
-        EXPECT_TRUE(eventually([&] { return process.state() == QProcess::NotRunning; }));
-    }
-    void kill() {
-        process.kill();
-        EXPECT_TRUE(eventually([&] { return process.state() == QProcess::NotRunning; }));
-        rest.clear();
-    }
-
-    void tell(const std::string& command) { process.write((command + "\n").c_str()); }
-
-    /// Whether it comes to say the line, once more than it was asked for before.
-    [[nodiscard]] bool says(const std::string& line) {
-        return eventually([&] {
-            read();
-            const auto found = std::ranges::find(heard, line);
-            if (found == heard.end()) return false;
-            heard.erase(found);
-            return true;
-        });
-    }
-    /// What it holds: "on", "off" or "on locked", the styles, and with a "-" those to be recovered.
-    std::string shown() {
-        std::string state;
-        tell("show");
-        EXPECT_TRUE(eventually([&] {
-            read();
-            const auto found = std::ranges::find_if(heard, [](const std::string& line) {
-                return line.starts_with("on") || line.starts_with("off");
-            });
-            if (found == heard.end()) return false;
-            state = *found;
-            heard.erase(found);
-            return true;
-        }));
-        return state;
-    }
-    /// Whether it holds that now; in whichever order its styles stand.
-    bool shows(const std::string& state) { return sortedWords(shown()) == sortedWords(state); }
-    [[nodiscard]] bool comesToShow(const std::string& state) {
-        const bool does = eventually([&] { return shows(state); });
-        EXPECT_TRUE(does) << state << " was wanted, but it is " << shown() << "\n" << log;
-        return does;
-    }
-
-    TemporaryFolder folder;
-
-private:
-    static std::multiset<std::string> sortedWords(const std::string& line) {
-        std::istringstream words(line);
-        return {std::istream_iterator<std::string>(words), {}};
-    }
-
-    void read() {
-        rest += process.readAllStandardOutput().toStdString();
-        for (std::size_t end = 0; (end = rest.find('\n')) != std::string::npos;) {
-            if (rest.starts_with("> "))
-                heard.push_back(rest.substr(2, end - 2));
-            else
-                log += rest.substr(0, end + 1);
-            rest.erase(0, end + 1);
-        }
-    }
-
-    std::string address, password;
-    QProcess process;
-    std::string rest, log;
-    std::vector<std::string> heard;
-};
-
 template <class Records>
 struct SyncProcesses : ::testing::Test {
-    std::unique_ptr<SyncingProcess> machine() {
-        return std::make_unique<SyncingProcess>(records.address(), passwordOfUser());
+    SyncingProcess& addMachine() {
+        std::string password;
+        if constexpr (requires { records.user; }) password = records.user;
+        machines.push_back(std::make_unique<SyncingProcess>(records.address(), password));
+        return *machines.back();
     }
-    std::string passwordOfUser() {
-        if constexpr (requires { records.user; }) return records.user;
-        return "";
+    /// Machines with one style, each of which has heard of the others' saves: nothing that one of
+    /// them does next is overtaken.
+    void beginWithOneStyle(int count) {
+        addMachine().tell("add 1 One");
+        machines.front()->tell("on");
+        ASSERT_TRUE(allShow("on: One"));
+        for (int i = 1; i < count; ++i) {
+            addMachine().tell("on");
+            ASSERT_TRUE(allShow("on: One"));
+            for (int other = 0; other < i; ++other)
+                ASSERT_TRUE(machines[static_cast<std::size_t>(other)]->says("news"));
+        }
     }
-    /// Two machines with one style.
-    void beginWithOneStyle() {
-        first = machine();
-        first->tell("add 1 One");
-        first->tell("on");
-        ASSERT_TRUE(first->comesToShow("on: One"));
-        second = machine();
-        second->tell("on");
-        ASSERT_TRUE(second->comesToShow("on: One"));
-        // Only who has heard of the last save of the other is not overtaken.
-        ASSERT_TRUE(first->says("news"));
+    [[nodiscard]] bool allShow(const std::string& state) {
+        return std::ranges::all_of(machines,
+                                   [&](const auto& each) { return each->comesToShow(state); });
     }
 
     Records records;
-    std::unique_ptr<SyncingProcess> first, second;
+    std::vector<std::unique_ptr<SyncingProcess>> machines;
 };
 
 using Engines = ::testing::Types<SqliteRecords, PostgresRecords>;
@@ -133,24 +48,22 @@ struct EngineName {
 TYPED_TEST_SUITE(SyncProcesses, Engines, EngineName);
 
 TYPED_TEST(SyncProcesses, ThreeMachinesHoldTheSame) {
-    this->beginWithOneStyle();
-    SyncingProcess &a = *this->first, &b = *this->second;
-    const auto third = this->machine();
-    SyncingProcess& c = *third;
+    this->beginWithOneStyle(2);
+    SyncingProcess &a = *this->machines[0], &b = *this->machines[1], &c = this->addMachine();
     c.tell("add 3 Three");
     c.tell("on");
-    for (SyncingProcess* each : {&a, &b, &c})
-        ASSERT_TRUE(each->comesToShow("on: One Three"));
+    ASSERT_TRUE(this->allShow("on: One Three"));
 
     b.tell("edit 3 b{}");
-    ASSERT_TRUE(a.comesToShow("on: One Three=b{}") && c.comesToShow("on: One Three=b{}"));
+    ASSERT_TRUE(this->allShow("on: One Three=b{}"));
     c.tell("add 4 Four");
-    ASSERT_TRUE(a.comesToShow("on: One Three=b{} Four") && b.comesToShow("on: One Three=b{} Four"));
+    ASSERT_TRUE(this->allShow("on: One Three=b{} Four"));
     a.tell("delete 1");
+    ASSERT_TRUE(a.comesToShow("on: Three=b{} Four"));
     for (SyncingProcess* each : {&b, &c})
         ASSERT_TRUE(each->comesToShow("on: Three=b{} Four -One")) << "recoverable there";
 
-    // One that was away learns of it, and what it did meanwhile stays.
+    // One that was away learns of it.
     c.kill();
     b.tell("edit 4 late{}");
     ASSERT_TRUE(a.comesToShow("on: Three=b{} Four=late{}"));
@@ -159,13 +72,13 @@ TYPED_TEST(SyncProcesses, ThreeMachinesHoldTheSame) {
 }
 
 TYPED_TEST(SyncProcesses, ThePushClosesTheEditorAndTheLaterEditStays) {
-    this->beginWithOneStyle();
-    SyncingProcess &a = *this->first, &b = *this->second;
+    this->beginWithOneStyle(2);
+    SyncingProcess &a = *this->machines[0], &b = *this->machines[1];
     b.tell("open 1");
     a.tell("edit 1 a{}");
     EXPECT_TRUE(b.says("alert Open Styles Changed in iCloud"));
     EXPECT_TRUE(b.says("closed 1"));
-    ASSERT_TRUE(b.comesToShow("on: One=a{}"));
+    ASSERT_TRUE(this->allShow("on: One=a{}"));
 
     a.tell("edit 1 early{}");
     ASSERT_TRUE(a.comesToShow("on: One=early{}"));
@@ -179,8 +92,8 @@ TYPED_TEST(SyncProcesses, ThePushClosesTheEditorAndTheLaterEditStays) {
 }
 
 TYPED_TEST(SyncProcesses, ALostServerLosesNothing) {
-    this->beginWithOneStyle();
-    SyncingProcess &a = *this->first, &b = *this->second;
+    this->beginWithOneStyle(3);
+    SyncingProcess &a = *this->machines[0], &b = *this->machines[1];
     a.tell("addLarge 2 Large"); // under way when the server goes
     ASSERT_TRUE(a.comesToShow("on: One Large"));
     this->records.stop();
@@ -198,17 +111,14 @@ TYPED_TEST(SyncProcesses, ALostServerLosesNothing) {
     // Where its upload did not arrive, the style counts as one that the others have deleted.
     a.tell("recover");
     a.tell("edit 2 back{}");
-    ASSERT_TRUE(a.comesToShow("on: One=away{} Large=back{} Three=back{}"));
-    ASSERT_TRUE(b.comesToShow("on: One=away{} Large=back{} Three=back{}"));
+    ASSERT_TRUE(this->allShow("on: One=away{} Large=back{} Three=back{}"));
 }
 
 TYPED_TEST(SyncProcesses, ADamagedRecordReplacesNothing) {
-    this->beginWithOneStyle();
-    SyncingProcess &a = *this->first, &b = *this->second;
+    this->beginWithOneStyle(3);
+    SyncingProcess &a = *this->machines[0], &b = *this->machines[1], &c = *this->machines[2];
     b.tell("edit 1 b{}");
-    ASSERT_TRUE(a.comesToShow("on: One=b{}"));
-    a.tell("edit 1 a{}");
-    ASSERT_TRUE(b.comesToShow("on: One=a{}"));
+    ASSERT_TRUE(this->allShow("on: One=b{}"));
     const recordID id{"styleDatabase", "styleDatabase"};
     const auto vandal = this->records.client();
     std::binary_semaphore isDone(0);
@@ -221,17 +131,58 @@ TYPED_TEST(SyncProcesses, ADamagedRecordReplacesNothing) {
         });
     });
     isDone.acquire();
-    for (SyncingProcess* each : {&a, &b})
+    for (const auto& each : this->machines)
         EXPECT_TRUE(each->says("alert Error reading iCloud style database"));
     a.tell("add 2 Two");
-    ASSERT_TRUE(a.comesToShow("on: One=a{} Two") && b.comesToShow("on: One=a{}"));
+    ASSERT_TRUE(a.comesToShow("on: One=b{} Two"));
+    ASSERT_TRUE(b.comesToShow("on: One=b{}") && c.comesToShow("on: One=b{}"));
     b.quit();
     b.start();
     EXPECT_TRUE(b.says("error"));
-    ASSERT_TRUE(b.comesToShow("on locked: One=a{}"));
+    ASSERT_TRUE(b.comesToShow("on locked: One=b{}"));
     a.tell("reset");
-    ASSERT_TRUE(a.comesToShow("on:"));
-    ASSERT_TRUE(b.comesToShow("on:"));
+    ASSERT_TRUE(a.comesToShow("on:") && b.comesToShow("on:") && c.comesToShow("on: -One"));
+}
+
+using OnPostgres = SyncProcesses<PostgresRecords>;
+
+TEST_F(OnPostgres, AServerKilledInTheMiddleLosesNothing) {
+    beginWithOneStyle(3);
+    SyncingProcess &a = *machines[0], &b = *machines[1], &c = *machines[2];
+    const auto killWhile = [&](auto begin) {
+        records.holdUpRecords();
+        begin();
+        records.waitUntilHeldUp();
+        records.stop();
+    };
+
+    // Of an upload: it is made up for by the next.
+    killWhile([&] { a.tell("edit 1 a{}"); });
+    ASSERT_TRUE(b.shows("on: One") && c.shows("on: One"));
+    records.start();
+    a.tell("add 2 Two");
+    ASSERT_TRUE(allShow("on: One=a{} Two"));
+
+    // Of the fetch after a push: told of again when the server is back.
+    c.pause();
+    b.tell("edit 2 b{}");
+    ASSERT_TRUE(a.comesToShow("on: One=a{} Two=b{}"));
+    killWhile([&] { c.goOn(); });
+    ASSERT_TRUE(c.shows("on: One=a{} Two"));
+    records.start();
+    ASSERT_TRUE(allShow("on: One=a{} Two=b{}"));
+
+    // Of the first fetch.
+    b.kill();
+    a.tell("delete 1");
+    ASSERT_TRUE(c.comesToShow("on: Two=b{} -One"));
+    killWhile([&] { b.start(); });
+    EXPECT_TRUE(b.says("error"));
+    ASSERT_TRUE(b.shows("on locked: One=a{} Two=b{}"));
+    records.start();
+    b.tell("retry");
+    ASSERT_TRUE(b.comesToShow("on: Two=b{}")); // dropped by date, as deleted before
+    ASSERT_TRUE(a.comesToShow("on: Two=b{}") && c.comesToShow("on: Two=b{} -One"));
 }
 
 TEST(SyncProcess, AWrongPasswordSwitchesSyncOff) {

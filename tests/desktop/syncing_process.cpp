@@ -5,17 +5,11 @@
 // Arguments: the folder, the record store's address, the password.
 
 #include "app/application.h"
-#include "desktop/folder_message_channel.h"
-#include "desktop/own_folders.h"
-#include "desktop/posix_file_system.h"
-#include "desktop/qt_dispatcher.h"
-#include "desktop/settings_store.h"
 #include "events/notification_names.h"
 #include "events/observe_on_main.h"
 #include "preferences/preference_keys.h"
-#include "records/sql_record_store.h"
 #include "support/sample_styles.h"
-#include "support/stand_in_machine.h"
+#include "support/syncing_machine.h"
 
 #include <QCoreApplication>
 
@@ -42,46 +36,6 @@ struct SpokenAlerts : RecordingAlerts {
     void showAlert(std::string_view title, std::string_view) override {
         say("alert " + std::string(title));
     }
-};
-
-struct Machine : StandInMachine {
-    Machine(const std::filesystem::path& folder, const std::string& address,
-            const std::string& password)
-        : container(folder)
-        , store(folder / "preferences.ini")
-        , sqlRecords(
-              {.address = [address] { return address; },
-               .passwords = [password](const auto&, auto) { return std::optional(password); },
-               .operationTime = std::chrono::seconds(60)}) {}
-
-    applicationSurroundings real() {
-        return {.files = posixFiles,
-                .channel = folderChannel,
-                .alerts = spoken,
-                .dispatcher = tasks,
-                .standardPreferences = store,
-                .sharedPreferences = shared,
-                .scripts = scripts,
-                .resources = scripts,
-                .compilerErrors = compilerErrors,
-                .extension = extension,
-                .externals = externals,
-                .urls = urls,
-                .iconDecoder = pictures,
-                .records = sqlRecords,
-                .container = container,
-                .iconCache = {},
-                .importFolder = {},
-                .draftFolder = makeDraftFolder(container)};
-    }
-
-    std::filesystem::path container;
-    PosixFileSystem posixFiles;
-    FolderMessageChannel folderChannel{posixFiles, container};
-    SpokenAlerts spoken;
-    QtDispatcher tasks;
-    SettingsStore store;
-    SqlRecordStore sqlRecords;
 };
 
 struct Commands {
@@ -125,6 +79,8 @@ struct Commands {
             style.styleData.sections[0].code.assign(20'000'000, ' ');
             store.appendStyle(style);
             store.saveDatabase();
+        } else if (command == "rename") {
+            store.renameStyle(*store.indexOfStyle(id), text);
         } else if (command == "edit") {
             styleContainer style = *store.findStyle(id);
             style.styleData.sections[0].code = text;
@@ -139,6 +95,8 @@ struct Commands {
             store.resetDatabase();
         } else if (command == "save") {
             store.saveDatabase();
+        } else if (command == "retry") {
+            application.cloudSync().retry();
         } else if (command == "offline") {
             application.cloudSync().workOffline();
         } else if (command == "recover") {
@@ -177,9 +135,8 @@ struct Commands {
 
 int main(int argc, char* argv[]) {
     QCoreApplication qt(argc, argv);
-    makeBackupFolder(argv[1]);
-    std::filesystem::create_directory(std::filesystem::path(argv[1]) / "wormhole");
-    Machine machine(argv[1], argv[2], argv[3]);
+    SpokenAlerts spoken;
+    SyncingMachine machine(argv[1], argv[2], argv[3], spoken);
     Application application(machine.real());
     // As after an earlier launch: what the first one does about sync is no matter here.
     application.preferences().set(preferenceKeys::hasConfigurediCloud, true);

@@ -18,22 +18,6 @@ protected:
     recordErrorCode codeAt(const std::string& address, PasswordSource passwords = passwordOf) {
         return codeOf(fetch(machineAt(address, std::move(passwords)), {database}).error);
     }
-
-    /// Holds up whatever touches the records until the server ends.
-    void holdUpRecords() {
-        server.execute("CREATE FUNCTION tessaril.hold() RETURNS boolean LANGUAGE plpgsql AS $$ "
-                       "BEGIN PERFORM pg_sleep(3600); RETURN true; END $$;"
-                       "CREATE POLICY hold ON tessaril.records AS RESTRICTIVE"
-                       " USING (tessaril.hold())");
-    }
-    void waitUntilHeldUp() {
-        while (server
-                   .execute("SELECT 1 FROM pg_stat_activity WHERE wait_event = 'PgSleep' AND "
-                            "datname = current_database()")
-                   .empty()) {
-        }
-    }
-    void letGo() { server.execute("DROP FUNCTION tessaril.hold CASCADE"); }
 };
 
 TEST_F(PostgresStore, UsersOfOneDatabaseSeeNothingOfEachOther) {
@@ -134,14 +118,13 @@ TEST_F(PostgresStore, AServerKilledInTheMiddleLeavesTheOldStateOrTheNew) {
     EXPECT_FALSE(subscribe(second, database.type));
 
     const auto killedDuring = [&](auto begin) {
-        holdUpRecords();
+        server.holdUpRecords();
         std::promise<recordErrorCode> answered;
         begin([&](const auto& answer) { answered.set_value(codeOf(answer.error)); });
-        waitUntilHeldUp();
+        server.waitUntilHeldUp();
         server.stop();
         const recordErrorCode code = answered.get_future().get();
         server.start();
-        letGo();
         return code;
     };
     EXPECT_EQ(killedDuring([&](auto answer) { first.store->fetchRecords({database}, answer); }),

@@ -54,6 +54,25 @@ struct PostgresRecords {
     void stop() { server.kill(); }
     void start() { server.start(); }
 
+    /// Holds up whatever touches the records, until the server ends.
+    void holdUpRecords() {
+        std::string begun = execute("SELECT pg_postmaster_start_time()");
+        begun.pop_back();
+        execute("CREATE OR REPLACE FUNCTION tessaril.hold() RETURNS boolean LANGUAGE plpgsql AS $$ "
+                "BEGIN IF pg_postmaster_start_time() = '" +
+                begun +
+                "' THEN "
+                "PERFORM pg_sleep(3600); END IF; RETURN true; END $$;"
+                "DROP POLICY IF EXISTS hold ON tessaril.records;"
+                "CREATE POLICY hold ON tessaril.records AS RESTRICTIVE USING (tessaril.hold())");
+    }
+    void waitUntilHeldUp() {
+        while (execute("SELECT 1 FROM pg_stat_activity WHERE wait_event = 'PgSleep' AND "
+                       "datname = current_database()")
+                   .empty()) {
+        }
+    }
+
     PostgresServer& server = PostgresServer::shared();
     std::string user = server.addUser();
     std::string database = server.addDatabase(user);
