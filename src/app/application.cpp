@@ -81,7 +81,7 @@ Application::Application(applicationSurroundings surroundings)
                      .center = center,
                      .store = styleStore,
                      .openStyles = stylesOpenInEditors,
-                     .willReset = [this] { sync.allowReplacing(); }})
+                     .wasReset = [this] { sync.databaseWasReset(); }})
     , controls(standard, shared, synced)
     , cloud(standard, center, machine.dispatcher)
     , drafts(machine.files, machine.draftFolder)

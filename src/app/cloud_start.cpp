@@ -45,7 +45,11 @@ void CloudStart::check() {
 
 cloudAccess CloudStart::access() {
     return {.askAccountStatus = [this](auto answer) { askAccountStatus(std::move(answer)); },
-            .prepareSync = [this] { machine.sync.setFirstSyncPending(); },
+            .prepareSync =
+                [this] {
+                    machine.sync.setInitialFetchStarted();
+                    machine.sync.setFirstSyncPending();
+                },
             .startSync =
                 [this] {
                     // Whole before anything may be merged.
@@ -65,12 +69,14 @@ void CloudStart::askAccountStatus(std::function<void(bool)> answer) {
 }
 
 void CloudStart::start() {
+    machine.sync.setInitialFetchStarted();
     machine.list.setLockedForSync(true);
     machine.dispatcher.inBackground(taskPriority::userInitiated, [this] { machine.sync.begin(); });
 }
 
 void CloudStart::startFirst() {
     machine.preferences.set(keys::useiCloud, true);
+    machine.sync.setInitialFetchStarted();
     machine.sync.setFirstSyncPending();
     machine.list.setLockedForSync(true);
     machine.dispatcher.inBackground(taskPriority::userInitiated, access().startSync);

@@ -96,8 +96,7 @@ void DatabaseCommands::reset() {
 void DatabaseCommands::emptyDatabase() {
     // A link may have opened a style while the question was shown.
     if (refusesToReset()) return;
-    if (machine.willReset) machine.willReset();
-    machine.store.resetDatabase();
+    if (machine.store.resetDatabase() && machine.wasReset) machine.wasReset();
     machine.center.post(notifications::refreshTable);
 }
 

@@ -27,7 +27,7 @@ struct databaseCommandSurroundings {
     NotificationCenter& center;
     StyleStore& store;
     const OpenStyles& openStyles;
-    std::function<void()> willReset = {}; ///< called when the user has confirmed it
+    std::function<void()> wasReset = {}; ///< called when the user has reset it
 };
 
 /// Import, export and reset of the whole style database, as three buttons offer them, and the

@@ -8,6 +8,7 @@
 #include "store/installed_styles.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tessaril {
 
@@ -99,12 +100,15 @@ void StyleStore::save(bool withUpload) {
     // What is unreadable gets a name of its own. A save that would wait for a backup to work could
     // lose more than the backup holds, so this one may fail.
     if (!writer.keepsUnreadableDocument()) backups.keepOnceADay();
+    owesUpload = owesUpload || withUpload;
     lastSaveFailed = !writer.write(snapshot());
     if (lastSaveFailed) {
         reportSaveFailure();
         return;
     }
-    if (withUpload && upload && machine.preferences.boolean(preferenceKeys::useiCloud)) upload();
+    if (std::exchange(owesUpload, false) && upload &&
+        machine.preferences.boolean(preferenceKeys::useiCloud))
+        upload();
 }
 
 void StyleStore::reportSaveFailure() {
@@ -166,10 +170,11 @@ void StyleStore::importDatabase(const std::filesystem::path& file) {
     saveDatabase();
 }
 
-void StyleStore::resetDatabase() {
-    if (!keepsDocumentOrTells()) return;
+bool StyleStore::resetDatabase() {
+    if (!keepsDocumentOrTells()) return false;
     withDatabase([](liveDatabase& live) { live = liveDatabaseFrom(makeEmptyDatabase()); });
     saveDatabase();
+    return true;
 }
 
 bool StyleStore::changeDatabase(const std::function<bool(liveDatabase&)>& change) {

@@ -110,8 +110,8 @@ public:
     void importDatabase(const std::filesystem::path& file);
 
     /// Replaces the live database by an empty one and saves. Keeps the document first, as above; it
-    /// takes no time where `keepDocument` has just done so.
-    void resetDatabase();
+    /// takes no time where `keepDocument` has just done so. Gives whether it did.
+    bool resetDatabase();
 
     /// Has `change` make another database of the live one, under its lock; where it gives false,
     /// the live database stays as it is. No save; the caller saves.
@@ -206,6 +206,7 @@ private:
     std::filesystem::path container;
     std::function<void()> upload;
     std::atomic<bool> lastSaveFailed = false;
+    bool owesUpload = false; ///< of a save that failed; used by saves only, which run one by one
     std::once_flag loaded;
     std::mutex mutex; ///< guards `database`
     liveDatabase database;

@@ -50,12 +50,14 @@ std::vector<std::int64_t> changedBetween(const liveDatabase& before, const liveD
 CloudMerging::CloudMerging(cloudMergingSurroundings surroundings)
     : machine(std::move(surroundings)) {}
 
-std::optional<liveDatabase> CloudMerging::decodeCloudDatabase(const cloudRecord& record) {
+std::optional<liveDatabase> CloudMerging::decodeCloudDatabase(const cloudRecord& record,
+                                                              bool isQuiet) {
     // A record without a file counts as one that cannot be read.
     auto decoded = record.file ? decodeDatabase(*record.file) : std::nullopt;
     if (decoded) return liveDatabaseFrom(std::move(*decoded));
     logLine(decodeErrorLine);
-    machine.alerts.showAlert(decodeErrorTitle, decodeErrorText);
+    if (std::exchange(alertedTag, record.changeTag) != record.changeTag || !isQuiet)
+        machine.alerts.showAlert(decodeErrorTitle, decodeErrorText);
     return std::nullopt;
 }
 
@@ -79,14 +81,17 @@ bool CloudMerging::isKeptAlready(const std::string& bytes) const {
     });
 }
 
-cloudMergeOutcome CloudMerging::mergeFirstFetch(const liveDatabase& cloud, bool isFirst,
-                                                bool isQuiet) {
+cloudMergeOutcome CloudMerging::mergeFirstFetch(const liveDatabase& cloud, bool isFirst) {
     if (!machine.preferences.boolean(preferenceKeys::useiCloud)) return cloudMergeOutcome::failed;
     const syncHistory history{.lastSync =
                                   machine.preferences.real(preferenceKeys::lastSuccessfulSync),
                               .isFirst = isFirst};
     // Nothing is to be kept where nothing will be replaced.
-    if (holdSameStyles(cloud, machine.store.snapshot())) return cloudMergeOutcome::unchanged;
+    const auto unchanged = [this] {
+        return machine.store.waitForSaves() ? cloudMergeOutcome::unchanged
+                                            : cloudMergeOutcome::unwritten;
+    };
+    if (holdSameStyles(cloud, machine.store.snapshot())) return unchanged();
     if (!keepsDocument()) return cloudMergeOutcome::failed;
     std::optional<databaseMerge> merge;
     std::vector<std::int64_t> changed;
@@ -97,7 +102,7 @@ cloudMergeOutcome CloudMerging::mergeFirstFetch(const liveDatabase& cloud, bool 
         live = std::move(merge->merged);
         return true;
     });
-    if (!merge) return cloudMergeOutcome::unchanged;
+    if (!merge) return unchanged();
     logStyles("Removed, as the cloud has it no more; recoverable in this run: ", merge->recovered);
     logStyles("Dropped, as another machine has deleted it: ", merge->dropped);
     machine.recoveryList.add(merge->recovered);
@@ -105,7 +110,9 @@ cloudMergeOutcome CloudMerging::mergeFirstFetch(const liveDatabase& cloud, bool 
         machine.center.post(notifications::deletedStylesChanged);
     machine.store.saveDatabase();
     const bool isWritten = machine.store.waitForSaves();
-    if (isQuiet) tellOfChanges(changed);
+    // Also where the list was locked: windows may have been open before, and what they save must
+    // not get into the place of another style.
+    if (!changed.empty()) tellOfChanges(changed, false);
     return isWritten ? cloudMergeOutcome::changed : cloudMergeOutcome::unwritten;
 }
 
@@ -124,7 +131,7 @@ cloudMergeOutcome CloudMerging::mergeRemoteChange(const liveDatabase& cloud) {
     const bool isWritten = machine.store.waitForSaves();
     machine.preferences.set(preferenceKeys::lastSuccessfulSync, now());
     machine.center.post(notifications::refreshTable);
-    tellOfChanges(merge.changed);
+    tellOfChanges(merge.changed, !machine.recoveryList.isEmpty());
     return isWritten ? cloudMergeOutcome::changed : cloudMergeOutcome::unwritten;
 }
 
@@ -134,12 +141,12 @@ bool CloudMerging::keepsDocument() {
     return false;
 }
 
-void CloudMerging::tellOfChanges(const std::vector<std::int64_t>& changed) {
+void CloudMerging::tellOfChanges(const std::vector<std::int64_t>& changed, bool tellsOfRemoved) {
     // Now, as the editors leave the registry when they are told.
     const bool isAnyOpen = std::ranges::any_of(
         changed, [this](std::int64_t id) { return machine.openStyles.contains(id); });
     machine.center.post({notifications::stylesChangedInCloud, {{"changedIDs", changed}}});
-    if (!machine.recoveryList.isEmpty()) machine.center.post(notifications::deletedStylesChanged);
+    if (tellsOfRemoved) machine.center.post(notifications::deletedStylesChanged);
     for (const std::int64_t id : changed)
         machine.center.post(notifications::closeProperties, id);
     if (isAnyOpen) machine.alerts.showAlert(openStylesTitle, openStylesText);

@@ -32,7 +32,7 @@ struct cloudMergingSurroundings {
 enum class cloudMergeOutcome {
     changed,   ///< the live database is another one now, and written
     unwritten, ///< the same, but its file could not be written
-    unchanged, ///< both held the same
+    unchanged, ///< both held the same, and so does the file
     failed     ///< nothing was done; the log says why
 };
 
@@ -44,7 +44,8 @@ public:
 
     /// The database in the record's file. Where that cannot be read, which holds for a record
     /// without one too: nothing, a log line and an alert.
-    std::optional<liveDatabase> decodeCloudDatabase(const cloudRecord& record);
+    /// - isQuiet: no second alert for the same record
+    std::optional<liveDatabase> decodeCloudDatabase(const cloudRecord& record, bool isQuiet);
 
     /// Keeps a file that could not be read as `styledb-cloud-unreadable-<date>.sdb` in the
     /// container, as a later upload replaces it in the cloud. Gives whether nothing can get lost.
@@ -52,9 +53,7 @@ public:
 
     /// The merge of a first fetch; saves with upload.
     /// - isFirst: sync has just been switched on
-    /// - isQuiet: the list was not locked meanwhile, so styles may have been opened: told as after
-    ///   a remote change
-    cloudMergeOutcome mergeFirstFetch(const liveDatabase& cloud, bool isFirst, bool isQuiet);
+    cloudMergeOutcome mergeFirstFetch(const liveDatabase& cloud, bool isFirst);
 
     /// The merge after another machine has saved; saves without upload.
     cloudMergeOutcome mergeRemoteChange(const liveDatabase& cloud);
@@ -62,10 +61,11 @@ public:
 private:
     bool isKeptAlready(const std::string& bytes) const;
     bool keepsDocument();
-    void tellOfChanges(const std::vector<std::int64_t>& changed);
+    void tellOfChanges(const std::vector<std::int64_t>& changed, bool tellsOfRemoved);
 
     cloudMergingSurroundings machine;
-    std::string keptTag; ///< of the record that `keepUnreadable` kept last
+    std::string keptTag;    ///< of the record that `keepUnreadable` kept last
+    std::string alertedTag; ///< of the record that the user was told of last
 };
 
 } // namespace tessaril

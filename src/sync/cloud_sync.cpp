@@ -1,12 +1,13 @@
 #include "sync/cloud_sync.h"
 
 #include "events/notification_names.h"
+#include "model/database_json.h"
 #include "model/log.h"
 #include "preferences/preference_keys.h"
 #include "store/style_store.h"
 
+#include <chrono>
 #include <string>
-#include <string_view>
 #include <utility>
 
 namespace tessaril {
@@ -14,42 +15,20 @@ namespace tessaril {
 namespace {
 
 const recordID databaseRecordID{"styleDatabase", "styleDatabase"};
-const recordID preferencesRecordID{"preferences", "preferences"};
 
-/// Failures that the user is not told of.
-void logFailure(std::string_view what, const std::optional<recordError>& error) {
-    if (error) logLine(std::string(what) + ": " + error->text);
-}
-
-const cloudRecord* find(const recordFetch& fetched, const recordID& id) {
-    const auto found = fetched.records->find(id);
-    return found == fetched.records->end() ? nullptr : &found->second;
-}
-
-/// Whether the server may have saved what it could not answer any more.
-bool isUncertain(const std::optional<recordError>& error) {
-    return error && (error->code == recordErrorCode::unreachable ||
-                     error->code == recordErrorCode::timedOut);
-}
-
-/// Takes over the tag of the state that the server has from now on.
-void landSave(cloudRecord& record, const recordSave& saved) {
-    record.file = nullptr; // of no use any more
-    if (!saved.error && !saved.changeTags.empty()) record.changeTag = saved.changeTags.front();
-}
+constexpr std::chrono::seconds quittingTime(3); ///< for what is still to be sent
 
 } // namespace
 
 CloudSync::CloudSync(cloudSyncSurroundings surroundings)
     : machine(std::move(surroundings))
     , merging(machine.merging)
-    , cachedDatabaseRecord{.id = databaseRecordID}
-    , cachedPreferencesRecord{.id = preferencesRecordID} {
+    , cloudPreferences({.records = machine.records,
+                        .preferenceSync = machine.preferenceSync,
+                        .dispatcher = machine.dispatcher,
+                        .lostAccount = [this](const auto& error) { return lostAccount(error); }})
+    , cachedDatabaseRecord{.id = databaseRecordID} {
     machine.records.setChangeHandler([this] { fetchOnRemoteNotification(); });
-}
-
-bool CloudSync::isOn() const {
-    return machine.merging.preferences.boolean(preferenceKeys::useiCloud);
 }
 
 void CloudSync::setPendingOpenStyleID(std::int64_t id) {
@@ -57,89 +36,168 @@ void CloudSync::setPendingOpenStyleID(std::int64_t id) {
     pendingOpenStyleID = id;
 }
 
+void CloudSync::finish() {
+    operations.waitUntilIdle(quittingTime);
+    machine.records.finish();
+}
+
+// The operations and the terms they belong to
+
+bool CloudSync::isOn() const {
+    return machine.merging.preferences.boolean(preferenceKeys::useiCloud);
+}
+
+void CloudSync::endTerm() {
+    ++term;
+    hasBegun = false;
+    hasFirstFetch = false;
+    releaseList();
+}
+
+void CloudSync::switchedOff() {
+    endTerm();
+}
+
+bool CloudSync::lostAccount(const std::optional<recordError>& error) {
+    if (!error || error->code != recordErrorCode::notAuthenticated) return false;
+    machine.merging.preferences.set(preferenceKeys::useiCloud, false);
+    endTerm();
+    return true;
+}
+
+/// Of the present term.
+void CloudSync::add(Body body) {
+    if (!isOn()) return;
+    operations.add([this, asked = term.load(), body = std::move(body)](const auto& ended) {
+        runInTerm(asked, ended, body);
+    });
+}
+
+/// Of the term in which it begins. Nothing where one waits already.
+void CloudSync::addOnce(std::atomic<bool>& isWaiting, Body body) {
+    if (!isOn() || isWaiting.exchange(true)) return;
+    operations.add([this, &isWaiting, body = std::move(body)](const auto& ended) {
+        isWaiting = false;
+        runInTerm(term, ended, body);
+    });
+}
+
+void CloudSync::runInTerm(int ofTerm, const SerialOperations::Ended& ended, const Body& body) {
+    const syncOperation operation{.isWanted = [this, ofTerm] { return isOn() && term == ofTerm; },
+                                  .end = ended};
+    if (operation.isWanted())
+        body(operation);
+    else
+        ended();
+}
+
 // The first fetch of the database
 
 void CloudSync::begin() {
+    if (!isOn()) return releaseList();
     fetchDatabaseRecord();
     fetchPreferencesRecord();
 }
 
 void CloudSync::fetchDatabaseRecord() {
+    if (!isOn()) return;
+    hasStarted = true;
+    hasBegun = true;
+    hasFirstFetch = false;
+    isInProgress = true;
     beginFirstFetch(false);
 }
 
-void CloudSync::beginFirstFetch(bool quiet) {
-    if (!isOn()) return;
-    hasStarted = true;
-    if (!quiet) {
-        hasFirstFetch = false;
-        isInProgress = true;
-    }
-    operations.add([this, quiet](const Ended& ended) {
+void CloudSync::fetchPreferencesRecord() {
+    add([this](const syncOperation& operation) { cloudPreferences.fetch(operation); });
+}
+
+void CloudSync::makeUpFirstFetches() {
+    beginFirstFetch(true);
+    fetchPreferencesRecord();
+}
+
+void CloudSync::beginFirstFetch(bool isQuiet) {
+    add([this, isQuiet](const syncOperation& operation) {
         // Before the fetch, as a change between the two would go unnoticed.
         machine.records.saveSubscription(databaseRecordID.type, [](const auto& error) {
             logFailure("No subscription to the style database of the cloud", error);
         });
-        machine.records.fetchRecords({databaseRecordID},
-                                     [this, quiet, ended](const recordFetch& fetched) {
-                                         firstFetchEnded(fetched, quiet, ended);
-                                     });
+        machine.records.fetchRecords(
+            {databaseRecordID},
+            [this, first = firstFetch{operation, isQuiet}](const recordFetch& fetched) {
+                firstFetchEnded(fetched, first);
+            });
     });
 }
 
-void CloudSync::firstFetchEnded(const recordFetch& fetched, bool quiet, const Ended& ended) {
+void CloudSync::firstFetchEnded(const recordFetch& fetched, const firstFetch& first) {
+    const syncOperation& operation = first.operation;
     logFailure("Error fetching the style database from the cloud", fetched.error);
-    if (!isOn() || lostAccount(fetched.error)) {
-        releaseList();
-        return ended();
-    }
-    if (fetched.error) firstFetchFailed(quiet);
+    if (!isOn()) releaseList();
+    if (!operation.isWanted() || lostAccount(fetched.error)) return operation.end();
+    if (fetched.error) firstFetchFailed(first.isQuiet);
     // A fetch that failed tells nothing of what the cloud lacks.
-    if (!fetched.records || (fetched.error && fetched.records->empty())) return ended();
+    if (!fetched.records || (fetched.error && fetched.records->empty())) return operation.end();
     if (fetched.records->empty())
-        return uploadFirst([this, ended] {
-            releaseList();
-            ended();
+        return uploadFirst(operation, [this, operation] {
+            if (operation.isWanted()) releaseList();
+            operation.end();
         });
-    if (const cloudRecord* record = find(fetched, databaseRecordID)) mergeFirst(*record, quiet);
-    ended();
+    if (const cloudRecord* record = findRecord(fetched, databaseRecordID))
+        mergeFirst(*record, first.isQuiet);
+    operation.end();
 }
 
 /// The cloud has no database yet: this one becomes it.
-void CloudSync::uploadFirst(const Ended& completed) {
+void CloudSync::uploadFirst(const syncOperation& operation,
+                            const std::function<void()>& completed) {
     isCloudUnreadable = false;
-    cachedDatabaseRecord = {.id = databaseRecordID, .file = readDocument()};
+    uncertainUpload = nullptr;
+    const date sent = now();
+    cachedDatabaseRecord = {.id = databaseRecordID, .file = readWholeDocument()};
     if (!cachedDatabaseRecord.file) {
         logLine("Error reading the style database for its first upload.");
         return completed();
     }
-    machine.records.saveRecord(cachedDatabaseRecord, [this, completed](const recordSave& saved) {
-        logFailure("Error saving the first style database in the cloud", saved.error);
-        landDatabase(saved);
-        hasFirstFetch = !saved.error;
-        completed();
-    });
+    machine.records.saveRecord(
+        cachedDatabaseRecord, [this, operation, completed, sent](const recordSave& saved) {
+            logFailure("Error saving the first style database in the cloud", saved.error);
+            landDatabase(saved, sent);
+            if (operation.isWanted()) hasFirstFetch = !saved.error;
+            completed();
+        });
 }
 
-void CloudSync::mergeFirst(const cloudRecord& record, bool quiet) {
-    const auto cloud = decode(record);
-    const auto outcome = cloud ? merging.mergeFirstFetch(*cloud, firstSyncPending, quiet)
-                               : cloudMergeOutcome::failed;
+/// The document as it lies on disk, or written anew where that one cannot be read: no other machine
+/// could do anything with it.
+std::shared_ptr<const std::string> CloudSync::readWholeDocument() {
+    auto document = readDocument();
+    if (!document || decodeDatabase(*document)) return document;
+    StyleStore& store = machine.merging.store;
+    store.saveDatabaseWithoutUpload();
+    return store.waitForSaves() ? readDocument() : nullptr;
+}
+
+void CloudSync::mergeFirst(const cloudRecord& record, bool isQuiet) {
+    const auto cloud = decode(record, isQuiet);
+    const auto outcome =
+        cloud ? merging.mergeFirstFetch(*cloud, firstSyncPending) : cloudMergeOutcome::failed;
     if (outcome == cloudMergeOutcome::failed) {
-        if (isOn()) return firstFetchFailed(quiet);
+        if (isOn()) return firstFetchFailed(isQuiet);
         return releaseList();
     }
-    if (outcome != cloudMergeOutcome::unchanged) firstSyncPending = false;
+    // One that is in memory only may be merged again, after the program's next start at the latest.
+    if (outcome == cloudMergeOutcome::changed) firstSyncPending = false;
     hasFirstFetch = outcome != cloudMergeOutcome::unwritten;
     if (hasFirstFetch) adopt(record);
     releaseList();
     if (isUpdatePending && isUpdatePending())
         machine.merging.center.post(notifications::performFirstUpdate);
-    openPendingStyle();
 }
 
-void CloudSync::firstFetchFailed(bool quiet) {
-    if (!quiet) machine.merging.center.post(notifications::iCloudError);
+void CloudSync::firstFetchFailed(bool isQuiet) {
+    if (!isQuiet) machine.merging.center.post(notifications::iCloudError);
 }
 
 void CloudSync::releaseList() {
@@ -148,6 +206,7 @@ void CloudSync::releaseList() {
     machine.dispatcher.onMain([this] {
         if (released) released();
     });
+    openPendingStyle();
 }
 
 void CloudSync::openPendingStyle() {
@@ -157,77 +216,51 @@ void CloudSync::openPendingStyle() {
             [this, id] { machine.merging.center.post(notifications::openStyleNotif, *id); });
 }
 
-void CloudSync::retry() {
-    begin();
-    if (!isOn()) releaseList();
-}
-
-void CloudSync::workOffline() {
-    releaseList();
-    openPendingStyle();
-}
-
-void CloudSync::switchedOff() {
-    releaseList();
-}
-
-void CloudSync::allowReplacing() {
-    if (!isCloudUnreadable.exchange(false)) return;
-    hasFirstFetch = true;
-    releaseList();
-}
-
-bool CloudSync::lostAccount(const std::optional<recordError>& error) {
-    if (!error || error->code != recordErrorCode::notAuthenticated) return false;
-    machine.merging.preferences.set(preferenceKeys::useiCloud, false);
-    return true;
-}
-
 // What another machine has saved
 
 void CloudSync::fetchOnRemoteNotification() {
-    if (!isOn() || isFetchWaiting.exchange(true)) return;
-    operations.add([this](const Ended& ended) {
-        isFetchWaiting = false;
-        if (!isOn()) return ended();
+    addOnce(isFetchWaiting, [this](const syncOperation& operation) {
         if (!hasFirstFetch) {
-            beginFirstFetch(true);
-            fetchPreferencesRecord();
-            return ended();
+            if (hasBegun) makeUpFirstFetches();
+            return operation.end();
         }
-        machine.records.fetchRecords(
-            {databaseRecordID, preferencesRecordID},
-            [this, ended](const recordFetch& fetched) { remoteChangeFetched(fetched, ended); });
+        machine.records.fetchRecords({databaseRecordID, preferencesRecordID},
+                                     [this, operation](const recordFetch& fetched) {
+                                         remoteChangeFetched(fetched, operation);
+                                     });
     });
 }
 
-void CloudSync::remoteChangeFetched(const recordFetch& fetched, const Ended& ended) {
+void CloudSync::remoteChangeFetched(const recordFetch& fetched, const syncOperation& operation) {
     logFailure("Error fetching a change from the cloud", fetched.error);
-    if (lostAccount(fetched.error)) releaseList();
-    if (!isOn() || !fetched.records || (fetched.error && fetched.records->empty())) return ended();
+    if (!operation.isWanted() || lostAccount(fetched.error)) return operation.end();
+    // Whoever has missed something begins anew: no upload would get through, and that merge keeps
+    // what was made here meanwhile.
+    if (fetched.error) hasFirstFetch = false;
+    if (!fetched.records || (fetched.error && fetched.records->empty())) return operation.end();
     if (fetched.records->empty())
-        return uploadFirst([this, ended] {
+        return uploadFirst(operation, [this, operation] {
             machine.merging.center.post(notifications::refreshTable);
-            ended();
+            operation.end();
         });
     // Two records of one state are equal, whatever they hold.
-    const cloudRecord* database = find(fetched, databaseRecordID);
+    const cloudRecord* database = findRecord(fetched, databaseRecordID);
     if (database && database->changeTag != cachedDatabaseRecord.changeTag &&
         !wasUploaded(*database)) {
-        const auto cloud = decode(*database);
+        const auto cloud = decode(*database, false);
         if (cloud && merging.mergeRemoteChange(*cloud) == cloudMergeOutcome::changed)
             adopt(*database);
     }
-    const cloudRecord* preferences = find(fetched, preferencesRecordID);
-    if (preferences && preferences->changeTag != cachedPreferencesRecord.changeTag)
-        takePreferences(*preferences);
-    ended();
+    const cloudRecord* preferences = findRecord(fetched, preferencesRecordID);
+    if (preferences && cloudPreferences.isNews(*preferences))
+        return cloudPreferences.take(*preferences, operation);
+    operation.end();
 }
 
 /// The cloud's database. One that cannot be read must not be replaced by what somebody saves next:
 /// this program may only be too old for it. The user's word for that is a reset.
-std::optional<liveDatabase> CloudSync::decode(const cloudRecord& record) {
-    auto cloud = merging.decodeCloudDatabase(record);
+std::optional<liveDatabase> CloudSync::decode(const cloudRecord& record, bool isQuiet) {
+    auto cloud = merging.decodeCloudDatabase(record, isQuiet);
     isCloudUnreadable = !cloud;
     if (!cloud && merging.keepUnreadable(record)) adopt(record);
     return cloud;
@@ -238,86 +271,60 @@ std::optional<liveDatabase> CloudSync::decode(const cloudRecord& record) {
 void CloudSync::adopt(const cloudRecord& record) {
     cachedDatabaseRecord = record;
     cachedDatabaseRecord.file = nullptr;
-}
-
-// Preferences
-
-void CloudSync::fetchPreferencesRecord() {
-    if (!isOn()) return;
-    operations.add([this](const Ended& ended) {
-        machine.records.saveSubscription(preferencesRecordID.type, [](const auto& error) {
-            logFailure("No subscription to the preferences in the cloud", error);
-        });
-        machine.records.fetchRecords(
-            {preferencesRecordID},
-            [this, ended](const recordFetch& fetched) { preferencesFetched(fetched, ended); });
-    });
-}
-
-void CloudSync::preferencesFetched(const recordFetch& fetched, const Ended& ended) {
-    logFailure("Error fetching the preferences from the cloud", fetched.error);
-    if (lostAccount(fetched.error)) releaseList();
-    if (!isOn() || !fetched.records) return ended();
-    if (const cloudRecord* record = find(fetched, preferencesRecordID))
-        takePreferences(*record);
-    else if (!fetched.error) {
-        cachedPreferencesRecord = {.id = preferencesRecordID};
-        return sendPreferences(ended);
-    }
-    ended();
-}
-
-void CloudSync::takePreferences(const cloudRecord& record) {
-    cachedPreferencesRecord = record;
-    machine.preferenceSync.applyPreferences(record.fields);
+    uncertainUpload = nullptr;
 }
 
 // Uploads
 
 void CloudSync::uploadDatabase() {
-    if (!isOn() || isUploadWaiting.exchange(true)) return;
-    operations.add([this](const Ended& ended) {
-        isUploadWaiting = false;
-        sendDatabase(ended);
-    });
+    addOnce(isUploadWaiting, [this](const syncOperation& operation) { sendDatabase(operation); });
 }
 
-void CloudSync::sendDatabase(const Ended& ended) {
-    if (!isOn() || isInProgress) return ended();
+void CloudSync::sendDatabase(const syncOperation& operation) {
+    if (isInProgress) return operation.end();
+    if (!hasFirstFetch) {
+        if (hasBegun) makeUpFirstFetches();
+        return operation.end();
+    }
     if (isCloudUnreadable) {
         logLine("Not uploaded, as the style database of the cloud could not be read.");
-        return ended();
+        return operation.end();
     }
-    if (hasStarted && !hasFirstFetch) {
-        beginFirstFetch(true);
-        return ended();
-    }
-    if (uncertainUpload) return settleUpload(ended);
+    if (uncertainUpload) return settleUpload(operation);
+    // What is made while it travels is newer than the sync.
+    const date sent = now();
     cachedDatabaseRecord.file = readDocument();
-    if (!cachedDatabaseRecord.file) return ended();
-    machine.records.modifyRecords({cachedDatabaseRecord}, [this, ended](const recordSave& saved) {
-        logFailure("Error uploading the style database", saved.error);
-        if (isUncertain(saved.error)) uncertainUpload = cachedDatabaseRecord.file;
-        landDatabase(saved);
-        ended();
-    });
+    if (!cachedDatabaseRecord.file) return operation.end();
+    machine.records.modifyRecords(
+        {cachedDatabaseRecord}, [this, operation, sent](const recordSave& saved) {
+            logFailure("Error uploading the style database", saved.error);
+            if (isUncertain(saved.error)) uncertainUpload = cachedDatabaseRecord.file;
+            landDatabase(saved, sent);
+            // Nothing is sent again, but what the other machine has saved may have gone unheard.
+            if (saved.error && saved.error->code == recordErrorCode::changed)
+                fetchOnRemoteNotification();
+            operation.end();
+        });
 }
 
-void CloudSync::landDatabase(const recordSave& saved) {
-    landSave(cachedDatabaseRecord, saved);
-    if (!saved.error) machine.merging.preferences.set(preferenceKeys::lastSuccessfulSync, now());
+/// Takes over the tag of the state that the server has from now on.
+void CloudSync::landDatabase(const recordSave& saved, date sent) {
+    cachedDatabaseRecord.file = nullptr; // of no use any more
+    if (saved.error) return;
+    if (!saved.changeTags.empty()) cachedDatabaseRecord.changeTag = saved.changeTags.front();
+    machine.merging.preferences.set(preferenceKeys::lastSuccessfulSync, sent);
 }
 
 /// Learns what became of an upload that nobody answered, then sends what is new. If it arrived, its
 /// tag is unknown here, and no other upload would get through.
-void CloudSync::settleUpload(const Ended& ended) {
-    machine.records.fetchRecords({databaseRecordID}, [this, ended](const recordFetch& fetched) {
+void CloudSync::settleUpload(const syncOperation& operation) {
+    machine.records.fetchRecords({databaseRecordID}, [this, operation](const recordFetch& fetched) {
         logFailure("Error fetching the style database from the cloud", fetched.error);
-        if (lostAccount(fetched.error)) releaseList();
-        if (!fetched.records) return ended();
-        if (const cloudRecord* record = find(fetched, databaseRecordID)) wasUploaded(*record);
+        if (!operation.isWanted() || lostAccount(fetched.error) || !fetched.records)
+            return operation.end();
+        if (const cloudRecord* record = findRecord(fetched, databaseRecordID)) wasUploaded(*record);
         uncertainUpload = nullptr;
-        sendDatabase(ended);
+        sendDatabase(operation);
     });
 }
 
@@ -334,22 +341,19 @@ std::shared_ptr<const std::string> CloudSync::readDocument() const {
     return bytes ? std::make_shared<const std::string>(std::move(*bytes)) : nullptr;
 }
 
-void CloudSync::uploadPreferences() {
-    if (!isOn() || isPreferenceUploadWaiting.exchange(true)) return;
-    operations.add([this](const Ended& ended) {
-        isPreferenceUploadWaiting = false;
-        if (!isOn()) return ended();
-        sendPreferences(ended);
+void CloudSync::databaseWasReset() {
+    add([this](const syncOperation& operation) {
+        if (!isCloudUnreadable.exchange(false)) return operation.end();
+        machine.merging.store.waitForSaves(); // what is sent is the reset one
+        hasFirstFetch = true;
+        releaseList();
+        sendDatabase(operation);
     });
 }
 
-void CloudSync::sendPreferences(const Ended& ended) {
-    machine.preferenceSync.collectPreferences(cachedPreferencesRecord.fields);
-    machine.records.saveRecord(cachedPreferencesRecord, [this, ended](const recordSave& saved) {
-        logFailure("Error uploading the preferences", saved.error);
-        landSave(cachedPreferencesRecord, saved);
-        ended();
-    });
+void CloudSync::uploadPreferences() {
+    addOnce(isPreferenceUploadWaiting,
+            [this](const syncOperation& operation) { cloudPreferences.send(operation); });
 }
 
 } // namespace tessaril

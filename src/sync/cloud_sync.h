@@ -4,13 +4,17 @@
 #include "platform/record_store.h"
 #include "preferences/preference_sync.h"
 #include "sync/cloud_merging.h"
+#include "sync/cloud_preferences.h"
 #include "sync/serial_operations.h"
+#include "sync/sync_operation.h"
 
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 
 namespace tessaril {
 
@@ -49,15 +53,19 @@ public:
         isUpdatePending = std::move(isPending);
     }
 
+    /// A first fetch is about to be begun, by another thread.
+    void setInitialFetchStarted() { hasStarted = true; }
+
     /// Sync was switched on: the next first merge keeps every style that only this machine has.
     void setFirstSyncPending() { firstSyncPending = true; }
 
-    /// Opens the style once the first merge is done.
+    /// Opens the style once the first merge is done, or will not be.
     void setPendingOpenStyleID(std::int64_t id);
 
     // Operations
 
-    /// Both first fetches, of the database and then of the preferences.
+    /// Both first fetches, of the database and then of the preferences. Releases the list where
+    /// sync is off by now.
     void begin();
 
     /// The first fetch; locks the list by `syncInProgress`.
@@ -74,58 +82,69 @@ public:
 
     // What the user answers to a first fetch that failed.
 
-    void retry();
+    void retry() { begin(); }
     /// Releases the list. The first fetch is made up for by the next save or push.
-    void workOffline();
+    void workOffline() { releaseList(); }
 
-    /// Sync has been switched off: releases the list.
+    /// Sync has been switched off: releases the list, and whatever is under way is void.
     void switchedOff();
 
-    /// The user resets the database: it may replace one in the cloud that cannot be read, for which
-    /// the list may be waiting.
-    void allowReplacing();
+    /// The user has reset the database, which may replace one in the cloud that cannot be read,
+    /// and for which the list may be waiting.
+    void databaseWasReset();
 
-    /// Returns within a few seconds, and does nothing any more; for quitting.
-    void finish() { machine.records.finish(); }
+    /// Lets what was asked for end, a few seconds at most; then does nothing any more. For
+    /// quitting.
+    void finish();
 
 private:
-    using Ended = SerialOperations::Ended;
+    /// The first fetch that runs or waits.
+    struct firstFetch {
+        syncOperation operation;
+        bool isQuiet; ///< the list was not locked for it, and a failure is not told
+    };
+    using Body = std::function<void(const syncOperation&)>;
 
     bool isOn() const;
-    void beginFirstFetch(bool quiet);
-    void firstFetchEnded(const recordFetch& fetched, bool quiet, const Ended& ended);
-    void uploadFirst(const Ended& completed);
-    void mergeFirst(const cloudRecord& record, bool quiet);
-    void firstFetchFailed(bool quiet);
+    void endTerm();
+    void add(Body body);
+    void addOnce(std::atomic<bool>& isWaiting, Body body);
+    void runInTerm(int ofTerm, const SerialOperations::Ended& ended, const Body& body);
+    void beginFirstFetch(bool isQuiet);
+    void makeUpFirstFetches();
+    void firstFetchEnded(const recordFetch& fetched, const firstFetch& first);
+    void uploadFirst(const syncOperation& operation, const std::function<void()>& completed);
+    std::shared_ptr<const std::string> readWholeDocument();
+    void mergeFirst(const cloudRecord& record, bool isQuiet);
+    void firstFetchFailed(bool isQuiet);
     void releaseList();
     void openPendingStyle();
-    void preferencesFetched(const recordFetch& fetched, const Ended& ended);
-    void remoteChangeFetched(const recordFetch& fetched, const Ended& ended);
-    void takePreferences(const cloudRecord& record);
-    std::optional<liveDatabase> decode(const cloudRecord& record);
+    void remoteChangeFetched(const recordFetch& fetched, const syncOperation& operation);
+    std::optional<liveDatabase> decode(const cloudRecord& record, bool isQuiet);
     void adopt(const cloudRecord& record);
     bool lostAccount(const std::optional<recordError>& error);
-    void sendDatabase(const Ended& ended);
-    void landDatabase(const recordSave& saved);
-    void settleUpload(const Ended& ended);
+    void sendDatabase(const syncOperation& operation);
+    void landDatabase(const recordSave& saved, date sent);
+    void settleUpload(const syncOperation& operation);
     bool wasUploaded(const cloudRecord& record);
-    void sendPreferences(const Ended& ended);
     std::shared_ptr<const std::string> readDocument() const;
 
     cloudSyncSurroundings machine;
     CloudMerging merging;
+    CloudPreferences cloudPreferences;
     SerialOperations operations;
     std::function<void()> released;
     std::function<bool()> isUpdatePending;
 
     // Used by the operations only, one of which runs at a time.
     cloudRecord cachedDatabaseRecord;
-    cloudRecord cachedPreferencesRecord;
     std::shared_ptr<const std::string> uncertainUpload; ///< a document that may have arrived
 
+    std::atomic<int> term = 0; ///< counts the times that sync was on
     std::atomic<bool> isInProgress = false;
     std::atomic<bool> hasStarted = false;
-    std::atomic<bool> hasFirstFetch = false; ///< since sync was switched on
+    std::atomic<bool> hasBegun = false;      ///< a first fetch, in this term
+    std::atomic<bool> hasFirstFetch = false; ///< in this term, and nothing was missed since
     std::atomic<bool> firstSyncPending = false;
     std::atomic<bool> isCloudUnreadable = false;
     std::atomic<bool> isUploadWaiting = false;

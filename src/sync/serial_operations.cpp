@@ -25,6 +25,12 @@ void SerialOperations::run() {
         lock.lock();
     }
     isLooping = false;
+    if (!isRunning) becameIdle.notify_all();
+}
+
+void SerialOperations::waitUntilIdle(std::chrono::milliseconds time) {
+    std::unique_lock lock(mutex);
+    becameIdle.wait_for(lock, time, [this] { return !isLooping && !isRunning && waiting.empty(); });
 }
 
 void SerialOperations::ended() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+#include <condition_variable>
 #include <deque>
 #include <functional>
 #include <mutex>
@@ -16,11 +18,15 @@ public:
 
     void add(Operation operation);
 
+    /// Returns when all have ended, or the time is over.
+    void waitUntilIdle(std::chrono::milliseconds time);
+
 private:
     void run();
     void ended();
 
     std::mutex mutex; ///< guards what follows
+    std::condition_variable becameIdle;
     std::deque<Operation> waiting;
     bool isRunning = false;
     bool isLooping = false; ///< some thread is in `run`

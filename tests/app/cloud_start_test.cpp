@@ -1,3 +1,5 @@
+#include "model/database_json.h"
+#include "support/sample_styles.h"
 #include "support/stand_in_machine.h"
 #include "support/test.h"
 
@@ -43,6 +45,16 @@ TEST_F(CloudStartTest, TheSwitchMayBeFasterThanTheLaunchChecks) {
     runLaunchChecks();
     EXPECT_FALSE(isLocked());
 
+    // Between the question for the account and its answer.
+    application.preferences().set("UseiCloud", true);
+    application.styleListShown();
+    dispatcher.passDelays();
+    dispatcher.runAll();
+    application.preferences().set("UseiCloud", false);
+    application.cloudSync().switchedOff();
+    runLaunchChecks();
+    EXPECT_FALSE(isLocked());
+
     application.preferences().set("UseiCloud", true);
     application.styleListShown();
     application.cloudSync().begin();
@@ -50,6 +62,24 @@ TEST_F(CloudStartTest, TheSwitchMayBeFasterThanTheLaunchChecks) {
     dispatcher.runAll();
     runLaunchChecks();
     EXPECT_FALSE(isLocked());
+}
+
+TEST_F(CloudStartTest, TheFirstSyncBeginsByItselfWithABackup) {
+    application.preferences().set("hasConfigurediCloud", false);
+    application.preferences().set("UseiCloud", false);
+    recordServer.records[{"styleDatabase", "styleDatabase"}] = {
+        .id = {"styleDatabase", "styleDatabase"},
+        .file = std::make_shared<const std::string>(
+            *encodeDatabase({.styles = {namedStyle("Theirs", 1)}})),
+        .changeTag = "1"};
+    application.store().appendStyle(namedStyle("Mine", 2));
+    runLaunchChecks();
+    EXPECT_TRUE(application.preferences().boolean("UseiCloud"));
+    EXPECT_TRUE(application.preferences().boolean("hasConfigurediCloud"));
+    EXPECT_EQ(application.store().countStyles(), 2U);
+    const auto backup = decodeDatabase(files.contents["/container/styledb-pre-icloud.sdb"]);
+    ASSERT_TRUE(backup && backup->styles.size() == 1U) << "as it was before the merge";
+    EXPECT_EQ(backup->styles[0].styleData.name, "Mine");
 }
 
 TEST_F(CloudStartTest, AnotherServerIsAnotherSync) {

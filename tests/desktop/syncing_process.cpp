@@ -91,8 +91,8 @@ struct Commands {
         } else if (command == "open") {
             application.notificationCenter().post(notifications::addToOpenStyles, id);
         } else if (command == "reset") {
-            application.cloudSync().allowReplacing();
             store.resetDatabase();
+            application.cloudSync().databaseWasReset();
         } else if (command == "save") {
             store.saveDatabase();
         } else if (command == "retry") {

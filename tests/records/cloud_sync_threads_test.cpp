@@ -21,7 +21,11 @@ struct ThreadedMachine : SyncMachine<ThreadDispatcher> {
     void joinCloud() {
         switchOn();
         while (sync.syncInProgress())
-            std::this_thread::yield();
+            letRun();
+    }
+    void letRun() {
+        dispatcher.runMain();
+        std::this_thread::yield();
     }
     std::map<std::int64_t, std::string> codes() {
         std::map<std::int64_t, std::string> found;
@@ -64,17 +68,30 @@ TYPED_TEST(CloudSyncThreads, machinesThatChangeAtOnceComeToHoldTheSame) {
             second.sync.uploadPreferences();
             second.recoveryList.recover({0});
             first.sync.retry();
+            first.letRun();
+            second.letRun();
         }
     }
     // Whoever was overtaken sends what it holds with its next save.
     const auto areSame = [&] { return first.codes() == wanted && second.codes() == wanted; };
     for (ThreadedMachine* saver = &first; !areSame(); saver = saver == &first ? &second : &first) {
         saver->store.saveDatabase();
-        for (int patience = 10'000; patience > 0 && !areSame(); --patience)
-            std::this_thread::yield();
+        for (int patience = 10'000; patience > 0 && !areSame(); --patience) {
+            first.letRun();
+            second.letRun();
+        }
     }
     EXPECT_TRUE(first.recoveryList.isEmpty() && second.recoveryList.isEmpty());
     EXPECT_TRUE(first.alerts.alerts.empty() && second.alerts.alerts.empty());
+
+    // What is saved last before quitting is sent, also behind something else.
+    for (int i = 0; i < 5; ++i)
+        first.edit(1, "at the end " + std::to_string(i));
+    first.store.finishSaves();
+    first.sync.finish();
+    ThreadedMachine later(this->server.client());
+    later.joinCloud();
+    EXPECT_EQ(later.codes().at(1), "at the end 4");
 }
 
 } // namespace

@@ -1,55 +1,10 @@
-#include "support/captured_log.h"
-#include "support/memory_records.h"
-#include "support/sync_machine.h"
 #include "support/test.h"
+#include "support/two_machines.h"
 
 namespace tessaril {
 namespace {
 
-const recordID database{"styleDatabase", "styleDatabase"};
-const recordID preferencesID{"preferences", "preferences"};
-constexpr std::string_view readErrorLine = "Error decoding iCloud style database.\n";
-
-struct MachineInMemory : SyncMachine<> {
-    explicit MachineInMemory(MemoryRecordServer& server)
-        : SyncMachine(std::make_unique<MemoryRecordStore>(server)) {}
-    MemoryRecordStore& records() { return static_cast<MemoryRecordStore&>(*recordStore); }
-};
-
-struct CloudSyncTest : ::testing::Test {
-    /// Lets everything that was begun come to its end.
-    void settle() {
-        for (bool any = true; any;) {
-            any = server.deliverNext();
-            for (MachineInMemory* machine : {&a, &b}) {
-                any |= !machine->dispatcher.mainTasks.empty() ||
-                       !machine->dispatcher.backgroundTasks.empty();
-                machine->dispatcher.runAll();
-            }
-        }
-    }
-    /// Both hold style 1, and are idle.
-    void beginWithOneStyle() {
-        a.putDocument({namedStyle("One", 1)});
-        a.switchOn();
-        settle();
-        b.switchOn();
-        settle();
-        a.takeHeard();
-        b.takeHeard();
-    }
-    styleDatabase inCloud() { return decodeDatabase(*server.records.at(database).file).value(); }
-    std::vector<std::string> namesInCloud() {
-        std::vector<std::string> names;
-        for (const auto& style : inCloud().styles)
-            names.push_back(style.styleData.name);
-        return names;
-    }
-
-    CapturedLog log;
-    MemoryRecordServer server;
-    MachineInMemory a{server}, b{server};
-};
+using CloudSyncTest = TwoMachines;
 
 TEST_F(CloudSyncTest, TheFirstMachineFillsTheCloudAndTheSecondJoinsIt) {
     a.putDocument({namedStyle("One", 1), namedStyle("Two", 2)});
@@ -59,7 +14,7 @@ TEST_F(CloudSyncTest, TheFirstMachineFillsTheCloudAndTheSecondJoinsIt) {
     settle();
     EXPECT_FALSE(a.sync.syncInProgress());
     EXPECT_EQ(a.releases, 1);
-    EXPECT_EQ(*server.records.at(database).file, document) << "byte for byte";
+    EXPECT_EQ(*server.records.at(databaseID).file, document) << "byte for byte";
     EXPECT_EQ(a.files.contents.at(a.document), document) << "left as it is";
     EXPECT_THAT(a.records().operations,
                 ElementsAre("subscribe styleDatabase", "fetch", "save styleDatabase",
@@ -158,7 +113,7 @@ TEST_F(CloudSyncTest, WhoeverWasOvertakenDoesNotReplaceWhatTheOtherSaved) {
     a.dispatcher.runAll();
     b.edit(1, "from b {}");
     b.dispatcher.runAll(); // its upload fails
-    const std::string first = *server.records.at(database).file;
+    const std::string first = *server.records.at(databaseID).file;
     b.edit(1, "from b again {}");
     settle();
     EXPECT_EQ(decodeDatabase(first)->styles[0].styleData.sections[0].code, "from a {}");
@@ -219,9 +174,9 @@ TEST_F(CloudSyncTest, ALaunchGoesByTheDates) {
         styleContainer mine = namedStyle("Mine", 2), newer = namedStyle("Newer", 3);
         mine.dateModified = lastSync - 10;
         newer.dateModified = lastSync + 1000;
-        server.records[database].file = std::make_shared<const std::string>(
+        server.records[databaseID].file = std::make_shared<const std::string>(
             *encodeDatabase({.styles = {namedStyle("One", 1)}, .dateModified = cloudDate}));
-        server.records[database].changeTag += "*";
+        server.records[databaseID].changeTag += "*";
         b.store.changeDatabase([&](liveDatabase& live) {
             live = liveDatabaseFrom({.styles = {mine, newer}, .dateModified = localDate});
             return true;
@@ -239,7 +194,8 @@ TEST_F(CloudSyncTest, ALaunchGoesByTheDates) {
     b.preferences.set("lastSuccessfulSync", lastSync);
     EXPECT_THAT(launchWith({}, 100), ElementsAre("One", "Newer"));
     EXPECT_THAT(b.recoveryList.names(), ElementsAre("Mine"));
-    EXPECT_THAT(b.takeHeard(), ElementsAre("deletedStylesChanged", "refreshTable"));
+    EXPECT_THAT(b.takeHeard(), ElementsAre("deletedStylesChanged", "stylesChangedInCloud 2",
+                                           "closeProperties 2", "refreshTable"));
     EXPECT_THAT(log.take(), AllOf(HasSubstr("deleted it: Mine\n"), HasSubstr("run: Mine\n")));
 }
 
@@ -316,8 +272,8 @@ TEST_F(CloudSyncTest, AFirstFetchThatFailsLeavesAWayOn) {
 TEST_F(CloudSyncTest, ADatabaseThatCannotBeReadReplacesNothingAndIsNotReplaced) {
     beginWithOneStyle();
     const auto damage = [&](std::shared_ptr<const std::string> file) {
-        server.records[database].file = std::move(file);
-        server.records[database].changeTag += "*";
+        server.records[databaseID].file = std::move(file);
+        server.records[databaseID].changeTag += "*";
     };
     damage(std::make_shared<const std::string>("{\"styles\":"));
     b.sync.fetchOnRemoteNotification();
@@ -336,7 +292,7 @@ TEST_F(CloudSyncTest, ADatabaseThatCannotBeReadReplacesNothingAndIsNotReplaced) 
     b.add(namedStyle("Two", 2));
     settle();
     EXPECT_THAT(b.names(), ElementsAre("One", "Two"));
-    EXPECT_EQ(*server.records.at(database).file, "{\"styles\":");
+    EXPECT_EQ(*server.records.at(databaseID).file, "{\"styles\":");
     int kept = 0;
     for (const auto& [path, bytes] : b.files.contents)
         if (path.string().starts_with("/container/styledb-cloud-unreadable-")) {
@@ -350,8 +306,8 @@ TEST_F(CloudSyncTest, ADatabaseThatCannotBeReadReplacesNothingAndIsNotReplaced) 
     settle();
     EXPECT_TRUE(b.sync.syncInProgress());
     b.sync.workOffline();
-    b.sync.allowReplacing();
     b.store.resetDatabase();
+    b.sync.databaseWasReset();
     settle();
     EXPECT_THAT(inCloud().styles, IsEmpty());
     EXPECT_THAT(a.recoveryList.names(), ElementsAre("One"));
@@ -361,7 +317,7 @@ TEST_F(CloudSyncTest, AFetchThatFailedIsNoEmptyCloud) {
     beginWithOneStyle();
     b.add(namedStyle("Two", 2));
     settle();
-    const auto tag = server.records.at(database).changeTag;
+    const auto tag = server.records.at(databaseID).changeTag;
     for (const auto code : {recordErrorCode::failed, recordErrorCode::unreachable}) {
         a.records().errors = {std::nullopt, code};
         a.launch();
@@ -370,7 +326,7 @@ TEST_F(CloudSyncTest, AFetchThatFailedIsNoEmptyCloud) {
         a.sync.fetchOnRemoteNotification();
         settle();
     }
-    EXPECT_EQ(server.records.at(database).changeTag, tag);
+    EXPECT_EQ(server.records.at(databaseID).changeTag, tag);
 
     // A cloud that was emptied on purpose is filled again.
     a.sync.retry();
