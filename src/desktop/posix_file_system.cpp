@@ -350,6 +350,7 @@ bool PosixFileSystem::keep(const fs::path& path, const fs::path& keptPath) {
 bool PosixFileSystem::keepCopy(const fs::path& path, const fs::path& copyPath) {
     const FileDescriptor file = openRegular(path);
     if (!file.isOpen()) return false;
+    ::mkdir(folderOf(copyPath).c_str(), 0700); // what fails now fails below too
     if (!linkTo(path, copyPath) && (errno == EEXIST || errno == ENOENT || !copyTo(file, copyPath)))
         return false;
     if (syncFolder(folderOf(copyPath))) return true;

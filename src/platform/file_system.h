@@ -60,8 +60,9 @@ public:
 
     /// Gives the content of the regular file at `path` another name, `copyPath`, which must be free
     /// and becomes durable; `path` stays what it is. Both are one file where the file system can do
-    /// that, so nobody may write into either in place; otherwise `copyPath` is a copy. Gives
-    /// whether it worked; when not, no file is left at `copyPath`.
+    /// that, so nobody may write into either in place; otherwise `copyPath` is a copy. Makes the
+    /// folder of `copyPath`, for this user alone, where it is missing. Gives whether it worked;
+    /// when not, no file is left at `copyPath`.
     virtual bool keepCopy(const std::filesystem::path& path,
                           const std::filesystem::path& copyPath) = 0;
 

@@ -5,11 +5,15 @@
 #include <algorithm>
 #include <atomic>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 namespace tessaril {
 
 namespace {
+
+constexpr std::string_view goneTitle = "The backup is not there any more";
+constexpr std::string_view goneText = "Nothing was changed. Please choose another one.";
 
 std::optional<backupContents> readBackup(const FileSystem& files, const databaseBackup& backup,
                                          const BackupComparison& comparison) {
@@ -116,6 +120,11 @@ bool BackupRestore::canRestore(std::size_t index) const {
 bool BackupRestore::restore(std::size_t index) {
     if (!canRestore(index)) {
         machine.alerts.beep();
+        return false;
+    }
+    // Newer ones may have taken its place meanwhile.
+    if (!machine.files.exists(backups()[index].file.file)) {
+        machine.alerts.showAlert(goneTitle, goneText);
         return false;
     }
     machine.database.restoreFrom(backups()[index].file.file);

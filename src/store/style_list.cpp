@@ -34,13 +34,10 @@ StyleList::StyleList(StyleStore& styleStore, NotificationCenter& bus, Dispatcher
     icons.setFoundHandler(
         [this](auto id, const auto& icon, auto request) { takeIcon(id, icon, request); });
     // The cloud sync posts these from threads of its own.
-    subscriptions.push_back(center.observe(names::refreshTable, [this](const notification&) {
-        dispatcher.onMain([this] { refreshTable(); });
-    }));
     subscriptions.push_back(
-        center.observe(names::refreshTableAndScroll, [this](const notification&) {
-            dispatcher.onMain([this] { refreshTableAndScroll(); });
-        }));
+        center.observe(names::refreshTable, [this](const notification&) { refreshSoon(false); }));
+    subscriptions.push_back(center.observe(names::refreshTableAndScroll,
+                                           [this](const notification&) { refreshSoon(true); }));
     subscriptions.push_back(
         center.observe(names::addLatestStyle, [this](const notification&) { addLatestStyle(); }));
     subscriptions.push_back(center.observe(names::styleNameChanged, [this](const notification& n) {
@@ -84,6 +81,19 @@ void StyleList::setLockedForSync(bool locked) {
 
 void StyleList::setOnScreen(std::vector<std::int64_t> ids) {
     icons.setOnScreen(std::move(ids));
+}
+
+/// Many styles that are brought back one by one are shown at once.
+void StyleList::refreshSoon(bool scrolls) {
+    if (scrolls) waitsForScroll = true;
+    if (waitsForRefresh.exchange(true)) return;
+    dispatcher.onMain([this] {
+        waitsForRefresh = false;
+        if (waitsForScroll.exchange(false))
+            refreshTableAndScroll();
+        else
+            refreshTable();
+    });
 }
 
 void StyleList::refreshTable() {

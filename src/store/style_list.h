@@ -7,6 +7,7 @@
 #include "store/style_object.h"
 #include "store/style_store.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -96,6 +97,7 @@ public:
     void selectRows(const std::vector<std::size_t>& selected);
 
 private:
+    void refreshSoon(bool scrolls);
     void refreshTableAndScroll();
     void addLatestStyle();
     void showStyle(std::int64_t id);
@@ -116,6 +118,8 @@ private:
     mutable std::unordered_map<std::int64_t, std::size_t> places;
     mutable bool placesHold = false;
     bool lockedForSync = false;
+    std::atomic<bool> waitsForRefresh = false; ///< a task of the main thread
+    std::atomic<bool> waitsForScroll = false;
     std::vector<NotificationCenter::Subscription> subscriptions;
 };
 

@@ -3,6 +3,7 @@
 #include "support/test.h"
 #include "support/thread_dispatcher.h"
 
+#include <atomic>
 #include <thread>
 
 namespace tessaril {
@@ -11,8 +12,17 @@ namespace {
 /// A machine with threads of its own, for its tasks and for its record store.
 struct ThreadedMachine : SyncMachine<ThreadDispatcher> {
     using SyncMachine::SyncMachine;
-    ~ThreadedMachine() {
-        sync.finish();
+    ~ThreadedMachine() { quit(); }
+
+    void quit() {
+        store.finishSaves();
+        std::atomic<bool> isDone = false;
+        std::jthread quitting([&] {
+            sync.finish();
+            isDone = true;
+        });
+        while (!isDone)
+            letRun();
         dispatcher.join();
         store.finishSaves();
         dispatcher.join();
@@ -83,15 +93,18 @@ TYPED_TEST(CloudSyncThreads, machinesThatChangeAtOnceComeToHoldTheSame) {
     }
     EXPECT_TRUE(first.recoveryList.isEmpty() && second.recoveryList.isEmpty());
     EXPECT_TRUE(first.alerts.alerts.empty() && second.alerts.alerts.empty());
+}
 
-    // What is saved last before quitting is sent, also behind something else.
-    for (int i = 0; i < 5; ++i)
-        first.edit(1, "at the end " + std::to_string(i));
-    first.store.finishSaves();
-    first.sync.finish();
+TYPED_TEST(CloudSyncThreads, whatIsSavedLastBeforeQuittingIsSent) {
+    ThreadedMachine quitting(this->server.client());
+    quitting.add(namedStyle("style", 1));
+    quitting.joinCloud();
+    for (int i = 0; i < 10; ++i)
+        quitting.edit(1, std::to_string(i)); // most of them wait behind an upload
+    quitting.quit();
     ThreadedMachine later(this->server.client());
     later.joinCloud();
-    EXPECT_EQ(later.codes().at(1), "at the end 4");
+    EXPECT_EQ(later.codes().at(1), "9");
 }
 
 } // namespace
