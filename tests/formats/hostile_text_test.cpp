@@ -30,9 +30,6 @@ std::vector<std::string_view> parts(std::string_view list) {
 std::optional<std::string> json(std::vector<styleSection> sections) {
     return encodeStyle({.styleData = {.sections = std::move(sections)}});
 }
-std::optional<std::string> json(userVariable variable) {
-    return encodeStyle({.userVariables = {{std::move(variable)}}});
-}
 
 /// More than this for a byte that was read, names of fields included: text was copied about.
 constexpr std::size_t mostPerByte = 20;
@@ -111,7 +108,9 @@ TEST_F(HostileText, costsNoMorePerByteInDeclarations) {
                 const auto variable = parseVariableDeclaration(type + (open + text) +
                                                                (contains(open, "[") ? "]" : "}"));
                 // A name may stand for label and value too.
-                if (variable && json(*variable)->size() > mostPerByte * size) culprit = part;
+                if (variable &&
+                    encodeStyle({.userVariables = {{*variable}}})->size() > mostPerByte * size)
+                    culprit = part;
             }
     }
 }

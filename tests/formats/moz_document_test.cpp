@@ -37,8 +37,7 @@ void expectReadings(const std::vector<reading>& readings) {
 } // namespace
 
 TEST(MozDocument, cutsAtKeywordsOutsideComments) {
-    using pieces = std::vector<std::string_view>;
-    const std::vector<std::pair<std::string_view, pieces>> cuts = {
+    const std::vector<std::pair<std::string_view, std::vector<std::string_view>>> cuts = {
         {" \n\u3000", {""}},
         {" @-moz-document x", {"", "@-moz-document x"}},
         {"a'@-moz-document b", {"a'", "@-moz-document b"}},
@@ -120,22 +119,6 @@ TEST(MozDocument, tellsOfAHeaderThatAppliesEverywhere) {
     EXPECT_EQ(log.take(), "A section without a readable rule applies to every page: "
                           "@-moz-document regexp(a),                                        "
                           "               \n");
-}
-
-TEST(MozDocument, joinsForThePreprocessor) {
-    styleContainer style;
-    EXPECT_EQ(joinSectionsForPreprocessor(style), "");
-    const styleSection everywhere{.code = "a{}"};
-    styleSection rules{{"u"}, {"p"}, {"d", "e"}, {R"(\d")"}, "b{}\nc{}", {}, {}};
-    style.styleData.sections = {everywhere, rules, everywhere};
-    const std::string header =
-        R"(@-moz-document domain("d"), domain("e"), url("u"), url-prefix("p"), regexp("\\d""))";
-    EXPECT_EQ(joinSectionsForPreprocessor(style), "a{}\n\n" + header + "\n{\n\tb{}\n\tc{}\n}\na{}");
-
-    style.preprocessor = "Stylus";
-    rules.code = "b\n  c d";
-    style.styleData.sections = {rules};
-    EXPECT_EQ(joinSectionsForPreprocessor(style), header + "\n\n\tb\n\t  c d\n");
 }
 
 } // namespace tessaril

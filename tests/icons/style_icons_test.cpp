@@ -1,11 +1,8 @@
 #include "events/notification_names.h"
 #include "icons/style_icons.h"
-#include "model/text.h"
 #include "preferences/preference_keys.h"
 #include "support/map_url_loader.h"
-#include "support/memory_files.h"
-#include "support/sample_styles.h"
-#include "support/stepped_dispatcher.h"
+#include "support/store_machine.h"
 #include "support/test.h"
 #include "support/thread_dispatcher.h"
 
@@ -16,11 +13,10 @@ using namespace std::chrono_literals;
 
 using texts = std::vector<std::string>;
 
-/// A machine in memory, and styles by identifier.
 template <typename Tasks>
-struct IconMachine {
+struct IconMachine : StoreMachine<Tasks> {
     IconMachine() {
-        preferences.registerDefault(preferenceKeys::fetchSiteIcons, true);
+        this->preferences.registerDefault(preferenceKeys::fetchSiteIcons, true);
         start();
     }
 
@@ -29,14 +25,13 @@ struct IconMachine {
         icons = std::make_unique<StyleIcons>(styleIconsSurroundings{
             .loader = loader,
             .decoder = pictures,
-            .files = files,
-            .dispatcher = dispatcher,
-            .center = center,
-            .preferences = preferences,
-            .findStyle =
-                [this](std::int64_t id) { return styles.contains(id) ? styles.at(id) : nullptr; },
+            .files = this->files,
+            .dispatcher = this->dispatcher,
+            .center = this->center,
+            .preferences = this->preferences,
+            .findStyle = [this](std::int64_t id) { return this->store.findStyle(id); },
             .cacheFolder = "/cache",
-            .clock = [this] { return files.now; }});
+            .clock = [this] { return this->files.now; }});
         icons->setFoundHandler([this](std::int64_t id, const auto& icon, iconRequest why) {
             found.push_back(std::to_string(id) + (why == iconRequest::newRow ? " " : "! ") +
                             icon->png);
@@ -45,27 +40,25 @@ struct IconMachine {
     void put(std::int64_t id, std::vector<styleSection> sections) {
         styleContainer style = namedStyle("style", id);
         style.styleData.sections = std::move(sections);
-        styles[id] = std::make_shared<const styleContainer>(std::move(style));
+        this->store.appendStyle(style);
     }
-    void putDomain(std::int64_t id, std::string domain) {
-        put(id, {{.domains = {std::move(domain)}}});
-    }
+    void putDomain(std::int64_t id, std::string domain) { put(id, {{.domains = {domain}}}); }
     void serve(const std::string& address, const std::string& picture) {
         loader.responses[address].body = "picture " + picture;
     }
-    void turn(bool on) {
-        preferences.set(preferenceKeys::fetchSiteIcons, on);
-        center.post(notifications::preferencesDidChange);
+    /// A style for NAME.example, which has an icon.
+    void serveDomain(std::int64_t id, const std::string& name) {
+        putDomain(id, name + ".example");
+        serve("https://" + name + ".example/favicon.ico", name);
     }
+    void turn(bool on) {
+        this->preferences.set(preferenceKeys::fetchSiteIcons, on);
+        this->center.post(notifications::preferencesDidChange);
+    }
+    auto known(std::int64_t id) { return icons->known(*this->store.findStyle(id)); }
 
     MapUrlLoader loader;
     MarkedPictures pictures;
-    MemoryFiles files;
-    Tasks dispatcher;
-    NotificationCenter center;
-    MemoryPreferences stored;
-    Preferences preferences{stored};
-    std::map<std::int64_t, std::shared_ptr<const styleContainer>> styles;
     texts found;
     std::unique_ptr<StyleIcons> icons;
 };
@@ -78,6 +71,13 @@ struct StyleIconsTest : ::testing::Test, IconMachine<SteppedDispatcher> {
         dispatcher.runAll();
         return loader.taken();
     }
+    /// What is found once that is wanted again.
+    texts turnOn() {
+        found.clear();
+        turn(true);
+        dispatcher.runAll();
+        return found;
+    }
 };
 
 TEST_F(StyleIconsTest, AsksSectionBySectionAndStopsAtTheFirstIconOfANewRow) {
@@ -87,15 +87,14 @@ TEST_F(StyleIconsTest, AsksSectionBySectionAndStopsAtTheFirstIconOfANewRow) {
             {.domains = {"c.example"}}});
     serve("https://p.com/favicon.ico", "p");
     serve("https://c.example/favicon.ico", "c");
-    const texts a{"https://a.example/favicon.ico", "https://www.a.example/favicon.ico",
-                  "https://a.example/", "https://a.example/apple-touch-icon.png"};
-    texts expected = a;
-    for (const std::string& address : a)
-        expected.push_back(replacingAll(address, "a.example", "b.example"));
-    expected.insert(expected.end(), {"https://p.com/", "https://p.com/favicon.ico"});
-    EXPECT_EQ(fetch({1}), expected);
+    EXPECT_THAT(fetch({1}),
+                ElementsAre("https://a.example/favicon.ico", "https://www.a.example/favicon.ico",
+                            "https://a.example/", "https://a.example/apple-touch-icon.png",
+                            "https://b.example/favicon.ico", "https://www.b.example/favicon.ico",
+                            "https://b.example/", "https://b.example/apple-touch-icon.png",
+                            "https://p.com/", "https://p.com/favicon.ico"));
     EXPECT_THAT(found, ElementsAre("1 picture p"));
-    EXPECT_EQ(icons->known(*styles[1])->png, "picture p");
+    EXPECT_EQ(known(1)->png, "picture p");
 
     EXPECT_THAT(fetch({1}, iconRequest::rulesChanged),
                 ElementsAre("https://c.example/favicon.ico"));
@@ -108,8 +107,7 @@ TEST_F(StyleIconsTest, FindsTheIconThatAPagePrefers) {
     putDomain(1, "a.example");
     loader.responses["https://a.example/"] = {
         .body = "<link rel=icon sizes=16x16 href=small.png><link rel=manifest href=m.json>",
-        .finalAddress = "https://www.a.example/start/",
-        .contentType = ""};
+        .finalAddress = "https://www.a.example/start/"};
     loader.responses["https://www.a.example/start/m.json"].body =
         R"({"icons":[{"src":"/broken.png","sizes":"64x64"},{"src":"/large.png","sizes":"192x192"}]})";
     loader.responses["https://www.a.example/broken.png"].body = "<html>";
@@ -151,10 +149,8 @@ TEST_F(StyleIconsTest, SpendsLittleOnAnyOneStyle) {
 }
 
 TEST_F(StyleIconsTest, ServesTheRowsOnTheScreenFirstAndEachOnce) {
-    for (std::int64_t id = 1; id <= 4; ++id) {
-        putDomain(id, std::to_string(id) + ".example");
-        serve("https://" + std::to_string(id) + ".example/favicon.ico", std::to_string(id));
-    }
+    for (std::int64_t id = 1; id <= 4; ++id)
+        serveDomain(id, std::to_string(id));
     icons->fetch(std::vector<std::int64_t>{1, 2, 3, 4}, iconRequest::newRow);
     icons->fetch(std::vector<std::int64_t>{2}, iconRequest::rulesChanged);
     icons->setOnScreen({9, 3, 4});
@@ -170,9 +166,9 @@ TEST_F(StyleIconsTest, ServesTheRowsOnTheScreenFirstAndEachOnce) {
 }
 
 TEST_F(StyleIconsTest, RemembersAcrossStartsWhatItLearned) {
-    for (const auto& [id, domain] :
-         std::map<std::int64_t, std::string>{{1, "has"}, {2, "none"}, {3, "off"}, {4, "refuses"}})
-        putDomain(id, domain + ".net");
+    const char* domains[] = {"has.net", "none.net", "off.net", "refuses.net"};
+    for (std::int64_t id = 1; id <= 4; ++id)
+        putDomain(id, domains[id - 1]);
     serve("https://has.net/favicon.ico", "icon");
     loader.responses["https://none.net/"].body = "a page";
     loader.responses["https://www.refuses.net/favicon.ico"].hasFailed = true;
@@ -190,19 +186,14 @@ TEST_F(StyleIconsTest, RemembersAcrossStartsWhatItLearned) {
 }
 
 TEST_F(StyleIconsTest, AsksNobodyWhileThePreferenceIsOff) {
-    putDomain(1, "a.example");
-    putDomain(2, "b.example");
-    serve("https://a.example/favicon.ico", "a");
-    serve("https://b.example/favicon.ico", "b");
+    serveDomain(1, "a");
+    serveDomain(2, "b");
     fetch({1});
     start();
     turn(false);
     EXPECT_THAT(fetch({1, 2}), IsEmpty());
     EXPECT_THAT(found, ElementsAre("1 picture a")) << "from the cache";
-    found.clear();
-    turn(true);
-    dispatcher.runAll();
-    EXPECT_THAT(found, ElementsAre("1 picture a", "2 picture b"));
+    EXPECT_THAT(turnOn(), ElementsAre("1 picture a", "2 picture b"));
     EXPECT_THAT(loader.taken(), ElementsAre("https://b.example/favicon.ico"));
 
     // Asked for between the switching on and its announcement.
@@ -211,9 +202,7 @@ TEST_F(StyleIconsTest, AsksNobodyWhileThePreferenceIsOff) {
     fetch({4});
     preferences.set(preferenceKeys::fetchSiteIcons, true);
     fetch({1});
-    turn(true);
-    dispatcher.runAll();
-    EXPECT_THAT(found, Contains("4 picture b"));
+    EXPECT_THAT(turnOn(), Contains("4 picture b"));
 
     // Switched off in the middle, it is not taken for a site without an icon.
     putDomain(3, "c.example");
@@ -224,21 +213,17 @@ TEST_F(StyleIconsTest, AsksNobodyWhileThePreferenceIsOff) {
     EXPECT_EQ(fetch({3}).size(), 3U);
     loader.onLoad = nullptr;
     serve("https://c.example/favicon.ico", "c");
-    found.clear();
-    turn(true);
-    dispatcher.runAll();
-    EXPECT_THAT(found, Contains("3 picture c"));
+    EXPECT_THAT(turnOn(), Contains("3 picture c"));
 }
 
 TEST(StyleIconsThreads, ShareEachSiteAndKeepToAFewRequestsAtOnce) {
     IconMachine<ThreadDispatcher> machine;
     std::vector<std::int64_t> ids;
-    for (std::int64_t id = 0; id < 200; ++id) {
-        const std::string domain = std::to_string(id % 10) + ".example";
-        machine.putDomain(id, domain);
-        if (id % 10 != 0) machine.serve("https://" + domain + "/favicon.ico", domain);
+    for (std::int64_t id = 1; id <= 200; ++id) {
+        machine.serveDomain(id, std::to_string(id % 10));
         ids.push_back(id);
     }
+    machine.loader.responses.erase("https://0.example/favicon.ico");
     std::atomic<int> running = 0;
     std::atomic<bool> tooMany = false;
     machine.loader.onLoad = [&](const urlRequest&) {
@@ -249,14 +234,13 @@ TEST(StyleIconsThreads, ShareEachSiteAndKeepToAFewRequestsAtOnce) {
     machine.icons->fetch(ids, iconRequest::newRow);
     machine.icons->setOnScreen({150, 151});
     for (const std::int64_t id : ids)
-        machine.icons->known(*machine.styles.at(id));
+        machine.known(id);
     machine.dispatcher.join();
     machine.dispatcher.runMain();
     EXPECT_EQ(machine.found.size(), 180U);
     EXPECT_FALSE(tooMany);
     EXPECT_EQ(machine.loader.taken().size(), 9U + 4) << "each site once";
-    EXPECT_EQ(machine.icons->known(*machine.styles.at(1)),
-              machine.icons->known(*machine.styles.at(191)));
+    EXPECT_EQ(machine.known(1), machine.known(191));
 }
 
 } // namespace

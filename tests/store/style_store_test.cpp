@@ -1,6 +1,5 @@
 #include "events/notification_names.h"
 #include "preferences/preference_keys.h"
-#include "support/captured_log.h"
 #include "support/store_machine.h"
 #include "support/test.h"
 
@@ -11,13 +10,6 @@ const RecordingAlerts::shown saveFailed{
     "Error writing style database",
     "An error occurred while trying to save changes to your styles. Your changes may not have been "
     "saved."};
-const RecordingAlerts::shown exportFailed{
-    "Error writing style database",
-    "An error occurred while trying to back up your style database. Please make sure you have "
-    "permission to write to the desired path."};
-const RecordingAlerts::shown importFailed{
-    "Error reading style database",
-    "The style database file you selected may not be valid, or is corrupt."};
 
 struct StyleStoreTest : ::testing::Test, StoreMachine<> {
     StyleStoreTest() {
@@ -87,14 +79,10 @@ TEST_F(StyleStoreTest, anUnreadableDocumentIsKeptBeforeTheFirstSaveReplacesIt) {
     save();
     save();
     EXPECT_TRUE(written().styles.empty());
-    int kept = 0;
-    for (const auto& [path, bytes] : files.contents) {
-        if (!path.filename().string().starts_with("styledb-unreadable-")) continue;
-        EXPECT_EQ(path.extension(), ".sdb");
-        EXPECT_EQ(bytes, "{\"torn");
-        ++kept;
-    }
-    EXPECT_EQ(kept, 1);
+    std::vector<std::string> kept;
+    for (const auto& [path, bytes] : files.contents)
+        if (path.filename().string().starts_with("styledb-unreadable-")) kept.push_back(bytes);
+    EXPECT_THAT(kept, ElementsAre("{\"torn"));
 }
 
 TEST_F(StyleStoreTest, aSaveStampsThenSendsThenWritesThenUploads) {
@@ -186,11 +174,8 @@ TEST_F(StyleStoreTest, whatCannotBeEncodedIsNeitherSentNorWritten) {
     EXPECT_THAT(alerts.alerts, ElementsAre(saveFailed));
 
     store.setStyleData(1, makeStyleJSON("fine", ""));
-    store.appendStyle(namedStyle("B", 1));
     save();
     EXPECT_EQ(written().styles.at(0).styleData.name, "fine");
-    EXPECT_EQ(written().styles.at(1).styleData.name, "B");
-    EXPECT_NE(written().styles.at(1).uniqueID, 1) << "a taken identifier is renewed";
 }
 
 TEST_F(StyleStoreTest, exportAndBackupWriteCopies) {
@@ -198,17 +183,11 @@ TEST_F(StyleStoreTest, exportAndBackupWriteCopies) {
     putDocument({namedStyle("A", 1)});
     store.exportDatabase("/elsewhere/Tessaril Styles.sdb");
     store.writePreCloudBackup();
-    dispatcher.runAll();
-    EXPECT_EQ(written("/elsewhere/Tessaril Styles.sdb"), written());
-    EXPECT_EQ(written(backup), written());
-
-    files.contents.erase(backup);
-    store.writePreCloudBackup();
     store.writePreCloudBackup(); // both before the first has written
     dispatcher.step(dispatcher.backgroundTasks);
-    files.contents.at(backup) = "first";
-    dispatcher.runAll();
-    store.writePreCloudBackup();
+    EXPECT_EQ(written("/elsewhere/Tessaril Styles.sdb"), written());
+    dispatcher.step(dispatcher.backgroundTasks);
+    EXPECT_EQ(std::exchange(files.contents.at(backup), "first"), files.contents.at(document));
     dispatcher.runAll();
     EXPECT_EQ(files.contents.at(backup), "first");
     EXPECT_TRUE(alerts.alerts.empty());
@@ -220,7 +199,7 @@ TEST_F(StyleStoreTest, exportAndBackupWriteCopies) {
     store.writePreCloudBackup();
     dispatcher.runAll();
     EXPECT_EQ(log.take(), "Error writing style database.\nError writing style database.\n");
-    EXPECT_THAT(alerts.alerts, ElementsAre(exportFailed)) << "a failed backup is only logged";
+    EXPECT_THAT(alerts.alerts, SizeIs(1)) << "a failed backup is only logged";
 }
 
 TEST_F(StyleStoreTest, importSkipsWhatIsInstalled) {
@@ -230,16 +209,13 @@ TEST_F(StyleStoreTest, importSkipsWhatIsInstalled) {
     putDocument({site, userCSS("UserCSS", 2, "https://a.example/a.user.css", " \n"),
                  userCSS("Updatable", 3, "", "https://b.example/b.user.css"), custom});
 
-    styleContainer otherCode = site;
+    styleContainer otherCode = site, compiled = custom, disabled = namedStyle("Disabled", 6);
     otherCode.styleData.sections[0].code = "other code, same number";
-    styleContainer compiled = custom;
     compiled.uniqueID = 12;
-    compiled.isEnabled = false;
     compiled.styleData.compSections.emplace();
+    compiled.isEnabled = disabled.isEnabled = false;
     styleContainer otherSite = namedStyle("Other site style", 1);
     otherSite.userstyleID = 77;
-    styleContainer disabled = namedStyle("Disabled", 6);
-    disabled.isEnabled = false;
     const styleContainer twice = namedStyle("Twice the same", 8);
     putDocument({otherCode, userCSS("Same origin", 11, "https://a.example/a.user.css", ""),
                  userCSS("Same update", 11, "elsewhere", "https://b.example/b.user.css"),
@@ -256,10 +232,7 @@ TEST_F(StyleStoreTest, importSkipsWhatIsInstalled) {
     EXPECT_EQ(live.styles[4]->uniqueID, 5);
     EXPECT_FALSE(live.styles[8]->isEnabled);
     EXPECT_EQ(*live.styles[3], custom);
-    std::set<std::int64_t> ids;
-    for (const auto& style : live.styles)
-        ids.insert(style->uniqueID);
-    EXPECT_EQ(ids.size(), live.styles.size()) << "a taken identifier is renewed";
+    EXPECT_EQ(identifiers().size(), live.styles.size()) << "a taken identifier is renewed";
 
     // A copy of what is there adds nothing, and still saves.
     files.contents["/copy.sdb"] = files.contents.at(document);
@@ -273,37 +246,16 @@ TEST_F(StyleStoreTest, importOfADamagedFileChangesNothing) {
     putDocument({namedStyle("A", 1)});
     store.importDatabase("/missing.sdb");
     EXPECT_TRUE(alerts.alerts.empty());
-
     files.contents["/bad.sdb"] = "{}";
     files.unreadable.insert("/folder.sdb");
     CapturedLog log;
-    store.importDatabase("/bad.sdb");
-    store.importDatabase("/folder.sdb");
+    for (const char* damaged : {"/bad.sdb", "/folder.sdb"}) {
+        store.importDatabase(damaged);
+        EXPECT_THAT(alerts.taken(), ElementsAre("Error reading style database"));
+    }
     EXPECT_EQ(log.take(), "Error decoding style database.\nError decoding style database.\n");
-    EXPECT_THAT(alerts.alerts, ElementsAre(importFailed, importFailed));
     EXPECT_EQ(store.snapshot().randomHash, -1);
     EXPECT_TRUE(dispatcher.backgroundTasks.empty());
-}
-
-TEST_F(StyleStoreTest, answersQueries) {
-    styleContainer site = namedStyle("Site", 7);
-    site.source = sourceSite;
-    putDocument({namedStyle("A", 5), site, namedStyle("second with the same id", 7)});
-    EXPECT_EQ(store.styleWithID(7)->styleData.name, "Site");
-    EXPECT_EQ(store.indexOfStyle(7), 1U);
-    EXPECT_EQ(store.styleWithID(8), std::nullopt);
-    EXPECT_EQ(store.indexOfStyle(8), std::nullopt);
-    EXPECT_EQ(store.countNonCustomStyles(), 1U);
-    const auto rows = store.styleRows();
-    EXPECT_EQ(rows.at(0)->source, "Custom Style");
-    EXPECT_EQ(rows.at(1)->source, "Imported from URL");
-    EXPECT_EQ(rows.at(1)->updateStatus, "none");
-
-    styleContainer other = namedStyle("A", 99);
-    EXPECT_TRUE(store.isDuplicateStyle(other)) << "equal data";
-    EXPECT_FALSE(store.isUserCSSInstalled(other)) << "only usercss styles count";
-    other.styleData.sections[0].domains = {"x"};
-    EXPECT_FALSE(store.isDuplicateStyle(other));
 }
 
 TEST_F(StyleStoreTest, aChangeMadeWhileAnotherCompilesIsKept) {
@@ -324,11 +276,10 @@ TEST_F(StyleStoreTest, fieldUpdatesCopyTheirFieldsAndNoOthers) {
     const auto subscription = center.observe(
         notifications::updateFavicons, [&](const notification& n) { favicons.push_back(*n.id()); });
     const auto expectSaved = [&] {
-        EXPECT_GT(store.styleWithID(1)->dateModified, expected.dateModified);
-        expected.dateModified = store.styleWithID(1)->dateModified;
-        EXPECT_EQ(store.styleWithID(1), expected);
         dispatcher.runAll();
-        EXPECT_EQ(written().styles.at(0), expected);
+        const styleContainer saved = written().styles.at(0);
+        EXPECT_GT(saved.dateModified, std::exchange(expected.dateModified, saved.dateModified));
+        EXPECT_EQ(saved, expected);
     };
 
     store.applyStyleProperties(1, from);
@@ -346,9 +297,7 @@ TEST_F(StyleStoreTest, fieldUpdatesCopyTheirFieldsAndNoOthers) {
     expectSaved();
     EXPECT_THAT(favicons, ElementsAre(1));
 
-    // These two leave saving to the caller.
-    store.setStyleData(1, makeStyleJSON("B", "b"));
-    EXPECT_EQ(store.styleWithID(1)->styleData, makeStyleJSON("B", "b"));
+    // This one leaves saving to the caller.
     styleContainer replacement = namedStyle("C", 1);
     replacement.isEnabled = false;
     store.replaceStyleKeepingSettings(1, replacement);
@@ -356,12 +305,8 @@ TEST_F(StyleStoreTest, fieldUpdatesCopyTheirFieldsAndNoOthers) {
     copySettings(from, replacement);
     EXPECT_EQ(store.styleWithID(1), replacement);
 
-    // Nobody carries this identifier.
-    store.applyStyleProperties(3, from);
+    store.applyStyleProperties(3, from); // which nobody carries
     store.applyEditorChanges(3, from);
-    setEnabled(3, false);
-    store.setStyleData(3, {});
-    store.replaceStyleKeepingSettings(3, from);
     EXPECT_TRUE(dispatcher.backgroundTasks.empty());
     EXPECT_THAT(favicons, ElementsAre(1));
 }

@@ -5,6 +5,16 @@
 #include <thread>
 
 namespace tessaril {
+namespace {
+
+void onFourThreads(StoreMachine<ThreadDispatcher>& machine, const std::function<void()>& work) {
+    std::vector<std::thread> threads;
+    for (int count = 0; count < 4; ++count)
+        threads.emplace_back(work);
+    for (std::thread& thread : threads)
+        thread.join();
+    machine.dispatcher.join();
+}
 
 TEST(StyleStoreThreads, commandsImportsAndSavesFromManyThreadsLoseNothing) {
     StoreMachine<ThreadDispatcher> machine;
@@ -14,30 +24,20 @@ TEST(StyleStoreThreads, commandsImportsAndSavesFromManyThreadsLoseNothing) {
     machine.putDocument({namedStyle("in 1", 1), namedStyle("in 2", 1)}, "/in.sdb");
 
     constexpr int perThread = 20;
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([&, t] {
-            for (int i = 0; i < perThread; ++i) {
-                const std::string name = std::to_string(t) + "/" + std::to_string(i);
-                store.appendStyle(namedStyle(name, 5)); // everyone draws the same identifier
-                store.applyStyleProperties(1, namedStyle("", 0));
-                store.saveDatabase();
-                store.styleRows();
-            }
-            store.importDatabase("/in.sdb");
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-    machine.dispatcher.join();
+    onFourThreads(machine, [&] {
+        for (int i = 0; i < perThread; ++i) {
+            store.appendStyle(namedStyle("more", 5)); // everyone draws the same identifier
+            store.applyStyleProperties(1, namedStyle("", 0));
+            store.saveDatabase();
+            store.styleRows();
+        }
+        store.importDatabase("/in.sdb");
+    });
     store.finishSaves();
 
     const liveDatabase live = store.snapshot();
-    std::set<std::int64_t> ids;
-    for (const auto& style : live.styles)
-        ids.insert(style->uniqueID);
     EXPECT_EQ(live.styles.size(), 1U + 4 * perThread + 2) << "the import adds its styles once";
-    EXPECT_EQ(ids.size(), live.styles.size());
+    EXPECT_EQ(machine.identifiers().size(), live.styles.size());
     EXPECT_EQ(store.styleWithID(1)->version.size(), 4U * perThread) << "no change is overwritten";
 
     EXPECT_EQ(machine.written().randomHash, live.randomHash) << "the last state reached the file";
@@ -50,19 +50,13 @@ TEST(StyleStoreThreads, backupsOfManyThreadsAreWholeAndNoneIsWrittenTwice) {
     StoreMachine<ThreadDispatcher> machine;
     StyleStore& store = machine.store;
     machine.putDocument({namedStyle("first", 1)});
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([&] {
-            for (int i = 0; i < 10; ++i) {
-                store.appendStyle(namedStyle("more", 1));
-                store.saveDatabase();
-                EXPECT_TRUE(store.keepDocument());
-            }
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-    machine.dispatcher.join();
+    onFourThreads(machine, [&] {
+        for (int i = 0; i < 10; ++i) {
+            store.appendStyle(namedStyle("more", 1));
+            store.saveDatabase();
+            EXPECT_TRUE(store.keepDocument());
+        }
+    });
 
     std::set<std::int64_t> hashes;
     const auto backups = store.databaseBackups().list();
@@ -73,4 +67,5 @@ TEST(StyleStoreThreads, backupsOfManyThreadsAreWholeAndNoneIsWrittenTwice) {
     EXPECT_LE(backups.size(), 11U);
 }
 
+} // namespace
 } // namespace tessaril

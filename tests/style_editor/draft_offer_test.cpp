@@ -36,9 +36,8 @@ struct DraftOfferTest : ::testing::Test, StoreMachine<> {
 };
 
 TEST_F(DraftOfferTest, RestoresIntoTheStyleThatIsStillThere) {
-    styleContainer saved = style(1, "saved");
+    styleContainer saved = style(1, "saved"), renamed = style(2, "before");
     saved.styleData.sections[0].compiledcode = "compiled since";
-    styleContainer renamed = style(2, "before");
     renamed.styleData.name = "Renamed";
     renamed.isEnabled = false;
     putDocument({saved, renamed});
@@ -46,15 +45,12 @@ TEST_F(DraftOfferTest, RestoresIntoTheStyleThatIsStillThere) {
     keep(style(2, "unsaved"));
     alerts.answers = {{.button = 0}};
     offerAll();
-    ASSERT_EQ(alerts.questions.size(), 1U);
-    EXPECT_THAT(alerts.questions[0].text,
+    EXPECT_THAT(alerts.questions.at(0).text,
                 HasSubstr("Changes to “Style 2” were not saved. They open"));
-    ASSERT_EQ(opened.size(), 1U);
-    EXPECT_TRUE(opened[0].isUnsaved);
-    EXPECT_EQ(opened[0].style.styleData.name, "Renamed");
-    EXPECT_EQ(opened[0].style.styleData.sections[0].code, "unsaved");
-    EXPECT_FALSE(opened[0].style.isEnabled);
-    EXPECT_TRUE(openStyles.contains(2));
+    renamed.styleData.sections[0].code = "unsaved";
+    ASSERT_THAT(opened, SizeIs(1));
+    EXPECT_TRUE(opened[0].isUnsaved && openStyles.contains(2));
+    EXPECT_EQ(opened[0].style, renamed);
     EXPECT_THAT(drafts.all(), SizeIs(1)) << "it is still not saved";
     EXPECT_EQ(store.findStyle(2)->styleData.sections[0].code, "before");
 
@@ -84,12 +80,11 @@ TEST_F(DraftOfferTest, RestoresAsANewStyleWhatHasNoPlaceAnyMore) {
     EXPECT_THAT(names(),
                 ElementsAre("Style 1", "Style 2", "Style 1", "Style 2", "Style 3", "Style 4"));
     EXPECT_THAT(opened, SizeIs(4));
-    for (const styleToEdit& restored : opened) {
-        EXPECT_FALSE(restored.isUnsaved);
-        const auto landed = store.findStyle(restored.style.uniqueID);
-        EXPECT_EQ(landed->source, sourceCustom);
-        EXPECT_EQ(landed->styleData.sections[0].code, "unsaved");
-        EXPECT_EQ(landed->styleData.sections[0].compiledcode, "compiled");
+    const styleSection made{.code = "unsaved", .compiledcode = "compiled"};
+    for (const auto& [restored, isUnsaved] : opened) {
+        const auto landed = store.findStyle(restored.uniqueID);
+        EXPECT_TRUE(landed->source == sourceCustom && !isUnsaved);
+        EXPECT_THAT(landed->styleData.sections, ElementsAre(made));
         EXPECT_FALSE(landed->isEnabled) << "nobody has asked for it in pages";
     }
     EXPECT_THAT(drafts.all(), IsEmpty());
@@ -124,18 +119,16 @@ TEST_F(DraftOfferTest, WhatIsNotAnsweredStaysAndIsOfferedWithItsStyle) {
     EXPECT_THAT(opened, IsEmpty());
     EXPECT_THAT(drafts.all(), SizeIs(1));
 
-    const auto forEditing = [&](int answer) {
-        alerts.answers = {{.button = answer}};
-        const styleToEdit given = offer.styleForEditing(1).value();
-        dispatcher.runAll();
-        return std::pair(given.style.styleData.sections[0].code, given.isUnsaved);
-    };
     EXPECT_FALSE(offer.styleForEditing(1)) << "what is written in it would replace the draft";
     EXPECT_THAT(alerts.questions.at(1).buttons, ElementsAre("Restore", "Discard", "Cancel"));
-    EXPECT_EQ(forEditing(0), std::pair(std::string("unsaved"), true));
-    EXPECT_THAT(drafts.all(), SizeIs(1)) << "it is still not saved";
-    EXPECT_EQ(forEditing(1), std::pair(std::string("a"), false));
-    EXPECT_THAT(drafts.all(), IsEmpty());
+    for (const bool isRestored : {true, false}) {
+        alerts.answers = {{.button = isRestored ? 0 : 1}};
+        const styleToEdit given = offer.styleForEditing(1).value();
+        dispatcher.runAll();
+        EXPECT_EQ(given.style.styleData.sections[0].code, isRestored ? "unsaved" : "a");
+        EXPECT_EQ(given.isUnsaved, isRestored);
+        EXPECT_THAT(drafts.all(), SizeIs(isRestored ? 1 : 0)) << "it is still not saved";
+    }
     EXPECT_FALSE(offer.styleForEditing(2)->isUnsaved);
     EXPECT_FALSE(offer.styleForEditing(3));
     EXPECT_THAT(alerts.questions, SizeIs(4));

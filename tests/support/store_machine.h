@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,13 @@ struct StoreMachine {
         std::vector<std::string> result;
         for (const auto& row : store.styleRows())
             result.push_back(row->name);
+        return result;
+    }
+    /// The identifiers in the live database.
+    std::set<std::int64_t> identifiers() {
+        std::set<std::int64_t> result;
+        for (const auto& style : store.snapshot().styles)
+            result.insert(style->uniqueID);
         return result;
     }
     void setEnabled(std::int64_t id, bool enabled) { store.setEnabled({id}, enabled); }

@@ -30,13 +30,6 @@ userVariable choice(std::vector<variableOption> options, text value, std::string
     return result;
 }
 
-std::vector<variableOption> valued(std::initializer_list<const char*> values) {
-    std::vector<variableOption> options;
-    for (const char* value : values)
-        options.push_back({.name = "n-" + std::string(value), .value = value});
-    return options;
-}
-
 TEST(CarryOver, knowsAVariableAgainByLabelOrNameAndItsType) {
     for (const char* type : {"text", "color", "checkbox", "range", "number"}) {
         const auto result =
@@ -50,52 +43,38 @@ TEST(CarryOver, knowsAVariableAgainByLabelOrNameAndItsType) {
         EXPECT_EQ(result[3].currentValue, std::nullopt) << "having none is a value, too";
         EXPECT_EQ(result[4].currentValue, "new");
     }
-    const auto other = carried({variable("text", "a", "A", "red")},
-                               {variable("color", "a", "A", "rgba(0,0,0,1)")});
-    EXPECT_EQ(other[0].currentValue, "rgba(0,0,0,1)");
-    const auto range =
-        carried({variable("range", "a", "A", "3")}, {variable("number", "a", "A", "5")});
-    EXPECT_EQ(range[0].currentValue, "5");
-
-    const std::vector<userVariable> no;
-    EXPECT_EQ(carryOverVariableValues(with(range), with(no)).userVariables, no);
-    EXPECT_EQ(carryOverVariableValues(with(no), with(range)).userVariables, range);
+    const std::vector<userVariable> range{variable("number", "a", "A", "5")}, no;
+    EXPECT_EQ(carried({variable("range", "a", "A", "3")}, range), range);
+    EXPECT_EQ(carried(range, no), no);
+    EXPECT_EQ(carried(no, range), range);
     EXPECT_EQ(carryOverVariableValues(with(std::nullopt), with(range)).userVariables, range);
     EXPECT_FALSE(carryOverVariableValues(with(range), with(std::nullopt)).userVariables);
 }
 
 TEST(CarryOver, findsTheChosenOptionByValueThenLabelThenName) {
-    const auto chosen = [](userVariable from, userVariable to) {
-        return carried({std::move(from)}, {std::move(to)})[0].currentValue;
-    };
-    EXPECT_EQ(
-        chosen(choice(valued({"s", "m", "l"}), "2"), choice(valued({"xs", "s", "m", "l"}), "0")),
-        "3");
-    const std::vector<variableOption> old = {{"n", "l", "v"}};
-    EXPECT_EQ(
-        chosen(choice(old, "0"), choice({{"n", "x", "x"}, {"x", "l", "x"}, {"x", "x", "v"}}, "0")),
-        "2");
-    EXPECT_EQ(chosen(choice(old, "0"), choice({{"n", "x", "x"}, {"x", "l", "x"}}, "0")), "1");
-    EXPECT_EQ(chosen(choice(old, "0"), choice({{"x", "x", "x"}, {"n", "x", "x"}}, "0")), "1");
-    EXPECT_EQ(chosen(choice(old, "0"), choice({{"x", "x", "x"}, {"y", "y", "y"}}, "1")), "1");
-    EXPECT_EQ(chosen(choice({{"n", {}, {}}}, "0"), choice({{"a", {}, "v"}, {"b", {}, {}}}, "0")),
-              "1")
-        << "neither has a value";
-    EXPECT_EQ(chosen(choice({{"n", {}, "v"}}, "0"), choice({{"a", {}, "x"}, {"n", {}, "y"}}, "0")),
-              "1")
-        << "having no label is nothing to be known by";
-    EXPECT_EQ(chosen(choice(old, "0", "image"), choice({{"x", "x", "x"}, old[0]}, "0", "select")),
-              "0");
+    using options = std::vector<variableOption>;
+    const options old = {{"n", "l", "v"}}, moved = {{"x", "x", "x"}, old[0]};
+    std::vector<std::tuple<options, text, options, text>> cases{
+        {{{"1", {}, "s"}, {"2", {}, "m"}}, "1", {{"a", {}, "s"}, {"b", {}, "m"}}, "1"},
+        {old, "0", {{"n", "x", "x"}, {"x", "l", "x"}, {"x", "x", "v"}}, "2"},
+        {old, "0", {{"n", "x", "x"}, {"x", "l", "x"}}, "1"},
+        {old, "0", {{"x", "x", "x"}, {"n", "x", "x"}}, "1"},
+        {old, "0", {{"x", "x", "x"}, {"y", "y", "y"}}, "new"},
+        {{{"n", {}, {}}}, "0", {{"a", {}, "v"}, {"b", {}, {}}}, "1"},   // neither has a value
+        {{{"n", {}, "v"}}, "0", {{"a", {}, "x"}, {"n", {}, "y"}}, "1"}, // nor a label
+        {old, std::nullopt, moved, "new"}};
+    for (const char* bad : {"1", "-1", "", "x", "0.5", "99999999999999999999"})
+        cases.emplace_back(old, bad, moved, "new");
+    for (const auto& [from, value, to, chosen] : cases)
+        EXPECT_EQ(carried({choice(from, value)}, {choice(to, "new")})[0].currentValue, chosen);
+
+    EXPECT_EQ(carried({choice(old, "0", "image")}, {choice(moved, "new")})[0].currentValue, "new");
     userVariable none = choice({}, "1");
     none.selectOptions.reset();
-    EXPECT_EQ(chosen(choice(old, "0"), none), "1");
-    EXPECT_EQ(chosen(none, choice(old, "0")), "0");
-
-    for (const char* bad : {"1", "-1", "", "x", "0.5", "99999999999999999999"})
-        EXPECT_EQ(chosen(choice(old, bad), choice({{"x", "x", "x"}, old[0]}, "0")), "0") << bad;
-    EXPECT_EQ(chosen(choice(old, std::nullopt), choice({{"x", "x", "x"}, old[0]}, "0")), "0");
-    const auto next = carried({choice(old, "0")},
-                              {choice(valued({"x"}), "0"), choice({{"x", "x", "x"}, old[0]}, "0")});
+    EXPECT_EQ(carried({choice(old, "0")}, {none})[0].currentValue, "1");
+    EXPECT_EQ(carried({none}, {choice(old, "new")})[0].currentValue, "new");
+    const auto next =
+        carried({choice(old, "0")}, {choice({{"x", "x", "x"}}, "0"), choice(moved, "0")});
     EXPECT_EQ(next[1].currentValue, "1") << "the first has no such option";
 }
 

@@ -49,13 +49,12 @@ TEST_F(UpdateRunTest, checksStyleByStyleAndSavesWhenItIsDone) {
     styleContainer three = userStyle(3), five = userStyle(5), four = userStyle(3);
     for (styleContainer* each : {&three, &five}) {
         each->userVariables->at(0).currentValue = "mine";
-        compiled(each[0], "");
+        compiled(*each, "");
         each->updateURL = "https://never.example/";
         each->isEnabled = false;
     }
     four.uniqueID = 4;
-    four.downloadedFrom = "";
-    four.updateURL = addressOf(3);
+    four.updateURL = std::exchange(four.downloadedFrom, "");
     serve(3, userCSS("", "2", "a {}", "red"));
     open({siteStyle(1, "One", "m", "n"), namedStyle("Custom", 9), siteStyle(2, "Two", "m", "m"),
           three, four, five, siteStyle(6, "Six", "m", "n"), userStyle(7)});

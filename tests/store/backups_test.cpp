@@ -1,4 +1,5 @@
-#include "support/captured_log.h"
+#include "store/backup_restore.h"
+#include "support/list_machine.h"
 #include "support/store_machine.h"
 #include "support/test.h"
 
@@ -16,28 +17,11 @@ using std::chrono::sys_seconds;
 const std::filesystem::path folder = "/container/backups";
 const sys_seconds sunday = sys_days(std::chrono::year(2026) / 11 / 22) + 20h + 15min;
 
-const RecordingAlerts::shown backupFailed{
-    "Error writing style database",
-    "An error occurred while trying to keep a backup of your styles as they are now, so nothing "
-    "was changed. Please make sure that your disk is not full and that you have permission to "
-    "write to the folder \"backups\" beside your style database."};
-
-/// The machine's time zone while it lives, as POSIX spells it.
-class TimeZone {
-public:
-    explicit TimeZone(const char* zone) { set(zone); }
-    ~TimeZone() { set(before ? before->c_str() : nullptr); }
-    TimeZone(const TimeZone&) = delete;
-    TimeZone& operator=(const TimeZone&) = delete;
-
-private:
-    static void set(const char* zone) {
-        zone ? ::setenv("TZ", zone, 1) : ::unsetenv("TZ");
-        ::tzset();
-    }
-    std::optional<std::string> before =
-        std::getenv("TZ") ? std::optional<std::string>(std::getenv("TZ")) : std::nullopt;
-};
+/// The machine's time zone from now on, as POSIX spells it.
+void setTimeZone(const char* zone) {
+    ::setenv("TZ", zone, 1);
+    ::tzset();
+}
 
 struct DatabaseBackupsTest : ::testing::Test {
     /// Keeps a document that differs from all before.
@@ -145,7 +129,7 @@ struct StoreBackupsTest : ::testing::Test, StoreMachine<> {
 };
 
 TEST_F(StoreBackupsTest, theFirstSaveOfALocalDayKeepsTheDocumentBefore) {
-    const TimeZone far("FAR-13"); // where the day begins at 11:00 UTC
+    setTimeZone("FAR-13"); // where the day begins at 11:00 UTC
     clock = sys_days(std::chrono::year(2026) / 11 / 22) + 10h + 58min;
     const std::string before = files.contents.at(document);
     change();
@@ -170,6 +154,7 @@ TEST_F(StoreBackupsTest, theFirstSaveOfALocalDayKeepsTheDocumentBefore) {
         restarted.dispatcher.runAll();
     }
     EXPECT_EQ(restarted.store.databaseBackups().list().size(), 3U) << "one a day by any clock";
+    setTimeZone("UTC");
 }
 
 TEST_F(StoreBackupsTest, whatReplacesTheDatabaseKeepsWhatTheUserHadLast) {
@@ -210,7 +195,8 @@ TEST_F(StoreBackupsTest, withoutABackupSavesGoOnButNothingIsReplaced) {
     store.importDatabase("/in.sdb");
     store.resetDatabase();
     EXPECT_THAT(names(), ElementsAre("A", "B"));
-    EXPECT_THAT(alerts.alerts, ElementsAre(backupFailed, backupFailed));
+    ASSERT_THAT(alerts.alerts, SizeIs(2));
+    EXPECT_THAT(alerts.alerts[0].text, HasSubstr("so nothing was changed"));
     EXPECT_TRUE(log.take().starts_with("Error backing up style database.\n"));
 
     files.readOnly = {document};
@@ -235,6 +221,122 @@ TEST_F(StoreBackupsTest, anUnreadableDocumentIsNoBackupAndNoObstacle) {
     setEnabled(9, false);
     dispatcher.runAll();
     EXPECT_EQ(kept().size(), 1U);
+}
+
+using enum backupStyleState;
+using namespace std::chrono_literals;
+
+liveDatabase::styleList listOf(std::vector<styleContainer> styles) {
+    return liveDatabaseFrom({.styles = std::move(styles)}).styles;
+}
+
+styleContainer withCode(styleContainer style, std::string code) {
+    style.styleData.sections.at(0).code = std::move(code);
+    return style;
+}
+
+TEST(BackupComparison, announcesWhatAnImportDoes) {
+    styleContainer site = namedStyle("Site", 1);
+    site.userstyleID = 7;
+    styleContainer reinstalled = site;
+    reinstalled.uniqueID = 100;
+    const styleContainer edited = namedStyle("Edited", 2), same = namedStyle("Same", 3);
+    styleContainer compiled = same, disabled = namedStyle("Disabled", 4);
+    compiled.dateModified = 1;
+    compiled.styleData.compSections.emplace();
+    styleContainer enabled = disabled;
+    disabled.isEnabled = false;
+    const auto today = listOf({reinstalled, withCode(edited, "new"), compiled, disabled});
+    const auto backup = listOf({site, edited, namedStyle("Gone", 5), same, enabled});
+
+    const backupContents contents = BackupComparison(today).compare(backup);
+    EXPECT_EQ(contents.styles, (std::vector<backupStyle>{{"Site", present},
+                                                         {"Edited", changed},
+                                                         {"Gone", missing},
+                                                         {"Same", present},
+                                                         {"Disabled", changed}}));
+    EXPECT_EQ(contents.missing + contents.changedAdded,
+              mergedStyles(today, backup).size() - today.size());
+    EXPECT_EQ(restoreSummary(contents),
+              "Restore brings back 1 style that is missing today. It adds 1 style that has changed "
+              "since as it was then, beside today's. 1 style that has changed since stays as it "
+              "is.");
+
+    const backupContents all = BackupComparison({}).compare(backup);
+    EXPECT_EQ(restoreSummary(all), "Restore brings back 5 styles that are missing today.");
+    const backupContents none = BackupComparison(backup).compare(backup);
+    EXPECT_TRUE(addsStyles(all) && !addsStyles(none));
+    EXPECT_THAT(restoreSummary(none), EndsWith("so there is nothing to restore."));
+}
+
+struct BackupRestoreTest : ::testing::Test, ListMachine {
+    void SetUp() override {
+        begin("A");
+        for (int count = 1; count <= 3; ++count) {
+            clock += 1s;
+            store.appendStyle(namedStyle("new " + std::to_string(count), 1));
+            store.saveDatabase();
+            EXPECT_TRUE(store.keepDocument());
+        }
+        dispatcher.runAll();
+    }
+    std::unique_ptr<BackupRestore> start() {
+        auto restore = std::make_unique<BackupRestore>(backupRestoreSurroundings{
+            files, dispatcher, alerts, store, list, database, stopping.get_token()});
+        restore->begin([this] { seen.emplace_back("listed"); },
+                       [this](std::size_t row) { seen.push_back(std::to_string(row)); });
+        return restore;
+    }
+    void step() {
+        dispatcher.step(dispatcher.backgroundTasks);
+        dispatcher.step(dispatcher.mainTasks);
+    }
+
+    DatabaseCommands database{{files, alerts, dispatcher, center, store, openStyles}};
+    std::stop_source stopping;
+    std::vector<std::string> seen;
+};
+
+TEST_F(BackupRestoreTest, readsOneAfterAnotherAndEndsWithTheWindowOrTheApplication) {
+    auto restore = start();
+    step();
+    EXPECT_TRUE(restore->isListed());
+    EXPECT_EQ(dispatcher.backgroundTasks.size(), 1U) << "never two in memory";
+    step();
+    EXPECT_THAT(seen, ElementsAre("listed", "0"));
+    EXPECT_EQ(restore->backups()[0].contents.styles.size(), 4U);
+    EXPECT_EQ(restore->backups()[1].reading, listedBackup::stage::unread);
+    restore.reset();
+    step();
+    EXPECT_TRUE(dispatcher.backgroundTasks.empty());
+
+    restore = start();
+    step();
+    stopping.request_stop();
+    dispatcher.runAll();
+    EXPECT_THAT(seen, ElementsAre("listed", "0", "listed"));
+}
+
+TEST_F(BackupRestoreTest, restoresWhatAddsStylesWhileTheListIsFree) {
+    files.contents[store.databaseBackups().list()[1].file] = "{";
+    store.deleteStyle(3);
+    store.deleteStyle(2);
+    dispatcher.runAll();
+    const auto restore = start();
+    dispatcher.runAll();
+    EXPECT_TRUE(restore->canRestore(0));
+    for (const std::size_t none :
+         {1, 2, 99}) // unreadable, without more than today's list, not there
+        EXPECT_FALSE(restore->canRestore(none)) << none;
+    list.setLockedForSync(true);
+    EXPECT_FALSE(restore->mayBegin() || restore->restore(0));
+    EXPECT_EQ(alerts.beeps, 2);
+    list.setLockedForSync(false);
+
+    told.clear();
+    EXPECT_TRUE(restore->mayBegin() && restore->restore(0));
+    EXPECT_FALSE(restore->canRestore(0)) << "one at a time";
+    EXPECT_THAT(tellings(), ElementsAre("reset", "select 3"));
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "model/database_json.h"
+#include "model/text.h"
 #include "support/sample_styles.h"
 #include "support/test.h"
 
@@ -14,19 +15,12 @@ std::string sampleJSON() {
 }
 
 std::string withReplaced(std::string text, std::string_view from, std::string_view to) {
-    const std::size_t at = text.find(from);
-    EXPECT_NE(at, std::string::npos) << from;
-    if (at != std::string::npos) text.replace(at, from.size(), to);
-    return text;
+    return text.replace(text.find(from), from.size(), to);
 }
 
 /// A document with one more member in front.
 std::string withMember(std::string_view member) {
     return "{" + std::string(member) + R"(,"dbVersion":1,"styles":[],"randomHash":2})";
-}
-
-std::string withDate(std::string_view number) {
-    return withMember("\"dateModified\":" + std::string(number));
 }
 
 /// Text of all kinds of characters, the awkward ones often.
@@ -40,17 +34,12 @@ std::string randomText(std::mt19937_64& random) {
     return text;
 }
 
-} // namespace
-
 TEST(DatabaseJSON, readsBackWhatItWrote) {
     const styleDatabase database{.dbVersion = -7,
                                  .styles = {fullStyle(4294967295), namedStyle("Plain", 0)},
                                  .randomHash = limits::min(),
                                  .dateModified = 0.1 + 0.2};
     EXPECT_EQ(decodeDatabase(*encodeDatabase(database)), database);
-    EXPECT_THAT(*encodeStyle(namedStyle("\"\\\n\t\r\x01\x1F/\x7F", 1)),
-                HasSubstr(R"("name":"\"\\\n\t\r\u0001\u001f/)"
-                          "\x7F\""));
     std::mt19937_64 random(3);
     for (int i = 0; i < 500; ++i) {
         const styleDatabase texts{.styles = {namedStyle(randomText(random), 1)}};
@@ -59,12 +48,13 @@ TEST(DatabaseJSON, readsBackWhatItWrote) {
     EXPECT_EQ(decodeDatabase(R"({"styles":[],"randomHash":9223372036854775807,"dbVersion":-7})"),
               (styleDatabase{.dbVersion = -7, .styles = {}, .randomHash = limits::max()}));
 
-    const std::string json = sampleJSON();
-    for (const std::string key :
-         {"url", "updateUrl", "md5Url", "originalMd5", "name", "version", "namespace",
-          "description", "author", "homepageURL", "supportURL", "license", "downloadedFrom",
-          "preprocessor", "updateURL", "systemTheme"})
-        EXPECT_NE(json.find("\"" + key + "\":\"" + key + "\""), std::string::npos) << key;
+    constexpr std::string_view texts =
+        "url updateUrl md5Url originalMd5 name version namespace description author homepageURL "
+        "supportURL license downloadedFrom preprocessor updateURL systemTheme";
+    for (const std::string_view key : split(texts, " ")) {
+        const std::string member = '"' + std::string(key) + '"';
+        EXPECT_THAT(sampleJSON(), HasSubstr(member + ":" + member));
+    }
 }
 
 TEST(DatabaseJSON, leavesAbsentFieldsOutAndReadsNullAsAbsent) {
@@ -135,9 +125,10 @@ TEST(DatabaseJSON, keepsIntegersAndDoublesExact) {
     for (const double value : {-0.0, 1180591620717411303424.0})
         EXPECT_NE(encodeDatabase({.dateModified = value})->find('.'), std::string::npos) << value;
     // Spelled by others: integers beyond 64 bits are doubles like any other.
-    EXPECT_EQ(decodeDatabase(withDate("100000000000000000000"))->dateModified, 1e20);
+    const std::string member = "\"dateModified\":";
+    EXPECT_EQ(decodeDatabase(withMember(member + "100000000000000000000"))->dateModified, 1e20);
     for (const char* number : {"1e999", "1.", ".5", "01.5", "-", "1e", "NaN", "Infinity"})
-        EXPECT_FALSE(decodeDatabase(withDate(number))) << number;
+        EXPECT_FALSE(decodeDatabase(withMember(member + number))) << number;
 }
 
 TEST(DatabaseJSON, refusesWhatCannotBeRepresented) {
@@ -191,13 +182,39 @@ TEST(DatabaseJSON, survivesFlippedBytes) {
     }
 }
 
-TEST(DatabaseJSON, decodesTheSharingSitesStyle) {
-    const std::string json =
-        R"({"name":"N","url":"","updateUrl":"u","md5Url":"m","originalMd5":"o","extra":{},
-            "sections":[{"urls":[],"urlPrefixes":[],"domains":["d"],"regexps":[],"code":"c"}]})";
-    EXPECT_EQ(decodeStyleJSON(json),
-              (styleJSON{"", "u", "m", "o", "N", {{.domains = {"d"}, .code = "c"}}, {}}));
-    EXPECT_FALSE(decodeStyleJSON(withReplaced(json, R"("code":"c")", R"("code":null)")));
+TEST(Text, trimsTheUnicodeSetAndKeepsWhatOnlyLooksBlank) {
+    EXPECT_EQ(trimmed(" \t\r\n\v\f\u00A0\u0085\u1680\u2003\u2028\u2029\u202F\u205F\u3000a b\u3000"),
+              "a b");
+    EXPECT_EQ(trimmed("\u200Ba\uFEFF"), "\u200Ba\uFEFF"); // zero width: not white space
+    EXPECT_EQ(trimmed(" \u2028 "), "");
 }
 
+TEST(Text, readsWholeNumbersOnly) {
+    EXPECT_EQ(parseInteger("9223372036854775807"), INT64_MAX);
+    EXPECT_EQ(parseInteger("+5"), 5);
+    for (const char* text : {"", "9223372036854775808", "5 ", "5.0", "+-5", "-", "0x5", "\u0665"})
+        EXPECT_EQ(parseInteger(text), std::nullopt) << text;
+
+    EXPECT_EQ(parseDouble("+.5"), 0.5);
+    EXPECT_EQ(parseDouble("-1.7976931348623157e308"), -1.7976931348623157e308);
+    for (const char* text : {"", "null", "inf", "nan", "1e999", "5px", "1,5", "+-1"})
+        EXPECT_EQ(parseDouble(text), std::nullopt) << text;
+}
+
+TEST(Text, acceptsOnlyUTF8AndDropsTheByteOrderMark) {
+    EXPECT_EQ(textFromUTF8("\xEF\xBB\xBF\xC3\xA9"), "\u00E9");
+    EXPECT_EQ(textFromUTF8(""), "");
+    for (const char* bytes : {"\xFF\xFE", "\xED\xA0\x80", "\xC3"}) // half of a surrogate pair, too
+        EXPECT_EQ(textFromUTF8(bytes), std::nullopt) << bytes;
+
+    EXPECT_EQ(validUTF8("\u00FC\xE9.\xE2\x82\u20AC\xC3"), "\u00FC\uFFFD.\uFFFD\uFFFD\u20AC\uFFFD");
+}
+
+TEST(Text, isShortAndHasNoControlsInTheLog) {
+    EXPECT_EQ(forLog("\x1B[2J\n\xC2\x9B\xFF\u20AC"), "?[2J???\uFFFD\u20AC");
+    const std::string line = forLog(replacingAll(std::string(1'000'000, 'x'), "x", "\u20AC"));
+    EXPECT_TRUE(line.size() < 400 && line.ends_with("\u20AC..."));
+}
+
+} // namespace
 } // namespace tessaril

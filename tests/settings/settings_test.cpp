@@ -1,6 +1,8 @@
 #include "events/notification_names.h"
 #include "model/rule_types.h"
+#include "settings/rule_editor.h"
 #include "settings/style_prop_view.h"
+#include "store/style_object.h"
 #include "support/store_machine.h"
 #include "support/test.h"
 
@@ -19,6 +21,10 @@ struct StylePropViewTest : ::testing::Test, StoreMachine<> {
         return view;
     }
     std::unique_ptr<StylePropView> openedFirst() { return opened(*store.styleAt(0)); }
+    void save(StylePropView& view) {
+        view.saveClicked();
+        dispatcher.runAll();
+    }
 
     StyleIDs openProperties;
     std::vector<std::string> shownNames;
@@ -52,15 +58,16 @@ TEST_F(StylePropViewTest, storesAllThatIsSetAndNothingElse) {
     EXPECT_EQ(closed, 0);
     dispatcher.runAll();
     EXPECT_EQ(closed, 1);
-    const styleContainer& saved = *store.styleAt(0);
-    EXPECT_EQ(saved.exclDomain, std::vector<std::string>{"u"});
-    EXPECT_EQ(saved.exclURL, std::vector<std::string>{""});
-    EXPECT_EQ(saved.exclPrefix, std::vector<std::string>{});
-    EXPECT_EQ(saved.exclRegExp, std::vector<std::string>{"r"});
-    EXPECT_EQ(saved.allowIframe, true);
-    EXPECT_EQ(saved.systemTheme, "dark");
-    EXPECT_EQ(saved.styleData.name, "Renamed");
-    EXPECT_EQ(written().styles[0].styleData.sections[0].compiledcode, "new");
+    const styleContainer saved = written().styles.at(0);
+    style.exclDomain = {"u"};
+    style.exclURL = {""};
+    style.exclPrefix.emplace();
+    style.allowIframe = true;
+    style.systemTheme = "dark";
+    style.styleData.name = "Renamed";
+    style.userVariables->at(0).currentValue = style.styleData.sections[0].compiledcode = "new";
+    style.dateModified = saved.dateModified;
+    EXPECT_EQ(saved, style);
 }
 
 TEST_F(StylePropViewTest, anUntouchedStyleGetsItsListsAndNoMore) {
@@ -70,23 +77,20 @@ TEST_F(StylePropViewTest, anUntouchedStyleGetsItsListsAndNoMore) {
     putDocument({style});
     auto view = openedFirst();
     EXPECT_EQ(view->theme(), 0u);
-    view->saveClicked();
-    dispatcher.runAll();
+    save(*view);
     const styleContainer& saved = *store.styleAt(0);
     EXPECT_TRUE(saved.exclDomain && saved.exclURL && saved.exclPrefix && saved.exclRegExp);
     EXPECT_EQ(saved.allowIframe, std::nullopt);
     EXPECT_EQ(saved.systemTheme, "else");
     auto next = openedFirst();
     next->themeChanged(0);
-    next->saveClicked();
-    dispatcher.runAll();
+    save(*next);
     EXPECT_EQ(store.styleAt(0)->systemTheme, "none");
 }
 
 TEST_F(StylePropViewTest, followsItsOwnStyleOnly) {
     putDocument({namedStyle("One", 1), namedStyle("Two", 2)});
-    auto one = opened(*store.styleAt(0));
-    auto two = opened(*store.styleAt(1));
+    auto one = opened(*store.styleAt(0)), two = opened(*store.styleAt(1));
     store.renameStyle(1, "Renamed");
     center.post(notifications::focusProperties, 1);
     dispatcher.runAll();
@@ -96,8 +100,7 @@ TEST_F(StylePropViewTest, followsItsOwnStyleOnly) {
     store.deleteStyle(0);
     dispatcher.runAll();
     EXPECT_EQ(closed, 1);
-    EXPECT_FALSE(openProperties.contains(1));
-    EXPECT_TRUE(openProperties.contains(2));
+    EXPECT_TRUE(!openProperties.contains(1) && openProperties.contains(2));
 
     // A window that goes must not take the place of one that was opened since.
     two->cancelClicked();
@@ -116,33 +119,95 @@ TEST_F(StylePropViewTest, aSaveOutlivesItsWindow) {
     view->iframeToggled(true);
     view->saveClicked();
     view->leave();
-    EXPECT_TRUE(openProperties.contains(7)) << "a second save could come before the first";
     view.reset();
-    EXPECT_TRUE(openProperties.contains(7));
+    EXPECT_TRUE(openProperties.contains(7)) << "a second save could come before the first";
     dispatcher.runAll();
     EXPECT_TRUE(openProperties.isEmpty());
     EXPECT_EQ(written().styles[0].allowIframe, true);
-}
 
-TEST_F(StylePropViewTest, mayCloseWhileItAsks) {
-    styleContainer style = namedStyle("Name", 7);
-    style.userVariables = {{{.type = "text", .name = "v", .currentValue = "old"}}};
-    putDocument({style});
-    auto view = openedFirst();
+    view = openedFirst(); // which may close while it asks
     alerts.answers = {{.button = 1}};
     alerts.whileAsking = [&] { view.reset(); };
     EXPECT_FALSE(view->variables().setDefaults());
 }
 
-TEST_F(StylePropViewTest, saysWhereTheStyleIsFrom) {
+TEST_F(StylePropViewTest, saysWhereTheStyleIsFromAsTheListDoes) {
     styleContainer style = namedStyle("Name", 7);
     for (const auto& [source, text] : {std::pair("usorg", "Imported from URL"),
                                        {"usercss", "Imported from User CSS"},
-                                       {"custom", "Custom Style"},
-                                       {"", "Custom Style"}}) {
+                                       {"custom", "Custom Style"}}) {
         style.source = source;
         EXPECT_EQ(opened(style)->typeText(), text);
+        EXPECT_EQ(styleObject(style).source, text);
     }
+}
+
+struct SectionHolder : RuleEditorDelegate {
+    std::optional<ruleDictionary> rulesForCurrentSection() override {
+        return section ? std::optional(tessaril::rulesForCurrentSection(*section)) : std::nullopt;
+    }
+    void applyRules(const ruleDictionary& rules) override {
+        ++applied;
+        tessaril::applyRules(rules, *section);
+    }
+
+    std::optional<styleSection> section;
+    int applied = 0;
+};
+
+TEST(TypedRules, AreListsUpToARowWithoutARule) {
+    EXPECT_EQ(ruleListsFrom(std::vector<typedRule>{
+                  {"URL is", "x"}, {"Other", "lost"}, {"RegExp", std::nullopt}, {"Domain", "z"}}),
+              ruleLists{.urls = {"x"}});
+}
+
+TEST(RuleEditor, changesTheSectionOnSaveOnly) {
+    SectionHolder holder;
+    holder.section = {.urlPrefixes = {"file:///docs/"},
+                      .domains = {"site-a", "site-b"},
+                      .code = "a {}",
+                      .sectionName = " \u00a0\n"};
+    RuleEditor editor(holder, false);
+    EXPECT_EQ(editor.sectionName(), "") << "a blank one";
+    EXPECT_THAT(editor.rules().rows(),
+                ElementsAre(typedRule{"Domain", "site-a"}, typedRule{"Domain", "site-b"},
+                            typedRule{"URL starts with", "file:///docs/"}));
+    editor.rules().setType(1, regExpRule);
+    EXPECT_TRUE(editor.rules().add(urlRule));
+    editor.rules().setRule(3, " typed ");
+    editor.rules().add(domainRule);
+    EXPECT_FALSE(editor.rules().remove(5));
+    editor.rules().setRule(5, "nowhere");
+    EXPECT_EQ(holder.section->domains.size(), 2u);
+    editor.saveClicked("\u2003 New name\n");
+    EXPECT_EQ(*holder.section, (styleSection{.urls = {" typed "},
+                                             .urlPrefixes = {"file:///docs/"},
+                                             .domains = {"site-a", ""},
+                                             .regexps = {"site-b"},
+                                             .code = "a {}",
+                                             .sectionName = "New name"}));
+
+    RuleEditor next(holder, false);
+    EXPECT_EQ(next.sectionName(), "New name");
+    while (next.rules().remove(0)) {
+    }
+    next.saveClicked(" ");
+    EXPECT_TRUE(holder.section->appliesEverywhere());
+    EXPECT_EQ(holder.section->sectionName, "");
+}
+
+TEST(RuleEditor, changesNothingThatIsReadOnlyOrMissing) {
+    SectionHolder holder;
+    EXPECT_THAT(RuleEditor(holder, false).rules().rows(), IsEmpty());
+    holder.section = {.domains = {"a"}, .code = ""};
+    RuleEditor editor(holder, true);
+    EXPECT_FALSE(editor.rules().add(domainRule));
+    EXPECT_FALSE(editor.rules().remove(0));
+    editor.rules().setType(0, urlRule);
+    editor.rules().setRule(0, "b");
+    EXPECT_EQ(editor.rules().rows(), typedRulesFrom({.domains = {"a"}}));
+    editor.saveClicked("name");
+    EXPECT_EQ(holder.applied, 0);
 }
 
 } // namespace
