@@ -176,7 +176,9 @@ TEST_F(PosixFileSystemTest, KeepsACopyWhileTheFileStaysWhereItIs) {
     EXPECT_EQ(fileContent(folder / "kept"), "first");
     EXPECT_FALSE(files.keepCopy(folder / "file", folder / "kept")); // not free
     EXPECT_FALSE(files.keepCopy(folder / "missing", folder / "other"));
-    EXPECT_FALSE(files.keepCopy(folder / "file", folder / "no such folder" / "other"));
+    EXPECT_TRUE(files.keepCopy(folder / "file", folder / "removed" / "other"));
+    EXPECT_EQ(fs::status(folder / "removed").permissions(), fs::perms::owner_all);
+    EXPECT_FALSE(files.keepCopy(folder / "file", folder / "no" / "such" / "other"));
     EXPECT_FALSE(files.keepCopy(folder.path, folder / "other"));
     EXPECT_EQ(fileContent(folder / "kept"), "first");
 

@@ -190,6 +190,7 @@ TEST(SyncProcess, AWrongPasswordSwitchesSyncOff) {
     SyncingProcess machine(records.address(), "wrong");
     machine.tell("add 1 One");
     machine.tell("on");
+    EXPECT_TRUE(machine.says("turned on"));
     ASSERT_TRUE(machine.comesToShow("off: One"));
 }
 

@@ -57,7 +57,9 @@ struct Commands {
                 }
         });
         application.cloudSwitch().setChangeHandler([this] {
-            if (std::exchange(wantsSync, false)) application.cloudSwitch().turn(true);
+            if (!std::exchange(wantsSync, false)) return;
+            application.cloudSwitch().turn(true);
+            say("turned on");
         });
     }
 

@@ -333,6 +333,11 @@ TEST_F(BackupRestoreTest, restoresWhatAddsStylesWhileTheListIsFree) {
     EXPECT_EQ(alerts.beeps, 2);
     list.setLockedForSync(false);
 
+    const auto& file = restore->backups()[0].file.file;
+    const std::string kept = files.contents.extract(file).mapped();
+    EXPECT_FALSE(restore->restore(0));
+    EXPECT_EQ(alerts.alerts.back().title, "The backup is not there any more");
+    files.contents[file] = kept;
     told.clear();
     EXPECT_TRUE(restore->mayBegin() && restore->restore(0));
     EXPECT_FALSE(restore->canRestore(0)) << "one at a time";
