@@ -191,11 +191,15 @@ std::variant<std::unique_ptr<PostgresConnection>, recordError>
 PostgresConnection::open(const recordAddress& address, const PasswordSource& source,
                          const TimeLimit& limit, std::chrono::milliseconds statementTime) {
     opening opened = connect(address, "", limit);
-    if (opened.wantsPassword && source)
+    if (opened.wantsPassword && source) {
         // Half of what is left, so that the answer can still be used.
-        if (const auto password = source(accountOf(address), limit.left() / 2);
-            password && !password->empty())
-            opened = connect(address, *password, limit);
+        const auto [password, isLate] = source(accountOf(address), limit.left() / 2);
+        // Nobody was refused: the user may be about to unlock the keychain.
+        if (isLate)
+            return recordError{recordErrorCode::timedOut,
+                               "The keychain did not give the password in time."};
+        if (password && !password->empty()) opened = connect(address, *password, limit);
+    }
     if (opened.error) return *opened.error;
 
     std::unique_ptr<PostgresConnection> connection(

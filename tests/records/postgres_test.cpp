@@ -13,6 +13,7 @@ protected:
     Machine& machineAt(const std::string& address, PasswordSource passwords = passwordOf) {
         Machine& made = *machines.emplace_back(std::make_unique<Machine>());
         made.store = sqlClient(address, generousTime, std::move(passwords));
+        made.store->setChangeHandler([this, &made] { arrivals.note([&] { ++made.changes; }); });
         return made;
     }
     recordErrorCode codeAt(const std::string& address, PasswordSource passwords = passwordOf) {
@@ -82,10 +83,10 @@ TEST_F(PostgresStore, WhoeverWaitsForTheTablesToBeMadeFindsThem) {
 
 TEST_F(PostgresStore, WhoIsNotLetInIsNotAuthenticated) {
     const auto none = [](const std::string&, std::chrono::milliseconds) {
-        return std::optional<std::string>();
+        return passwordAnswer{};
     };
     const auto wrong = [](const std::string&, std::chrono::milliseconds) {
-        return std::optional<std::string>("wrong");
+        return passwordAnswer{.password = "wrong"};
     };
     EXPECT_EQ(codeAt(server.address(), none), recordErrorCode::notAuthenticated);
     EXPECT_EQ(codeAt(server.address(), wrong), recordErrorCode::notAuthenticated);
@@ -99,6 +100,19 @@ TEST_F(PostgresStore, WhoIsNotLetInIsNotAuthenticated) {
     EXPECT_EQ(codeOf(subscribe(machineAt(server.address(), wrong), database.type)),
               recordErrorCode::notAuthenticated);
     EXPECT_EQ(codeAt(server.address()), recordErrorCode{}) << "and who is let in is";
+}
+
+TEST_F(PostgresStore, AKeychainThatIsStillLockedRefusesNobody) {
+    const auto isUnlocked = std::make_shared<std::atomic<bool>>(false);
+    auto& waiting = machineAt(server.address(), [isUnlocked](const std::string& account,
+                                                             std::chrono::milliseconds patience) {
+        return *isUnlocked ? passwordOf(account, patience) : passwordAnswer{.isLate = true};
+    });
+    EXPECT_EQ(codeOf(fetch(waiting, {database}).error), recordErrorCode::timedOut);
+    EXPECT_EQ(codeOf(subscribe(waiting, database.type)), recordErrorCode::timedOut);
+    *isUnlocked = true;
+    EXPECT_TRUE(hears(waiting, 1)) << "listening went on being tried";
+    EXPECT_TRUE(fetch(waiting, {database}).records);
 }
 
 TEST_F(PostgresStore, ReadsThePasswordFile) {
