@@ -69,6 +69,26 @@ TEST_F(SqliteFile, WaitsForWhoeverIsWritingButNotForEver) {
     EXPECT_FALSE(saved->error);
 }
 
+TEST_F(SqliteFile, ALinkLeadsToTheFileWhereverThatLies) {
+    const TemporaryFolder elsewhere;
+    std::filesystem::create_directory(elsewhere / "links");
+    std::filesystem::create_symlink(server.address(), elsewhere / "links/styles.db");
+    std::filesystem::create_symlink("links/styles.db", elsewhere / "again.db");
+    Machine linked;
+    linked.store = sqlClient((elsewhere / "again.db").string());
+    linked.store->setChangeHandler([&] { arrivals.note([&] { ++linked.changes; }); });
+    EXPECT_FALSE(subscribe(linked, database.type));
+    cloudRecord document{.id = database};
+    EXPECT_FALSE(save(linked, document)) << "the file was not there yet";
+    auto& direct = machine();
+    EXPECT_FALSE(subscribe(direct, database.type));
+    EXPECT_FALSE(save(direct, document));
+    EXPECT_TRUE(hears(linked, 1));
+    EXPECT_FALSE(save(linked, document));
+    EXPECT_TRUE(hears(direct, 1));
+    linked.store->finish();
+}
+
 TEST_F(SqliteFile, AFileThatReplacedAnotherIsTheOneThatCounts) {
     auto& first = machine();
     auto& second = machine();
