@@ -4,7 +4,10 @@
 #include "model/text.h"
 
 #include <libpq-fe.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <poll.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 #include <array>
@@ -123,8 +126,18 @@ ConnectionParameters connectionParameters(const recordAddress& address) {
     parameters["keepalives_idle"] = "30";
     parameters["keepalives_interval"] = "10";
     parameters["keepalives_count"] = "3";
-    parameters["tcp_user_timeout"] = "10000"; // milliseconds
+    // Of a host's several addresses the first may swallow what is sent to it.
+    parameters["tcp_user_timeout"] = "3000"; // milliseconds
     return parameters;
+}
+
+/// A connection that has been made may need longer than one that is being made: what it has sent
+/// may be held up on the way for a while.
+void bearHoldUps(PGconn* connection) {
+    const unsigned milliseconds = 10'000;
+    // It fails on a socket of this machine, which needs none.
+    ::setsockopt(PQsocket(connection), IPPROTO_TCP, TCP_USER_TIMEOUT, &milliseconds,
+                 sizeof milliseconds);
 }
 
 } // namespace
@@ -173,6 +186,7 @@ PostgresConnection::opening PostgresConnection::connect(const recordAddress& add
     if (state == PGRES_POLLING_OK) {
         PQsetErrorVerbosity(connection, PQERRORS_DEFAULT);
         PQsetnonblocking(connection, 1);
+        bearHoldUps(connection);
         return result;
     }
 
