@@ -58,13 +58,19 @@ using Result = std::unique_ptr<PGresult, decltype(&PQclear)>;
 
 /// By the error codes of PostgreSQL's documentation, appendix A.
 recordErrorCode codeOf(std::string_view sqlState) {
-    if (sqlState.starts_with("28") || sqlState == "42501") return recordErrorCode::notAuthenticated;
+    if (sqlState.starts_with("28")) return recordErrorCode::notAuthenticated;
     if (sqlState == "57014" || sqlState == "55P03") return recordErrorCode::timedOut;
     // Lost, shutting down, starting, crashed, too many connections, idle for too long.
     if (sqlState.starts_with("08") || sqlState.starts_with("57P") || sqlState == "53300" ||
         sqlState == "25P03")
         return recordErrorCode::unreachable;
     return recordErrorCode::failed;
+}
+
+recordErrorCode codeOfRefusedLogin(std::string_view sqlState) {
+    constexpr std::string_view mayNotConnect = "42501"; // to this database
+    if (sqlState.empty()) return recordErrorCode::unreachable;
+    return sqlState == mayNotConnect ? recordErrorCode::notAuthenticated : codeOf(sqlState);
 }
 
 recordError timedOut() {
@@ -195,8 +201,7 @@ PostgresConnection::opening PostgresConnection::connect(const recordAddress& add
     const bool lacksPassword = PQconnectionNeedsPassword(connection) != 0;
     result.wantsPassword = lacksPassword || sqlState == "28P01";
     result.error = recordError{
-        lacksPassword ? recordErrorCode::notAuthenticated
-                      : (sqlState.empty() ? recordErrorCode::unreachable : codeOf(sqlState)),
+        lacksPassword ? recordErrorCode::notAuthenticated : codeOfRefusedLogin(sqlState),
         "PostgreSQL: " + forLog(trimmed(message.substr(0, message.find("\nLOCATION:"))))};
     return result;
 }

@@ -115,13 +115,20 @@ TEST_F(PostgresStore, WhoIsNotLetInIsNotAuthenticated) {
     EXPECT_EQ(codeAt(server.server.address("nobody_at_all", server.database)),
               recordErrorCode::notAuthenticated);
     const std::string other = server.server.addUser();
-    EXPECT_EQ(codeAt(server.server.address(other, server.database)),
-              recordErrorCode::notAuthenticated)
-        << "may make no tables";
+    const std::string otherAddress = server.server.address(other, server.database);
+    EXPECT_EQ(codeAt(otherAddress), recordErrorCode::failed)
+        << "who may make no tables has logged in all the same";
+    server.execute("REVOKE CONNECT ON DATABASE " + server.database + " FROM PUBLIC");
+    EXPECT_EQ(codeAt(otherAddress), recordErrorCode::notAuthenticated);
     EXPECT_EQ(codeAt(server.server.address(server.user, "no_database")), recordErrorCode::failed);
     EXPECT_EQ(codeOf(subscribe(machineAt(server.address(), wrong), database.type)),
               recordErrorCode::notAuthenticated);
-    EXPECT_EQ(codeAt(server.address()), recordErrorCode{}) << "and who is let in is";
+    auto& letIn = machine();
+    EXPECT_TRUE(fetch(letIn, {database}).records);
+    for (const std::string revoked : {"ALL ON tessaril.records", "USAGE ON SCHEMA tessaril"}) {
+        server.execute("REVOKE " + revoked + " FROM " + server.user + ", PUBLIC");
+        EXPECT_EQ(codeOf(fetch(letIn, {database}).error), recordErrorCode::failed) << revoked;
+    }
 }
 
 TEST_F(PostgresStore, AKeychainThatIsStillLockedRefusesNobody) {
