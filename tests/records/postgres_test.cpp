@@ -196,8 +196,12 @@ TEST_F(PostgresStore, AConnectionThatTheServerClosedIsMadeAgainUnnoticed) {
 }
 
 TEST_F(PostgresStore, RefusesWhatANewerVersionMade) {
-    EXPECT_EQ(codeAt(server.address()), recordErrorCode{});
+    auto& connected = machine();
+    cloudRecord document{.id = database};
+    EXPECT_FALSE(save(connected, document));
     server.execute("UPDATE tessaril.schema_version SET version = 2");
+    EXPECT_EQ(codeOf(save(connected, document)), recordErrorCode::failed);
+    EXPECT_EQ(server.execute("SELECT change_tag FROM tessaril.records"), document.changeTag + "\n");
     const recordFetch refused = fetch(machine(), {database});
     EXPECT_EQ(codeOf(refused.error), recordErrorCode::failed);
     EXPECT_THAT(refused.error->text, HasSubstr("newer version"));
