@@ -24,14 +24,21 @@ class ChangeListening {
 public:
     /// - news: called on the listening thread when others changed what is asked for, or may have;
     ///   not once `stop` has returned
-    ChangeListening(std::string ownName, std::function<void()> news);
+    /// - decided: called there whenever the answer of `beginningSince` may be another
+    ChangeListening(std::string ownName, std::function<void()> news, std::function<void()> decided);
 
     // Of the store.
 
     void addType(std::string_view recordType);
-    /// Waits until changes are listened for from now on. An error when that was tried and failed;
-    /// it goes on being tried, unless the user was refused.
-    std::optional<recordError> waitUntilListening(const TimeLimit& limit);
+    /// Has it tried at once where changes are not listened for. Gives a number for the following.
+    int ask();
+    enum class beginning { open, done, failed };
+    /// What has come of it. Also where it failed it goes on being tried, unless the user was
+    /// refused.
+    beginning beginningSince(int asked) const;
+    recordError error() const; ///< the last one
+    /// Changes may have been missed: that they are listened for again is news.
+    void addMissed();
     /// Tags that this store itself is about to save.
     void addOwnTags(std::span<const std::string> tags);
     void stop();
@@ -57,6 +64,7 @@ public:
 private:
     const std::string name;
     const std::function<void()> news;
+    const std::function<void()> decided;
     const std::shared_ptr<StopSignal> signal = std::make_shared<StopSignal>();
 
     mutable std::mutex mutex;
@@ -64,11 +72,11 @@ private:
     std::set<std::string, std::less<>> types;
     std::set<std::string, std::less<>> ownTags;
     bool isListening = false;
-    bool wasInterrupted = false;
+    bool mayHaveMissed = false;
     bool isAsked = false; ///< somebody waits for it to be tried
     bool isEnded = false;
     int attempts = 0; ///< that failed, since the start
-    std::optional<recordError> lastError;
+    recordError lastError{recordErrorCode::unreachable, "Changes are not listened for."};
     std::chrono::milliseconds nextPause;
 };
 

@@ -144,6 +144,47 @@ TEST_F(PostgresStore, AKeychainThatIsStillLockedRefusesNobody) {
     EXPECT_TRUE(fetch(waiting, {database}).records);
 }
 
+TEST_F(PostgresStore, ASubscriptionThatWaitsHoldsUpNothing) {
+    const auto release = std::make_shared<std::promise<void>>();
+    const std::shared_future<void> released = release->get_future().share();
+    const auto mayHang = std::make_shared<std::atomic<bool>>(false);
+    auto& waiting = machineAt(server.address(), [released, mayHang](auto& account, auto patience) {
+        if (*mayHang) released.wait();
+        return passwordOf(account, patience);
+    });
+    cloudRecord document{.id = database};
+    EXPECT_FALSE(save(waiting, document)) << "this connection is there from then on";
+    *mayHang = true;
+    std::optional<recordErrorCode> subscribed, atLast;
+    waiting.store->saveSubscription(database.type, [&](const auto& error) {
+        arrivals.note([&] { subscribed = codeOf(error); });
+    });
+    EXPECT_FALSE(save(waiting, document));
+    EXPECT_FALSE(subscribed) << "its own connection is not";
+    EXPECT_FALSE(save(machine(), document)) << "and this may not be missed";
+    release->set_value();
+    EXPECT_TRUE(arrivals.until(server, [&] { return subscribed.has_value(); }));
+    EXPECT_EQ(subscribed, recordErrorCode{});
+    EXPECT_TRUE(hears(waiting, 1));
+
+    // Neither does it hold up the end, nor is it forgotten then, nor after its time.
+    const auto never = std::make_shared<std::promise<void>>();
+    const auto hangs = [wait = never->get_future().share()](auto& account, auto patience) {
+        wait.wait();
+        return passwordOf(account, patience);
+    };
+    auto& ending = machineAt(server.address(), hangs);
+    ending.store->saveSubscription(database.type,
+                                   [&](const auto& error) { atLast = codeOf(error); });
+    ending.store->finish();
+    EXPECT_EQ(atLast, recordErrorCode::unreachable);
+    const auto impatient = sqlClient(server.address(), std::chrono::milliseconds(300), hangs);
+    EXPECT_EQ(codeOf(answerOf<std::optional<recordError>>(
+                  [&](auto answer) { impatient->saveSubscription(database.type, answer); })),
+              recordErrorCode::timedOut);
+    never->set_value();
+}
+
 TEST_F(PostgresStore, ReadsThePasswordFile) {
     const TemporaryFolder folder;
     writeFile(folder / "pgpass", "127.0.0.1:*:*:" + server.user + ":" + server.user + "\n");
