@@ -226,11 +226,15 @@ void SqlRecordStore::answerOutcomeOf(const operation& next) {
     if (Clock::now() >= next.end)
         return next.answer(
             failure(recordErrorCode::timedOut, "Operations before it took all the time."));
+    const auto asked = account;
     std::optional<recordOutcome> outcome = outcomeOf(next);
     if (!outcome) {
         worker.reset(); // a late result counts for nothing
         outcome = failure(recordErrorCode::timedOut, "The record store did not answer in time.");
     }
+    followAddress();
+    // What another account holds is no answer any more.
+    if (account != asked) outcome = failure(recordErrorCode::unreachable, addressChanged);
     next.answer(*outcome);
 }
 

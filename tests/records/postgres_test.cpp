@@ -185,6 +185,35 @@ TEST_F(PostgresStore, ASubscriptionThatWaitsHoldsUpNothing) {
     never->set_value();
 }
 
+TEST_F(PostgresStore, NothingOfTheOldAccountIsAnsweredOnceTheAddressHasChanged) {
+    PostgresRecords other;
+    cloudRecord document{.id = database};
+    EXPECT_FALSE(save(machine(), document));
+    std::mutex mutex;
+    std::string address = server.address();
+    // The user enters another address while the operation is connecting.
+    const auto changes = [&](const std::string& account, std::chrono::milliseconds patience) {
+        const std::lock_guard lock(mutex);
+        address = other.address();
+        return passwordOf(account, patience);
+    };
+    SqlRecordStore store({.address =
+                              [&] {
+                                  const std::lock_guard lock(mutex);
+                                  return address;
+                              },
+                          .passwords = changes,
+                          .operationTime = generousTime});
+    const auto fetched = [&] {
+        return answerOf<recordFetch>([&](auto answer) { store.fetchRecords({database}, answer); });
+    };
+    const recordFetch early = fetched();
+    EXPECT_EQ(codeOf(early.error), recordErrorCode::unreachable);
+    EXPECT_FALSE(early.records);
+    EXPECT_TRUE(fetched().records.value().empty());
+    store.finish();
+}
+
 TEST_F(PostgresStore, ReadsThePasswordFile) {
     const TemporaryFolder folder;
     writeFile(folder / "pgpass", "127.0.0.1:*:*:" + server.user + ":" + server.user + "\n");
