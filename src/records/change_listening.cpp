@@ -100,6 +100,9 @@ void ChangeListening::tellFailed(const recordError& error) {
     isAsked = false;
     ++attempts;
     lastError = error;
+    // Asked again and again with a wrong password, a server might lock the user out.
+    isEnded = error.code == recordErrorCode::notAuthenticated;
+    changed.notify_all();
     decided();
 }
 
@@ -132,8 +135,7 @@ void startListening(std::shared_ptr<ChangeListening> listening, recordAddress ad
                                  : listenToPostgres(*listening, address, passwords, operationTime);
             if (listening->isStopped()) break;
             listening->tellFailed(error);
-            // Asked again and again with a wrong password, a server might lock the user out.
-            if (error.code == recordErrorCode::notAuthenticated) break;
+            if (listening->hasEnded()) return;
             listening->pause();
             if (listening->isStopped()) break;
         }

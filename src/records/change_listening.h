@@ -81,7 +81,7 @@ private:
 };
 
 /// Listens on a thread of its own, which holds `listening`, until that is stopped or the user was
-/// refused.
+/// refused. Whoever is let in by another connection may have it start anew.
 void startListening(std::shared_ptr<ChangeListening> listening, recordAddress address,
                     PasswordSource passwords, std::chrono::milliseconds operationTime);
 

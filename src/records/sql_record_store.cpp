@@ -236,6 +236,8 @@ void SqlRecordStore::answerOutcomeOf(const operation& next) {
     // What another account holds is no answer any more.
     if (account != asked) outcome = failure(recordErrorCode::unreachable, addressChanged);
     next.answer(*outcome);
+    // The user was refused, but no longer is.
+    if (!outcome->error && listening && listening->hasEnded()) listenAnew();
 }
 
 /// Nothing when the operation did not end in time.

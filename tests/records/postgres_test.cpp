@@ -265,6 +265,25 @@ TEST_F(PostgresStore, AConnectionThatTheServerClosedIsMadeAgainUnnoticed) {
     EXPECT_TRUE(hears(second, 1));
 }
 
+TEST_F(PostgresStore, ListensAgainOnceARefusalHasPassed) {
+    auto& first = machine();
+    auto& second = machine();
+    cloudRecord document{.id = database};
+    EXPECT_FALSE(save(first, document));
+    EXPECT_FALSE(subscribe(second, database.type));
+    server.execute("ALTER ROLE " + server.user + " NOLOGIN;" +
+                   "SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE query LIKE "
+                   "'LISTEN %' AND datname = current_database()");
+    // The other connections are still there.
+    while (codeOf(subscribe(second, database.type)) != recordErrorCode::notAuthenticated) {
+    }
+    EXPECT_FALSE(save(first, document)) << "what happens meanwhile is told of later";
+    const int before = second.changes;
+    server.execute("ALTER ROLE " + server.user + " LOGIN");
+    EXPECT_TRUE(fetch(second, {database}).records);
+    EXPECT_TRUE(hears(second, before + 1));
+}
+
 TEST_F(PostgresStore, RefusesWhatANewerVersionMade) {
     auto& connected = machine();
     cloudRecord document{.id = database};
