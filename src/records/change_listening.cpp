@@ -13,6 +13,8 @@ namespace {
 using namespace std::chrono_literals;
 constexpr std::chrono::milliseconds shortestPause = 1s;
 constexpr std::chrono::milliseconds longestPause = 60s;
+// More than are saved between two looks at the file. One that is missing costs a needless fetch.
+constexpr std::size_t keptTags = 100;
 
 } // namespace
 
@@ -53,7 +55,9 @@ void ChangeListening::addMissed() {
 
 void ChangeListening::addOwnTags(std::span<const std::string> tags) {
     const std::lock_guard lock(mutex);
-    ownTags.insert(tags.begin(), tags.end());
+    ownTags.insert(ownTags.end(), tags.begin(), tags.end());
+    while (ownTags.size() > keptTags)
+        ownTags.pop_front();
 }
 
 void ChangeListening::stop() {
@@ -74,7 +78,7 @@ bool ChangeListening::isAskedFor(std::string_view recordType) const {
 
 bool ChangeListening::isOwnTag(const std::string& tag) const {
     const std::lock_guard lock(mutex);
-    return ownTags.contains(tag);
+    return std::ranges::find(ownTags, tag) != ownTags.end();
 }
 
 void ChangeListening::tellNews() const {

@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -39,7 +40,8 @@ public:
     recordError error() const; ///< the last one
     /// Changes may have been missed: that they are listened for again is news.
     void addMissed();
-    /// Tags that this store itself is about to save.
+    /// Tags that this store itself is about to save. Those of older saves are forgotten, as by then
+    /// they have been seen or replaced.
     void addOwnTags(std::span<const std::string> tags);
     void stop();
     /// Waits for the end of the thread; not longer than `until`.
@@ -70,7 +72,7 @@ private:
     mutable std::mutex mutex;
     std::condition_variable changed;
     std::set<std::string, std::less<>> types;
-    std::set<std::string, std::less<>> ownTags;
+    std::deque<std::string> ownTags; ///< the last ones
     bool isListening = false;
     bool mayHaveMissed = false;
     bool isAsked = false; ///< somebody waits for it to be tried

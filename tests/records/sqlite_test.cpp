@@ -89,6 +89,15 @@ TEST_F(SqliteFile, ALinkLeadsToTheFileWhereverThatLies) {
     linked.store->finish();
 }
 
+TEST_F(SqliteFile, KnowsItsOwnLastSavesAndForgetsTheOlderOnes) {
+    ChangeListening listening(
+        "me", [] {}, [] {});
+    for (int i = 0; i < 1000; ++i)
+        listening.addOwnTags(std::array{std::to_string(i)});
+    EXPECT_TRUE(listening.isOwnTag("999") && listening.isOwnTag("990"));
+    EXPECT_FALSE(listening.isOwnTag("0"));
+}
+
 TEST_F(SqliteFile, AFileThatReplacedAnotherIsTheOneThatCounts) {
     auto& first = machine();
     auto& second = machine();
