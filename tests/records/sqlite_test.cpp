@@ -20,6 +20,21 @@ protected:
     };
 };
 
+TEST_F(SqliteFile, FirstMachinesThatBeginAtOnceShareOneStore) {
+    int saved = 0;
+    std::string errors;
+    for (int i = 0; i < 6; ++i)
+        machine().store->saveRecord({.id = {"preferences", std::to_string(i)}},
+                                    [&](const recordSave& save) {
+                                        arrivals.note([&] {
+                                            ++saved;
+                                            if (save.error) errors += save.error->text + "\n";
+                                        });
+                                    });
+    EXPECT_TRUE(arrivals.until(server, [&] { return saved == 6; }));
+    EXPECT_EQ(errors, "");
+}
+
 TEST_F(SqliteFile, IsForItsOwnerAlone) {
     cloudRecord document{.id = database};
     EXPECT_FALSE(save(machine(), document));
