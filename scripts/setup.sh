@@ -47,6 +47,18 @@ as_root() {
     fi
 }
 
+# PostgreSQL's package makes a server for the system, which starts with the machine from then on. The
+# tests need its programs only, so it is told to make none while COMMAND installs it.
+without_system_server() {
+    local status=0 folder=/etc/postgresql-common/createcluster.d
+    as_root mkdir -p "$folder"
+    echo 'create_main_cluster = false' | as_root tee "$folder/tessaril.conf" >/dev/null
+    "$@" || status=$?
+    as_root rm "$folder/tessaril.conf"
+    as_root rmdir -p --ignore-fail-on-non-empty "$folder"
+    return "$status"
+}
+
 require_packages() {
     local package missing=()
     for package in "$@"; do
@@ -56,8 +68,10 @@ require_packages() {
     [ "${#missing[@]}" -gt 0 ] || return 0
     say "Installing Debian packages: ${missing[*]}"
     quietly as_root apt-get update
-    quietly as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y \
-        --no-install-recommends "${missing[@]}"
+    local install=(as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y
+        --no-install-recommends "${missing[@]}")
+    case " ${missing[*]} " in *" postgresql "*) install=(without_system_server "${install[@]}") ;; esac
+    quietly "${install[@]}"
 }
 
 require_npm_packages() {

@@ -9,8 +9,10 @@
 #include <qt6keychain/keychain.h>
 
 #include <condition_variable>
+#include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <utility>
 
 namespace tessaril {
@@ -48,22 +50,56 @@ void start(QKeychain::Job* job, const std::string& account,
     job->start();
 }
 
-/// One look-up, which both threads hold.
-struct lookUp {
+/// One look-up, which its threads hold.
+class LookUp {
+public:
     void end(std::optional<std::string> found) {
         const std::lock_guard lock(mutex);
         password = std::move(found);
         isEnded = true;
         changed.notify_all();
     }
+    passwordAnswer wait(std::chrono::milliseconds patience) {
+        std::unique_lock lock(mutex);
+        changed.wait_for(lock, patience, [this] { return isEnded; });
+        return {.password = password, .isLate = !isEnded};
+    }
+    bool hasEnded() {
+        const std::lock_guard lock(mutex);
+        return isEnded;
+    }
 
+private:
     std::mutex mutex;
     std::condition_variable changed;
     std::optional<std::string> password;
     bool isEnded = false;
 };
 
-void beginLookUp(const std::string& account, const std::shared_ptr<lookUp>& look) {
+/// Those under way. Who asks again while the user is still unlocking the keychain waits for the
+/// same answer, instead of having the user asked again.
+class LookUps {
+public:
+    struct joined {
+        std::shared_ptr<LookUp> look;
+        bool isNew;
+    };
+    joined join(const std::string& account) {
+        const std::lock_guard lock(mutex);
+        std::weak_ptr<LookUp>& known = byAccount[account];
+        if (auto look = known.lock(); look && !look->hasEnded())
+            return {.look = std::move(look), .isNew = false};
+        auto look = std::make_shared<LookUp>();
+        known = look;
+        return {.look = std::move(look), .isNew = true};
+    }
+
+private:
+    std::mutex mutex;
+    std::map<std::string, std::weak_ptr<LookUp>> byAccount; ///< gone with who waits and the job
+};
+
+void beginLookUp(const std::string& account, const std::shared_ptr<LookUp>& look) {
     auto* job = new QKeychain::ReadPasswordJob(service);
     start(job, account, [look](QKeychain::Job* ended) {
         if (ended->error() == QKeychain::NoError)
@@ -100,20 +136,19 @@ void Keychain::keep(const std::string& account, const std::string& password,
     });
 }
 
-std::function<std::optional<std::string>(const std::string&, std::chrono::milliseconds)>
-Keychain::source() {
+PasswordSource Keychain::source() {
     // The library's jobs belong to the main thread; this object is how they get there.
     const auto mainThread = std::make_shared<QObject>();
     mainThread->moveToThread(QCoreApplication::instance()->thread());
-    return [mainThread](const std::string& account,
-                        std::chrono::milliseconds patience) -> std::optional<std::string> {
-        const auto look = std::make_shared<lookUp>();
-        QMetaObject::invokeMethod(
-            mainThread.get(), [account, look] { beginLookUp(account, look); },
-            Qt::QueuedConnection);
-        std::unique_lock lock(look->mutex);
-        look->changed.wait_for(lock, patience, [&] { return look->isEnded; });
-        return look->password;
+    const auto underWay = std::make_shared<LookUps>();
+    return [mainThread, underWay](const std::string& account,
+                                  std::chrono::milliseconds patience) -> passwordAnswer {
+        const auto [look, isNew] = underWay->join(account);
+        if (isNew)
+            QMetaObject::invokeMethod(
+                mainThread.get(), [account, look = look] { beginLookUp(account, look); },
+                Qt::QueuedConnection);
+        return look->wait(patience);
     };
 }
 

@@ -1,10 +1,9 @@
 #pragma once
 
+#include "platform/password_source.h"
 #include "platform/password_store.h"
 
-#include <chrono>
 #include <functional>
-#include <optional>
 #include <string>
 
 namespace tessaril {
@@ -18,11 +17,8 @@ public:
               std::function<void(bool)> answer) override;
 
     /// Looks up the password of an account, for any thread but the main one: the desktop's answer
-    /// comes through the main thread's event loop. Nothing where none came within the patience; the
-    /// user may have to unlock the keychain. Outlives the keychain.
-    static std::function<std::optional<std::string>(const std::string& account,
-                                                    std::chrono::milliseconds patience)>
-    source();
+    /// comes through the main thread's event loop. Outlives the keychain.
+    static PasswordSource source();
 };
 
 } // namespace tessaril

@@ -69,7 +69,8 @@ struct recordSave {
 /// The user's records on a server that their machines share.
 ///
 /// Every operation returns at once and answers exactly once, on a thread of the store's own, within
-/// ten seconds, by an error if need be; operations of one caller are carried out one after another.
+/// ten seconds, by an error if need be; operations of one caller are carried out one after another,
+/// but for a subscription, which holds up nothing that is begun after it.
 /// Safe to use from any thread. A handler may begin other operations, and must not wait for them.
 class RecordStore {
 public:

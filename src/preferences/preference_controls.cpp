@@ -4,6 +4,8 @@
 #include "preferences/preference_keys.h"
 #include "web/record_address.h"
 
+#include <variant>
+
 namespace tessaril {
 
 namespace {
@@ -68,14 +70,27 @@ void PreferenceControls::endAllEditing() {
     sync.uploadPreferences();
 }
 
-void PreferenceControls::setAddress(std::string_view key, std::string_view address) {
-    std::string wanted(trimmed(address));
-    // A password would stay in the file for everybody to read.
-    if (key == preferenceKeys::recordStoreAddress) wanted = withoutPassword(wanted);
-    if (wanted.empty())
+PreferenceControls::entered PreferenceControls::setAddress(std::string_view key,
+                                                           std::string_view address) {
+    const std::string wanted(trimmed(address));
+    if (key != preferenceKeys::recordStoreAddress) return store(key, wanted);
+    const auto parsed = parseRecordAddress(wanted);
+    const auto* fault = std::get_if<recordAddressFault>(&parsed);
+    if (!fault || *fault == recordAddressFault::empty) return store(key, wanted);
+    if (*fault == recordAddressFault::notUnderstood) return entered::notUnderstood;
+    const auto usable = withoutPassword(wanted);
+    if (!usable) return entered::holdsPassword;
+    store(key, *usable);
+    return entered::storedWithoutPassword;
+}
+
+PreferenceControls::entered PreferenceControls::store(std::string_view key,
+                                                      const std::string& address) {
+    if (address.empty())
         standard.reset(key);
-    else if (wanted != standard.string(key))
-        standard.set(key, wanted);
+    else if (address != standard.string(key))
+        standard.set(key, address);
+    return entered::stored;
 }
 
 } // namespace tessaril

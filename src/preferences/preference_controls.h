@@ -15,6 +15,14 @@ namespace tessaril {
 /// announced to the cloud, and when, is decided here. Main thread only.
 class PreferenceControls {
 public:
+    /// What came of an address that was entered.
+    enum class entered {
+        stored,
+        storedWithoutPassword,
+        notUnderstood, ///< and not stored, nor
+        holdsPassword, ///< that no usable address would be left without
+    };
+
     /// All outlive it.
     PreferenceControls(Preferences& standard, Preferences& shared, PreferenceSync& sync);
 
@@ -37,10 +45,13 @@ public:
 
     /// The fields of addresses: stored once they are complete, as nobody is to reach half of one.
     /// Surrounding blanks are dropped, and an emptied one becomes its default again. They never
-    /// travel. A password in the record store's address is not stored.
-    void setAddress(std::string_view key, std::string_view address);
+    /// travel. Of the record store's nothing is stored that cannot be used, and no password, which
+    /// would stay in the file for everybody to read.
+    entered setAddress(std::string_view key, std::string_view address);
 
 private:
+    entered store(std::string_view key, const std::string& address);
+
     Preferences& standard;
     Preferences& shared;
     PreferenceSync& sync;

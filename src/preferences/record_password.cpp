@@ -11,6 +11,15 @@ namespace tessaril {
 namespace {
 
 constexpr std::string_view forServers = "For a record store on a PostgreSQL server.";
+constexpr std::string_view notUnderstood =
+    "This address is not understood and not used. Write /folder/file.db or "
+    "postgresql://user@host/database.";
+constexpr std::string_view holdsPassword =
+    "This address seems to hold a password and is not used. The password has a field of its own.";
+constexpr std::string_view takenOut = "The password was taken out of the address; enter it here.";
+constexpr std::string_view takenOutForFile =
+    "The password was taken out of the address. There is no keychain here; it is read from the "
+    "password file ~/.pgpass.";
 constexpr std::string_view noKeychain =
     "There is no keychain here; the password is read from the password file ~/.pgpass.";
 constexpr std::string_view keptInKeychain =
@@ -37,11 +46,18 @@ void RecordPassword::paneShown() {
     });
 }
 
+/// That of the field: what is stored, unless the user's last one was not.
+std::variant<recordAddress, recordAddressFault> RecordPassword::shownAddress() const {
+    if (address == entered::notUnderstood) return recordAddressFault::notUnderstood;
+    if (address == entered::holdsPassword) return recordAddressFault::holdsPassword;
+    return parseRecordAddress(controls.text(preferenceKeys::recordStoreAddress));
+}
+
 /// Empty unless the address is a server's.
 std::string RecordPassword::account() const {
-    const auto parsed = parseRecordAddress(controls.text(preferenceKeys::recordStoreAddress));
-    const auto* address = std::get_if<recordAddress>(&parsed);
-    return address && !address->isFile() ? accountOf(*address) : std::string();
+    const auto parsed = shownAddress();
+    const auto* server = std::get_if<recordAddress>(&parsed);
+    return server && !server->isFile() ? accountOf(*server) : std::string();
 }
 
 bool RecordPassword::canBeSet() const {
@@ -49,8 +65,15 @@ bool RecordPassword::canBeSet() const {
 }
 
 std::string_view RecordPassword::note() const {
+    const auto parsed = shownAddress();
+    if (const auto* fault = std::get_if<recordAddressFault>(&parsed)) {
+        if (*fault == recordAddressFault::notUnderstood) return notUnderstood;
+        if (*fault == recordAddressFault::holdsPassword) return holdsPassword;
+    }
     const std::string now = account();
     if (now.empty()) return forServers;
+    if (address == entered::storedWithoutPassword)
+        return shown->isAvailable ? takenOut : takenOutForFile;
     if (!shown->isAvailable) return noKeychain;
     return now == shown->account ? shown->outcome : keptInKeychain;
 }
@@ -58,6 +81,7 @@ std::string_view RecordPassword::note() const {
 void RecordPassword::set(const std::string& password) {
     const std::string name = account();
     if (!canBeSet()) return;
+    address = entered::stored;
     passwords->keep(name, password,
                     [asked = std::weak_ptr(shown), name,
                      wanted = password.empty() ? isForgotten : isKept](bool isDone) {

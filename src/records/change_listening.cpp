@@ -13,35 +13,51 @@ namespace {
 using namespace std::chrono_literals;
 constexpr std::chrono::milliseconds shortestPause = 1s;
 constexpr std::chrono::milliseconds longestPause = 60s;
+// More than are saved between two looks at the file. One that is missing costs a needless fetch.
+constexpr std::size_t keptTags = 100;
 
 } // namespace
 
-ChangeListening::ChangeListening(std::string ownName, std::function<void()> onNews)
-    : name(std::move(ownName)), news(std::move(onNews)), nextPause(shortestPause) {}
+ChangeListening::ChangeListening(std::string ownName, std::function<void()> onNews,
+                                 std::function<void()> onDecided)
+    : name(std::move(ownName))
+    , news(std::move(onNews))
+    , decided(std::move(onDecided))
+    , nextPause(shortestPause) {}
 
 void ChangeListening::addType(std::string_view recordType) {
     const std::lock_guard lock(mutex);
     types.emplace(recordType);
 }
 
-std::optional<recordError> ChangeListening::waitUntilListening(const TimeLimit& limit) {
-    std::unique_lock lock(mutex);
-    const int before = attempts;
-    isAsked = true;
+int ChangeListening::ask() {
+    const std::lock_guard lock(mutex);
+    isAsked = !isListening;
     changed.notify_all();
-    const bool isDecided = changed.wait_for(
-        lock, limit.left(), [&] { return isListening || isEnded || attempts != before; });
-    isAsked = false;
-    if (!isDecided)
-        return recordError{recordErrorCode::timedOut, "Changes are not listened for in time."};
-    if (isListening) return std::nullopt;
-    return lastError.value_or(
-        recordError{recordErrorCode::unreachable, "Changes are no longer listened for."});
+    return attempts;
+}
+
+ChangeListening::beginning ChangeListening::beginningSince(int asked) const {
+    const std::lock_guard lock(mutex);
+    if (isListening) return beginning::done;
+    return isEnded || attempts != asked ? beginning::failed : beginning::open;
+}
+
+recordError ChangeListening::error() const {
+    const std::lock_guard lock(mutex);
+    return lastError;
+}
+
+void ChangeListening::addMissed() {
+    const std::lock_guard lock(mutex);
+    if (!isListening) mayHaveMissed = true;
 }
 
 void ChangeListening::addOwnTags(std::span<const std::string> tags) {
     const std::lock_guard lock(mutex);
-    ownTags.insert(tags.begin(), tags.end());
+    ownTags.insert(ownTags.end(), tags.begin(), tags.end());
+    while (ownTags.size() > keptTags)
+        ownTags.pop_front();
 }
 
 void ChangeListening::stop() {
@@ -62,7 +78,7 @@ bool ChangeListening::isAskedFor(std::string_view recordType) const {
 
 bool ChangeListening::isOwnTag(const std::string& tag) const {
     const std::lock_guard lock(mutex);
-    return ownTags.contains(tag);
+    return std::ranges::find(ownTags, tag) != ownTags.end();
 }
 
 void ChangeListening::tellNews() const {
@@ -73,21 +89,25 @@ void ChangeListening::tellNews() const {
 void ChangeListening::tellBegun() {
     const std::lock_guard lock(mutex);
     isListening = true;
+    isAsked = false;
     nextPause = shortestPause;
-    changed.notify_all();
-    if (std::exchange(wasInterrupted, false) && !signal->isStopped()) news();
+    decided();
+    if (std::exchange(mayHaveMissed, false) && !signal->isStopped()) news();
 }
 
 void ChangeListening::tellFailed(const recordError& error) {
     const std::lock_guard lock(mutex);
-    if (!wasInterrupted)
+    if (!mayHaveMissed)
         logLine("Changes of other machines are not heard of for now. " + error.text);
     isListening = false;
-    wasInterrupted = true;
+    mayHaveMissed = true;
     isAsked = false;
     ++attempts;
     lastError = error;
+    // Asked again and again with a wrong password, a server might lock the user out.
+    isEnded = error.code == recordErrorCode::notAuthenticated;
     changed.notify_all();
+    decided();
 }
 
 void ChangeListening::pause() {
@@ -101,6 +121,7 @@ void ChangeListening::tellEnded() {
     isListening = false;
     isEnded = true;
     changed.notify_all();
+    decided();
 }
 
 bool ChangeListening::hasEnded() const {
@@ -118,8 +139,7 @@ void startListening(std::shared_ptr<ChangeListening> listening, recordAddress ad
                                  : listenToPostgres(*listening, address, passwords, operationTime);
             if (listening->isStopped()) break;
             listening->tellFailed(error);
-            // Asked again and again with a wrong password, a server might lock the user out.
-            if (error.code == recordErrorCode::notAuthenticated) break;
+            if (listening->hasEnded()) return;
             listening->pause();
             if (listening->isStopped()) break;
         }

@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -24,15 +25,23 @@ class ChangeListening {
 public:
     /// - news: called on the listening thread when others changed what is asked for, or may have;
     ///   not once `stop` has returned
-    ChangeListening(std::string ownName, std::function<void()> news);
+    /// - decided: called there whenever the answer of `beginningSince` may be another
+    ChangeListening(std::string ownName, std::function<void()> news, std::function<void()> decided);
 
     // Of the store.
 
     void addType(std::string_view recordType);
-    /// Waits until changes are listened for from now on. An error when that was tried and failed;
-    /// it goes on being tried, unless the user was refused.
-    std::optional<recordError> waitUntilListening(const TimeLimit& limit);
-    /// Tags that this store itself is about to save.
+    /// Has it tried at once where changes are not listened for. Gives a number for the following.
+    int ask();
+    enum class beginning { open, done, failed };
+    /// What has come of it. Also where it failed it goes on being tried, unless the user was
+    /// refused.
+    beginning beginningSince(int asked) const;
+    recordError error() const; ///< the last one
+    /// Changes may have been missed: that they are listened for again is news.
+    void addMissed();
+    /// Tags that this store itself is about to save. Those of older saves are forgotten, as by then
+    /// they have been seen or replaced.
     void addOwnTags(std::span<const std::string> tags);
     void stop();
     /// Waits for the end of the thread; not longer than `until`.
@@ -57,23 +66,24 @@ public:
 private:
     const std::string name;
     const std::function<void()> news;
+    const std::function<void()> decided;
     const std::shared_ptr<StopSignal> signal = std::make_shared<StopSignal>();
 
     mutable std::mutex mutex;
     std::condition_variable changed;
     std::set<std::string, std::less<>> types;
-    std::set<std::string, std::less<>> ownTags;
+    std::deque<std::string> ownTags; ///< the last ones
     bool isListening = false;
-    bool wasInterrupted = false;
+    bool mayHaveMissed = false;
     bool isAsked = false; ///< somebody waits for it to be tried
     bool isEnded = false;
     int attempts = 0; ///< that failed, since the start
-    std::optional<recordError> lastError;
+    recordError lastError{recordErrorCode::unreachable, "Changes are not listened for."};
     std::chrono::milliseconds nextPause;
 };
 
 /// Listens on a thread of its own, which holds `listening`, until that is stopped or the user was
-/// refused.
+/// refused. Whoever is let in by another connection may have it start anew.
 void startListening(std::shared_ptr<ChangeListening> listening, recordAddress address,
                     PasswordSource passwords, std::chrono::milliseconds operationTime);
 

@@ -4,7 +4,10 @@
 #include "model/text.h"
 
 #include <libpq-fe.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <poll.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 #include <array>
@@ -55,13 +58,19 @@ using Result = std::unique_ptr<PGresult, decltype(&PQclear)>;
 
 /// By the error codes of PostgreSQL's documentation, appendix A.
 recordErrorCode codeOf(std::string_view sqlState) {
-    if (sqlState.starts_with("28") || sqlState == "42501") return recordErrorCode::notAuthenticated;
+    if (sqlState.starts_with("28")) return recordErrorCode::notAuthenticated;
     if (sqlState == "57014" || sqlState == "55P03") return recordErrorCode::timedOut;
     // Lost, shutting down, starting, crashed, too many connections, idle for too long.
     if (sqlState.starts_with("08") || sqlState.starts_with("57P") || sqlState == "53300" ||
         sqlState == "25P03")
         return recordErrorCode::unreachable;
     return recordErrorCode::failed;
+}
+
+recordErrorCode codeOfRefusedLogin(std::string_view sqlState) {
+    constexpr std::string_view mayNotConnect = "42501"; // to this database
+    if (sqlState.empty()) return recordErrorCode::unreachable;
+    return sqlState == mayNotConnect ? recordErrorCode::notAuthenticated : codeOf(sqlState);
 }
 
 recordError timedOut() {
@@ -123,8 +132,18 @@ ConnectionParameters connectionParameters(const recordAddress& address) {
     parameters["keepalives_idle"] = "30";
     parameters["keepalives_interval"] = "10";
     parameters["keepalives_count"] = "3";
-    parameters["tcp_user_timeout"] = "10000"; // milliseconds
+    // Of a host's several addresses the first may swallow what is sent to it.
+    parameters["tcp_user_timeout"] = "3000"; // milliseconds
     return parameters;
+}
+
+/// A connection that has been made may need longer than one that is being made: what it has sent
+/// may be held up on the way for a while.
+void bearHoldUps(PGconn* connection) {
+    const unsigned milliseconds = 10'000;
+    // It fails on a socket of this machine, which needs none.
+    ::setsockopt(PQsocket(connection), IPPROTO_TCP, TCP_USER_TIMEOUT, &milliseconds,
+                 sizeof milliseconds);
 }
 
 } // namespace
@@ -173,6 +192,7 @@ PostgresConnection::opening PostgresConnection::connect(const recordAddress& add
     if (state == PGRES_POLLING_OK) {
         PQsetErrorVerbosity(connection, PQERRORS_DEFAULT);
         PQsetnonblocking(connection, 1);
+        bearHoldUps(connection);
         return result;
     }
 
@@ -181,8 +201,7 @@ PostgresConnection::opening PostgresConnection::connect(const recordAddress& add
     const bool lacksPassword = PQconnectionNeedsPassword(connection) != 0;
     result.wantsPassword = lacksPassword || sqlState == "28P01";
     result.error = recordError{
-        lacksPassword ? recordErrorCode::notAuthenticated
-                      : (sqlState.empty() ? recordErrorCode::unreachable : codeOf(sqlState)),
+        lacksPassword ? recordErrorCode::notAuthenticated : codeOfRefusedLogin(sqlState),
         "PostgreSQL: " + forLog(trimmed(message.substr(0, message.find("\nLOCATION:"))))};
     return result;
 }
@@ -191,11 +210,15 @@ std::variant<std::unique_ptr<PostgresConnection>, recordError>
 PostgresConnection::open(const recordAddress& address, const PasswordSource& source,
                          const TimeLimit& limit, std::chrono::milliseconds statementTime) {
     opening opened = connect(address, "", limit);
-    if (opened.wantsPassword && source)
+    if (opened.wantsPassword && source) {
         // Half of what is left, so that the answer can still be used.
-        if (const auto password = source(accountOf(address), limit.left() / 2);
-            password && !password->empty())
-            opened = connect(address, *password, limit);
+        const auto [password, isLate] = source(accountOf(address), limit.left() / 2);
+        // Nobody was refused: the user may be about to unlock the keychain.
+        if (isLate)
+            return recordError{recordErrorCode::timedOut,
+                               "The keychain did not give the password in time."};
+        if (password && !password->empty()) opened = connect(address, *password, limit);
+    }
     if (opened.error) return *opened.error;
 
     std::unique_ptr<PostgresConnection> connection(

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "platform/password_source.h"
 #include "records/sql_connection.h"
 #include "web/record_address.h"
 
 #include <chrono>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,18 +14,13 @@ struct pg_conn;
 
 namespace tessaril {
 
-/// Gives the password that is kept for an account (see `accountOf`), nothing when there is none or
-/// it cannot be had within `patience`. Called on threads of the record store, which may outlive it
-/// by some seconds: what it needs it must own.
-using PasswordSource = std::function<std::optional<std::string>(
-    const std::string& account, std::chrono::milliseconds patience)>;
-
 /// A connection to a PostgreSQL server by libpq, none of whose calls blocks but the look-up of the
 /// host's name. Its time limits and the user's rights are set up; the tables need not be there.
 class PostgresConnection : public SqlConnection {
 public:
     /// - source: asked only when the server wants a password and libpq's password file has none
-    ///   that is right; may be null
+    ///   that is right, for the account of the address (see `accountOf`); may be null. Threads that
+    ///   were left behind call it too: what it needs it must own
     /// - statementTime: after which the server gives a statement up by itself
     static std::variant<std::unique_ptr<PostgresConnection>, recordError>
     open(const recordAddress& address, const PasswordSource& source, const TimeLimit& limit,

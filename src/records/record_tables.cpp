@@ -83,6 +83,18 @@ std::optional<recordError> makeTables(SqlConnection& connection, const TimeLimit
     return std::nullopt;
 }
 
+std::optional<recordError> checkVersion(SqlConnection& connection, const TimeLimit& limit) {
+    const sqlResult version =
+        connection.execute(limit, "SELECT CAST(max(version) AS text) FROM schema_version");
+    if (version.error) return version.error;
+    const auto number = parseInteger(version.rows.at(0).at(0).value_or(""));
+    if (!number) return unreadable();
+    if (*number > ownVersion)
+        return recordError{recordErrorCode::failed, "The record store was set up by a newer version"
+                                                    " of Tessaril, which this one cannot use."};
+    return std::nullopt;
+}
+
 std::optional<cloudRecord> recordFrom(sqlRow& row) {
     std::optional<std::string>& type = row.at(0);
     std::optional<std::string>& name = row.at(1);
@@ -143,6 +155,9 @@ std::optional<recordError> announce(SqlConnection& connection, const TimeLimit& 
 
 std::optional<recordError> saveInTransaction(SqlConnection& connection, const TimeLimit& limit,
                                              const recordsToSave& save) {
+    // Another machine may have converted the tables since this connection was made. If it locks the
+    // version for that, as it should, it waits for the end of this transaction.
+    if (auto error = checkVersion(connection, limit)) return error;
     // In one order for everybody, so that two saves never wait for each other.
     std::vector<std::size_t> order(save.records.size());
     std::iota(order.begin(), order.end(), 0);
@@ -159,16 +174,7 @@ std::optional<recordError> prepareTables(SqlConnection& connection, const TimeLi
     if (const auto* error = std::get_if<recordError>(&found)) return *error;
     if (!std::get<bool>(found))
         if (auto error = makeTables(connection, limit)) return error;
-
-    const sqlResult version =
-        connection.execute(limit, "SELECT CAST(max(version) AS text) FROM schema_version");
-    if (version.error) return version.error;
-    const auto number = parseInteger(version.rows.at(0).at(0).value_or(""));
-    if (!number) return unreadable();
-    if (*number > ownVersion)
-        return recordError{recordErrorCode::failed, "The record store was set up by a newer version"
-                                                    " of Tessaril, which this one cannot use."};
-    return std::nullopt;
+    return checkVersion(connection, limit);
 }
 
 recordFetch fetchRecordsFrom(SqlConnection& connection, const TimeLimit& limit,

@@ -15,6 +15,7 @@ using namespace std::chrono_literals;
 // Beyond its time an operation ends by itself in no time, unless it hangs.
 constexpr auto grace = 500ms;
 constexpr auto finishTime = 2s;
+constexpr const char* addressChanged = "The record store's address was changed meanwhile.";
 
 recordOutcome failure(recordErrorCode code, const char* text) {
     return {.error = recordError{code, text}};
@@ -40,12 +41,18 @@ struct SqlRecordStore::Mailbox {
         hasNews = true;
         changed.notify_all();
     }
+    void putDecided() {
+        const std::lock_guard lock(mutex);
+        isDecided = true;
+        changed.notify_all();
+    }
 
     std::mutex mutex;
     std::condition_variable changed;
     std::deque<operation> waiting;
     std::function<void()> changeHandler;
     bool hasNews = false;
+    bool isDecided = false; ///< a subscription that waits may go on
     bool isClosed = false;
     std::optional<Clock::time_point> finishBy; ///< once it is to finish
 };
@@ -114,7 +121,13 @@ void SqlRecordStore::saveRecord(cloudRecord record, SaveHandler answer) {
 
 void SqlRecordStore::saveSubscription(std::string_view recordType, DoneHandler answer) {
     const std::string type(recordType);
-    enqueue({.answer =
+    enqueue({.task = [](RecordSession& session, const TimeLimit& limit) -> recordOutcome {
+                 auto tags = session.fetchTags(limit);
+                 if (auto* error = std::get_if<recordError>(&tags))
+                     return {.error = std::move(*error)};
+                 return {.tags = std::move(std::get<recordTags>(tags))};
+             },
+             .answer =
                  [this, type, answer = std::move(answer)](const recordOutcome& outcome) {
                      answer(outcome.error);
                      if (!outcome.error && hasMissedChange(type, outcome.tags)) mailbox->putNews();
@@ -148,65 +161,83 @@ void SqlRecordStore::enqueue(operation asked) {
 
 void SqlRecordStore::answerAll() {
     std::unique_lock lock(mailbox->mutex);
-    const auto takeNext = [&] {
-        operation next = std::move(mailbox->waiting.front());
-        mailbox->waiting.pop_front();
-        lock.unlock();
-        return next;
+    const auto hasWork = [this] {
+        return mailbox->finishBy || mailbox->hasNews || mailbox->isDecided ||
+               !mailbox->waiting.empty();
     };
     for (;;) {
-        mailbox->changed.wait(lock, [this] {
-            return mailbox->finishBy || mailbox->hasNews || !mailbox->waiting.empty();
-        });
+        if (subscriptions.empty())
+            mailbox->changed.wait(lock, hasWork);
+        else
+            mailbox->changed.wait_until(lock, subscriptions.front().asked.end, hasWork);
         if (mailbox->finishBy) break;
         if (std::exchange(mailbox->hasNews, false)) {
             lock.unlock();
             callChangeHandler();
-        } else {
-            operation next = takeNext();
+        } else if (!mailbox->waiting.empty()) {
+            operation next = std::move(mailbox->waiting.front());
+            mailbox->waiting.pop_front();
+            lock.unlock();
             carryOut(next);
+        } else {
+            mailbox->isDecided = false;
+            lock.unlock();
+            resumeSubscriptions();
         }
         lock.lock();
     }
-    while (!mailbox->waiting.empty()) {
-        takeNext().answer(failure(recordErrorCode::unreachable, "The application is ending."));
-        lock.lock();
-    }
-    mailbox->isClosed = true;
     const Clock::time_point end = *mailbox->finishBy;
     lock.unlock();
+    answerRest();
     worker.reset();
     if (!listening) return;
     listening->stop();
     listening->waitForEnd(end);
 }
 
+/// Answers what was not begun, and from then on nothing.
+void SqlRecordStore::answerRest() {
+    const recordOutcome ending =
+        failure(recordErrorCode::unreachable, "The application is ending.");
+    for (const subscription& each : std::exchange(subscriptions, {}))
+        each.asked.answer(ending);
+    std::unique_lock lock(mailbox->mutex);
+    while (!mailbox->waiting.empty()) {
+        const operation next = std::move(mailbox->waiting.front());
+        mailbox->waiting.pop_front();
+        lock.unlock();
+        next.answer(ending);
+        lock.lock();
+    }
+    mailbox->isClosed = true;
+}
+
 void SqlRecordStore::carryOut(operation& next) {
+    answerFailedSubscriptions();
     if (!followAddress())
         return next.answer(
             failure(recordErrorCode::notAuthenticated, "No record store is set up."));
-    if (!next.subscribedType.empty()) {
-        listenFor(next.subscribedType);
-        next.task = [listening = listening](RecordSession& session,
-                                            const TimeLimit& limit) -> recordOutcome {
-            recordOutcome outcome;
-            outcome.error = listening->waitUntilListening(limit);
-            if (outcome.error) return outcome;
-            auto tags = session.fetchTags(limit);
-            if (auto* error = std::get_if<recordError>(&tags))
-                outcome.error = std::move(*error);
-            else
-                outcome.tags = std::move(std::get<recordTags>(tags));
-            return outcome;
-        };
-    }
+    if (!next.subscribedType.empty()) return subscribe(next);
     if (!next.task) return next.answer({});
+    answerOutcomeOf(next);
+}
+
+void SqlRecordStore::answerOutcomeOf(const operation& next) {
     if (Clock::now() >= next.end)
         return next.answer(
             failure(recordErrorCode::timedOut, "Operations before it took all the time."));
-    if (const auto outcome = outcomeOf(next)) return next.answer(*outcome);
-    worker.reset(); // a late result counts for nothing
-    next.answer(failure(recordErrorCode::timedOut, "The record store did not answer in time."));
+    const auto asked = account;
+    std::optional<recordOutcome> outcome = outcomeOf(next);
+    if (!outcome) {
+        worker.reset(); // a late result counts for nothing
+        outcome = failure(recordErrorCode::timedOut, "The record store did not answer in time.");
+    }
+    followAddress();
+    // What another account holds is no answer any more.
+    if (account != asked) outcome = failure(recordErrorCode::unreachable, addressChanged);
+    next.answer(*outcome);
+    // The user was refused, but no longer is.
+    if (!outcome->error && listening && listening->hasEnded()) listenAnew();
 }
 
 /// Nothing when the operation did not end in time.
@@ -227,7 +258,11 @@ std::optional<recordOutcome> SqlRecordStore::outcomeOf(const operation& next) {
         Clock::time_point bound = next.end + grace;
         if (mailbox->finishBy) bound = std::min(bound, *mailbox->finishBy);
         if (Clock::now() >= bound) return std::nullopt;
+        if (!subscriptions.empty()) bound = std::min(bound, subscriptions.front().asked.end);
         mailbox->changed.wait_until(lock, bound);
+        lock.unlock();
+        answerFailedSubscriptions();
+        lock.lock();
     }
     return std::move(*result);
 }
@@ -245,17 +280,65 @@ bool SqlRecordStore::followAddress() {
     subscribedTypes.clear();
     if (listening) listening->stop();
     listening.reset();
+    for (const subscription& each : std::exchange(subscriptions, {}))
+        each.asked.answer(failure(recordErrorCode::unreachable, addressChanged));
     const std::lock_guard lock(mailbox->mutex);
     mailbox->hasNews = false; // of the other account
     return account.has_value();
 }
 
+void SqlRecordStore::subscribe(operation& asked) {
+    listenFor(asked.subscribedType);
+    const int asking = listening->ask();
+    if (listening->beginningSince(asking) == ChangeListening::beginning::done)
+        return answerOutcomeOf(asked);
+    subscriptions.push_back({std::move(asked), listening, asking});
+}
+
+/// Those whose listening failed or took all their time; also while an operation is under way.
+void SqlRecordStore::answerFailedSubscriptions() {
+    for (subscription& each : std::exchange(subscriptions, {})) {
+        const auto beginning = each.listening->beginningSince(each.asking);
+        if (beginning == ChangeListening::beginning::failed) {
+            each.asked.answer({.error = each.listening->error()});
+        } else if (Clock::now() >= each.asked.end) {
+            each.listening->addMissed();
+            each.asked.answer(
+                failure(recordErrorCode::timedOut, "Changes are not listened for in time."));
+        } else {
+            subscriptions.push_back(std::move(each));
+        }
+    }
+}
+
+void SqlRecordStore::resumeSubscriptions() {
+    const auto hasBegun = [](const subscription& each) {
+        return each.listening->beginningSince(each.asking) == ChangeListening::beginning::done;
+    };
+    for (;;) {
+        followAddress();
+        answerFailedSubscriptions();
+        const auto next = std::ranges::find_if(subscriptions, hasBegun);
+        if (next == subscriptions.end()) return;
+        const operation asked = std::move(next->asked);
+        subscriptions.erase(next);
+        answerOutcomeOf(asked);
+    }
+}
+
 void SqlRecordStore::listenFor(const std::string& recordType) {
     subscribedTypes.insert(recordType);
-    if (listening && !listening->hasEnded()) return listening->addType(recordType);
-    listening = std::make_shared<ChangeListening>(ownName, [box = mailbox] { box->putNews(); });
+    if (!listening || listening->hasEnded()) return listenAnew();
+    listening->addType(recordType);
+}
+
+void SqlRecordStore::listenAnew() {
+    const bool isFirst = !listening;
+    listening = std::make_shared<ChangeListening>(
+        ownName, [box = mailbox] { box->putNews(); }, [box = mailbox] { box->putDecided(); });
     for (const std::string& type : subscribedTypes)
         listening->addType(type);
+    if (!isFirst) listening->addMissed();
     startListening(listening, *account, parts.passwords, parts.operationTime);
 }
 

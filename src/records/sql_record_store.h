@@ -53,7 +53,7 @@ public:
 private:
     using Clock = TimeLimit::Clock;
     struct operation {
-        AbandonableWorker::Task task; ///< none of a subscription, nor of what is answered at once
+        AbandonableWorker::Task task; ///< none of what is answered at once
         std::function<void(const recordOutcome&)> answer;
         std::vector<std::string> newTags; ///< of a save
         std::string subscribedType;       ///< of a subscription
@@ -61,12 +61,26 @@ private:
     };
     struct Mailbox;
 
+    /// A subscription that waits until changes are listened for, beside further operations: making
+    /// the connection for that may take as long as an operation.
+    struct subscription {
+        operation asked;
+        std::shared_ptr<ChangeListening> listening;
+        int asking; ///< see `ChangeListening::ask`
+    };
+
     void enqueue(operation asked);
     void answerAll();
+    void answerRest();
     void carryOut(operation& next);
+    void answerOutcomeOf(const operation& next);
     std::optional<recordOutcome> outcomeOf(const operation& next);
     bool followAddress();
     void listenFor(const std::string& recordType);
+    void listenAnew();
+    void subscribe(operation& asked);
+    void answerFailedSubscriptions();
+    void resumeSubscriptions();
     void callChangeHandler();
     bool hasMissedChange(const std::string& recordType, const recordTags& tags) const;
 
@@ -80,6 +94,7 @@ private:
     std::unique_ptr<AbandonableWorker> worker;
     std::shared_ptr<ChangeListening> listening;
     std::set<std::string> subscribedTypes;
+    std::deque<subscription> subscriptions; ///< that wait, by their ends
     recordTags knownTags; ///< that were fetched or saved last; empty for no record
 
     std::mutex finishing; ///< held while the thread is joined

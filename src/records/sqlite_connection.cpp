@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <utility>
 
 namespace tessaril {
@@ -114,7 +115,18 @@ private:
 
 } // namespace
 
-std::variant<std::unique_ptr<SqlConnection>, recordError> openSqlite(const std::string& path) {
+std::string resolvedPath(const std::string& path) {
+    std::error_code error;
+    std::filesystem::path resolved(path);
+    // A link to a file that is yet to be made counts as none for weakly_canonical().
+    for (int links = 0; links < 40 && std::filesystem::is_symlink(resolved, error); ++links)
+        resolved = resolved.parent_path() / std::filesystem::read_symlink(resolved, error);
+    resolved = std::filesystem::weakly_canonical(resolved, error);
+    return error ? path : resolved.string();
+}
+
+std::variant<std::unique_ptr<SqlConnection>, recordError> openSqlite(const std::string& wanted) {
+    const std::string path = resolvedPath(wanted);
     // Not by open(): closing a second descriptor of a file would drop the locks that SQLite holds
     // on it for other threads.
     if (::mknod(path.c_str(), S_IFREG | S_IRUSR | S_IWUSR, 0) != 0 && errno != EEXIST) {

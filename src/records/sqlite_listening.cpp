@@ -55,7 +55,7 @@ std::variant<recordTags, recordError> tagsIn(const std::string& path, const Time
 
 recordError listenToSqlite(ChangeListening& listening, const recordAddress& address,
                            std::chrono::milliseconds operationTime) {
-    const std::filesystem::path path(address.file);
+    const std::filesystem::path path(resolvedPath(address.file));
     const FileDescriptor watching(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
     if (!watching.isOpen()) return systemError("The record store's file cannot be watched");
     if (::inotify_add_watch(watching.get(), path.parent_path().c_str(),
@@ -64,7 +64,7 @@ recordError listenToSqlite(ChangeListening& listening, const recordAddress& addr
         return systemError("The record store's folder cannot be watched");
 
     const auto tags = [&] {
-        return tagsIn(address.file,
+        return tagsIn(path.string(),
                       TimeLimit(TimeLimit::Clock::now() + operationTime, listening.stopSignal()));
     };
     const auto before = tags();

@@ -59,14 +59,14 @@ std::variant<recordAddress, recordAddressFault> fileAddress(std::string_view pat
     return recordAddress{.file = std::string(path)};
 }
 
-/// Where a password stands before the parameters, with its colon; empty where there is none. In
-/// doubt it is one: a password may hold any character, also those that would have to be encoded.
-std::string_view passwordIn(std::string_view beforeParameters) {
-    const std::size_t at = beforeParameters.rfind('@');
+/// Where a password stands before a host, with its colon; empty where there is none. In doubt it is
+/// one: a password may hold any character, also those that would have to be encoded.
+std::string_view passwordIn(std::string_view text) {
+    const std::size_t at = text.rfind('@');
     if (at == std::string_view::npos) return {};
-    const std::size_t colon = beforeParameters.substr(0, at).find(':');
+    const std::size_t colon = text.substr(0, at).find(':');
     if (colon == std::string_view::npos) return {};
-    return beforeParameters.substr(colon, at - colon);
+    return text.substr(colon, at - colon);
 }
 
 bool isPasswordParameter(std::string_view parameter) {
@@ -118,6 +118,7 @@ private:
 };
 
 void addHostAndPort(ServerParts& parts, std::string_view text) {
+    if (contains(text, "@")) return parts.refuse(); // that of the user was another
     std::string_view host = text.substr(0, text.find(':'));
     std::string_view behind = text.substr(host.size());
     if (text.starts_with('[')) {
@@ -133,15 +134,20 @@ void addHostAndPort(ServerParts& parts, std::string_view text) {
         parts.refuse();
 }
 
-std::variant<recordAddress, recordAddressFault> serverAddress(std::string_view rest) {
-    const std::size_t mark = rest.find('?');
-    std::string_view place = rest.substr(0, mark);
-    const auto parameters = mark == std::string_view::npos ? std::vector<std::string_view>{}
-                                                           : split(rest.substr(mark + 1), "&");
-    if (!passwordIn(place).empty() || std::ranges::any_of(parameters, isPasswordParameter))
-        return recordAddressFault::holdsPassword;
+using ParameterList = std::vector<std::string_view>;
 
+/// What stands behind the first question mark.
+ParameterList parametersOf(std::string_view rest) {
+    const std::size_t mark = rest.find('?');
+    return mark == std::string_view::npos ? ParameterList{} : split(rest.substr(mark + 1), "&");
+}
+
+/// - place: what stands before the parameters, without a password
+std::variant<recordAddress, recordAddressFault> serverOf(std::string_view place,
+                                                         const ParameterList& parameters) {
     ServerParts parts;
+    // Parameters that did not begin with a question mark, one of which may be a password.
+    if (place.find_first_of("&;=") != std::string_view::npos) parts.refuse();
     const std::size_t slash = place.find('/');
     if (slash != std::string_view::npos) parts.add("dbname", place.substr(slash + 1));
     place = place.substr(0, slash);
@@ -153,6 +159,29 @@ std::variant<recordAddress, recordAddressFault> serverAddress(std::string_view r
     for (const std::string_view parameter : parameters)
         parts.addParameter(parameter);
     return parts.take();
+}
+
+std::variant<recordAddress, recordAddressFault> serverAddress(std::string_view rest) {
+    const std::string_view place = rest.substr(0, rest.find('?'));
+    const ParameterList parameters = parametersOf(rest);
+    if (!passwordIn(place).empty() || std::ranges::any_of(parameters, isPasswordParameter))
+        return recordAddressFault::holdsPassword;
+    auto server = serverOf(place, parameters);
+    // The first question mark may be one of a password.
+    if (std::holds_alternative<recordAddressFault>(server) && !passwordIn(rest).empty())
+        return recordAddressFault::holdsPassword;
+    return server;
+}
+
+std::string withoutPasswordParameters(std::string_view rest) {
+    std::string result(rest.substr(0, rest.find('?')));
+    char separator = '?';
+    for (const std::string_view parameter : parametersOf(rest)) {
+        if (isPasswordParameter(parameter)) continue;
+        result.append(1, separator).append(parameter);
+        separator = '&';
+    }
+    return result;
 }
 
 std::string encoded(std::string_view text) {
@@ -183,9 +212,9 @@ std::variant<recordAddress, recordAddressFault> parseRecordAddress(std::string_v
     }
     if (const auto rest = behindScheme(text, "file")) {
         const auto path = percentDecoded(*rest);
-        if (!path || !path->starts_with("///") || contains(*rest, "?") || contains(*rest, "#"))
+        if (!path || contains(*rest, "?") || contains(*rest, "#"))
             return recordAddressFault::notUnderstood;
-        return fileAddress(std::string_view(*path).substr(2));
+        return fileAddress(std::string_view(*path).substr(path->starts_with("///") ? 2 : 0));
     }
     if (const auto rest = behindServerScheme(text)) return serverAddress(*rest);
     return recordAddressFault::notUnderstood;
@@ -208,27 +237,20 @@ std::string accountOf(const recordAddress& server) {
     return account + '/' + encoded(partOf(server, "dbname"));
 }
 
-std::string withoutPassword(std::string_view text) {
-    const auto rest = behindServerScheme(trimmed(text));
-    if (!rest) return std::string(text);
-    const std::string_view before = trimmed(text);
-    std::string result(before.substr(0, before.size() - rest->size()));
-    const std::size_t mark = rest->find('?');
-    const std::string_view place = rest->substr(0, mark);
-    if (const std::string_view password = passwordIn(place); !password.empty()) {
-        result.append(place.data(), password.data());
-        result.append(password.data() + password.size(), place.data() + place.size());
-    } else {
-        result.append(place);
+std::optional<std::string> withoutPassword(std::string_view text) {
+    const std::string_view whole = trimmed(text);
+    const auto rest = behindServerScheme(whole);
+    if (!rest) return std::nullopt;
+    const std::string scheme(whole.substr(0, whole.size() - rest->size()));
+    // Where the parameters begin depends on whether the first question mark is one of the password.
+    for (const std::string_view searched : {rest->substr(0, rest->find('?')), *rest}) {
+        std::string left(*rest);
+        if (const std::string_view password = passwordIn(searched); !password.empty())
+            left.erase(static_cast<std::size_t>(password.data() - rest->data()), password.size());
+        std::string result = scheme + withoutPasswordParameters(left);
+        if (std::holds_alternative<recordAddress>(parseRecordAddress(result))) return result;
     }
-    if (mark == std::string_view::npos) return result;
-    char separator = '?';
-    for (const std::string_view parameter : split(rest->substr(mark + 1), "&")) {
-        if (isPasswordParameter(parameter)) continue;
-        result.append(1, separator).append(parameter);
-        separator = '&';
-    }
-    return result;
+    return std::nullopt;
 }
 
 } // namespace tessaril

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -27,11 +28,12 @@ enum class recordAddressFault {
     holdsPassword, ///< which belongs in no address
 };
 
-/// Takes `/absolute/path`, `sqlite:/absolute/path` and `file:///absolute/path` (percent-encoded)
-/// for files; `postgresql://user@host:port/database?parameter=value` (percent-encoded, as libpq has
-/// it; also `postgres:`) for servers. A directory of sockets is given as the parameter `host`. Only
-/// parameters that say where the server is and how its connection is secured are let through, as
-/// others could undo time-outs or read other files. White space around the text does not count.
+/// Takes `/absolute/path`, `sqlite:/absolute/path` and `file:///absolute/path` (percent-encoded;
+/// also with one slash) for files; `postgresql://user@host:port/database?parameter=value`
+/// (percent-encoded, as libpq has it; also `postgres:`) for servers. A directory of sockets is
+/// given as the parameter `host`. Only parameters that say where the server is and how its
+/// connection is secured are let through, as others could undo time-outs or read other files. White
+/// space around the text does not count.
 std::variant<recordAddress, recordAddressFault> parseRecordAddress(std::string_view text);
 
 /// Whether the way to the server leads over no network.
@@ -40,7 +42,7 @@ bool isOnThisMachine(const recordAddress& server);
 /// Under what the password of the server's user is kept: the address without its parameters.
 std::string accountOf(const recordAddress& server);
 
-/// `text` as it stands, without the password if it is a server's address with one.
-std::string withoutPassword(std::string_view text);
+/// A server's address without the password that it holds; nothing when what is left is no address.
+std::optional<std::string> withoutPassword(std::string_view text);
 
 } // namespace tessaril

@@ -22,7 +22,11 @@ AdvancedPane::AdvancedPane(PreferenceControls& controls, PasswordStore* password
     form->addRow("St&yle-sharing site:", bound.addressField(keys::siteAddress));
     form->addRow("&Support address:", bound.addressField(keys::supportAddress));
     form->addRow("&Web site:", bound.addressField(keys::webSite));
-    QLineEdit* recordStore = bound.addressField(keys::recordStoreAddress);
+    QLineEdit* recordStore =
+        bound.addressField(keys::recordStoreAddress, [this](PreferenceControls::entered outcome) {
+            password.addressEntered(outcome);
+            showPassword();
+        });
     recordStore->setPlaceholderText("None");
     form->addRow("&Record store:", recordStore);
     addPasswordRow(*form);

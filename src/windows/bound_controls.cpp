@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace tessaril {
 
@@ -91,15 +92,21 @@ QLineEdit* BoundControls::field(std::string_view key) {
     return field;
 }
 
-QLineEdit* BoundControls::addressField(std::string_view key) {
+QLineEdit* BoundControls::addressField(std::string_view key,
+                                       std::function<void(PreferenceControls::entered)> entered) {
     auto* field = new QLineEdit;
     field->setObjectName(qtText(key));
-    QObject::connect(field, &QLineEdit::editingFinished, field, [this, field, key] {
-        // Loaded, untouched and left again it is not to be stored either.
-        if (!field->isModified()) return;
-        preferences.setAddress(key, field->text().toStdString());
-        field->setText(qtText(preferences.text(key)));
-    });
+    QObject::connect(field, &QLineEdit::editingFinished, field,
+                     [this, field, key, entered = std::move(entered)] {
+                         // Loaded, untouched and left again it is not to be stored either.
+                         if (!field->isModified()) return;
+                         const auto outcome =
+                             preferences.setAddress(key, field->text().toStdString());
+                         if (outcome == PreferenceControls::entered::stored ||
+                             outcome == PreferenceControls::entered::storedWithoutPassword)
+                             field->setText(qtText(preferences.text(key)));
+                         if (entered) entered(outcome);
+                     });
     // One that is being typed is left to who types it.
     loaders.push_back([this, field, key] {
         if (!field->isModified()) show(*field, preferences.text(key));

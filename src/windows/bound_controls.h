@@ -26,7 +26,10 @@ public:
     QComboBox* menu(const valueMenu& menu);
     QSpinBox* fontSize();
     QLineEdit* field(std::string_view key);
-    QLineEdit* addressField(std::string_view key);
+    /// - entered: told what came of an address once it was stored, or not: then it stays in the
+    /// field
+    QLineEdit* addressField(std::string_view key,
+                            std::function<void(PreferenceControls::entered)> entered = {});
 
     /// Shows in every control what is stored.
     void reload();

@@ -8,11 +8,34 @@
 namespace tessaril::testing {
 namespace {
 
+/// A place where nobody accepts the connections that are made to it.
+struct Listener {
+    explicit Listener(int queue) {
+        place.sin_family = AF_INET;
+        place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        EXPECT_EQ(::bind(socket, reinterpret_cast<sockaddr*>(&place), size), 0);
+        EXPECT_EQ(::listen(socket, queue), 0);
+        EXPECT_EQ(::getsockname(socket, reinterpret_cast<sockaddr*>(&place), &size), 0);
+    }
+    ~Listener() { ::close(socket); }
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+
+    std::string address() const {
+        return "postgresql://me@127.0.0.1:" + std::to_string(ntohs(place.sin_port)) + "/x";
+    }
+
+    int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in place{};
+    socklen_t size = sizeof place;
+};
+
 class PostgresStore : public RecordStoreSuite<PostgresRecords> {
 protected:
     Machine& machineAt(const std::string& address, PasswordSource passwords = passwordOf) {
         Machine& made = *machines.emplace_back(std::make_unique<Machine>());
         made.store = sqlClient(address, generousTime, std::move(passwords));
+        made.store->setChangeHandler([this, &made] { arrivals.note([&] { ++made.changes; }); });
         return made;
     }
     recordErrorCode codeAt(const std::string& address, PasswordSource passwords = passwordOf) {
@@ -32,8 +55,9 @@ TEST_F(PostgresStore, UsersOfOneDatabaseSeeNothingOfEachOther) {
     cloudRecord theirs{.id = database, .fields = {{"of", "other"}}};
     EXPECT_FALSE(save(other, theirs)) << "the tables are the first one's";
     EXPECT_EQ(fetch(first, {database}).records.value().at(database).fields, mine.fields);
-    EXPECT_FALSE(save(first, mine));
-    EXPECT_EQ(first.changes, 0);
+    EXPECT_FALSE(save(machine(), mine));
+    EXPECT_TRUE(hears(first, 1));
+    EXPECT_EQ(first.changes, 1) << "of the other user's saves nothing was told before";
 
     // The server itself keeps them apart, not only this application's statements.
     const auto countAs = [&](const std::string& user) {
@@ -82,23 +106,113 @@ TEST_F(PostgresStore, WhoeverWaitsForTheTablesToBeMadeFindsThem) {
 
 TEST_F(PostgresStore, WhoIsNotLetInIsNotAuthenticated) {
     const auto none = [](const std::string&, std::chrono::milliseconds) {
-        return std::optional<std::string>();
+        return passwordAnswer{};
     };
     const auto wrong = [](const std::string&, std::chrono::milliseconds) {
-        return std::optional<std::string>("wrong");
+        return passwordAnswer{.password = "wrong"};
     };
     EXPECT_EQ(codeAt(server.address(), none), recordErrorCode::notAuthenticated);
     EXPECT_EQ(codeAt(server.address(), wrong), recordErrorCode::notAuthenticated);
     EXPECT_EQ(codeAt(server.server.address("nobody_at_all", server.database)),
               recordErrorCode::notAuthenticated);
     const std::string other = server.server.addUser();
-    EXPECT_EQ(codeAt(server.server.address(other, server.database)),
-              recordErrorCode::notAuthenticated)
-        << "may make no tables";
+    const std::string otherAddress = server.server.address(other, server.database);
+    EXPECT_EQ(codeAt(otherAddress), recordErrorCode::failed)
+        << "who may make no tables has logged in all the same";
+    server.execute("REVOKE CONNECT ON DATABASE " + server.database + " FROM PUBLIC");
+    EXPECT_EQ(codeAt(otherAddress), recordErrorCode::notAuthenticated);
     EXPECT_EQ(codeAt(server.server.address(server.user, "no_database")), recordErrorCode::failed);
     EXPECT_EQ(codeOf(subscribe(machineAt(server.address(), wrong), database.type)),
               recordErrorCode::notAuthenticated);
-    EXPECT_EQ(codeAt(server.address()), recordErrorCode{}) << "and who is let in is";
+    auto& letIn = machine();
+    EXPECT_TRUE(fetch(letIn, {database}).records);
+    for (const std::string revoked : {"ALL ON tessaril.records", "USAGE ON SCHEMA tessaril"}) {
+        server.execute("REVOKE " + revoked + " FROM " + server.user + ", PUBLIC");
+        EXPECT_EQ(codeOf(fetch(letIn, {database}).error), recordErrorCode::failed) << revoked;
+    }
+}
+
+TEST_F(PostgresStore, AKeychainThatIsStillLockedRefusesNobody) {
+    const auto isUnlocked = std::make_shared<std::atomic<bool>>(false);
+    auto& waiting = machineAt(server.address(), [isUnlocked](const std::string& account,
+                                                             std::chrono::milliseconds patience) {
+        return *isUnlocked ? passwordOf(account, patience) : passwordAnswer{.isLate = true};
+    });
+    EXPECT_EQ(codeOf(fetch(waiting, {database}).error), recordErrorCode::timedOut);
+    EXPECT_EQ(codeOf(subscribe(waiting, database.type)), recordErrorCode::timedOut);
+    *isUnlocked = true;
+    EXPECT_TRUE(hears(waiting, 1)) << "listening went on being tried";
+    EXPECT_TRUE(fetch(waiting, {database}).records);
+}
+
+TEST_F(PostgresStore, ASubscriptionThatWaitsHoldsUpNothing) {
+    const auto release = std::make_shared<std::promise<void>>();
+    const std::shared_future<void> released = release->get_future().share();
+    const auto mayHang = std::make_shared<std::atomic<bool>>(false);
+    auto& waiting = machineAt(server.address(), [released, mayHang](auto& account, auto patience) {
+        if (*mayHang) released.wait();
+        return passwordOf(account, patience);
+    });
+    cloudRecord document{.id = database};
+    EXPECT_FALSE(save(waiting, document)) << "this connection is there from then on";
+    *mayHang = true;
+    std::optional<recordErrorCode> subscribed, atLast;
+    waiting.store->saveSubscription(database.type, [&](const auto& error) {
+        arrivals.note([&] { subscribed = codeOf(error); });
+    });
+    EXPECT_FALSE(save(waiting, document));
+    EXPECT_FALSE(subscribed) << "its own connection is not";
+    EXPECT_FALSE(save(machine(), document)) << "and this may not be missed";
+    release->set_value();
+    EXPECT_TRUE(arrivals.until(server, [&] { return subscribed.has_value(); }));
+    EXPECT_EQ(subscribed, recordErrorCode{});
+    EXPECT_TRUE(hears(waiting, 1));
+
+    // Neither does it hold up the end, nor is it forgotten then, nor after its time.
+    const auto never = std::make_shared<std::promise<void>>();
+    const auto hangs = [wait = never->get_future().share()](auto& account, auto patience) {
+        wait.wait();
+        return passwordOf(account, patience);
+    };
+    auto& ending = machineAt(server.address(), hangs);
+    ending.store->saveSubscription(database.type,
+                                   [&](const auto& error) { atLast = codeOf(error); });
+    ending.store->finish();
+    EXPECT_EQ(atLast, recordErrorCode::unreachable);
+    const auto impatient = sqlClient(server.address(), std::chrono::milliseconds(300), hangs);
+    EXPECT_EQ(codeOf(answerOf<std::optional<recordError>>(
+                  [&](auto answer) { impatient->saveSubscription(database.type, answer); })),
+              recordErrorCode::timedOut);
+    never->set_value();
+}
+
+TEST_F(PostgresStore, NothingOfTheOldAccountIsAnsweredOnceTheAddressHasChanged) {
+    PostgresRecords other;
+    cloudRecord document{.id = database};
+    EXPECT_FALSE(save(machine(), document));
+    std::mutex mutex;
+    std::string address = server.address();
+    // The user enters another address while the operation is connecting.
+    const auto changes = [&](const std::string& account, std::chrono::milliseconds patience) {
+        const std::lock_guard lock(mutex);
+        address = other.address();
+        return passwordOf(account, patience);
+    };
+    SqlRecordStore store({.address =
+                              [&] {
+                                  const std::lock_guard lock(mutex);
+                                  return address;
+                              },
+                          .passwords = changes,
+                          .operationTime = generousTime});
+    const auto fetched = [&] {
+        return answerOf<recordFetch>([&](auto answer) { store.fetchRecords({database}, answer); });
+    };
+    const recordFetch early = fetched();
+    EXPECT_EQ(codeOf(early.error), recordErrorCode::unreachable);
+    EXPECT_FALSE(early.records);
+    EXPECT_TRUE(fetched().records.value().empty());
+    store.finish();
 }
 
 TEST_F(PostgresStore, ReadsThePasswordFile) {
@@ -152,9 +266,32 @@ TEST_F(PostgresStore, AConnectionThatTheServerClosedIsMadeAgainUnnoticed) {
     EXPECT_TRUE(hears(second, 1));
 }
 
+TEST_F(PostgresStore, ListensAgainOnceARefusalHasPassed) {
+    auto& first = machine();
+    auto& second = machine();
+    cloudRecord document{.id = database};
+    EXPECT_FALSE(save(first, document));
+    EXPECT_FALSE(subscribe(second, database.type));
+    server.execute("ALTER ROLE " + server.user + " NOLOGIN;" +
+                   "SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE query LIKE "
+                   "'LISTEN %' AND datname = current_database()");
+    // The other connections are still there.
+    while (codeOf(subscribe(second, database.type)) != recordErrorCode::notAuthenticated) {
+    }
+    EXPECT_FALSE(save(first, document)) << "what happens meanwhile is told of later";
+    const int before = second.changes;
+    server.execute("ALTER ROLE " + server.user + " LOGIN");
+    EXPECT_TRUE(fetch(second, {database}).records);
+    EXPECT_TRUE(hears(second, before + 1));
+}
+
 TEST_F(PostgresStore, RefusesWhatANewerVersionMade) {
-    EXPECT_EQ(codeAt(server.address()), recordErrorCode{});
+    auto& connected = machine();
+    cloudRecord document{.id = database};
+    EXPECT_FALSE(save(connected, document));
     server.execute("UPDATE tessaril.schema_version SET version = 2");
+    EXPECT_EQ(codeOf(save(connected, document)), recordErrorCode::failed);
+    EXPECT_EQ(server.execute("SELECT change_tag FROM tessaril.records"), document.changeTag + "\n");
     const recordFetch refused = fetch(machine(), {database});
     EXPECT_EQ(codeOf(refused.error), recordErrorCode::failed);
     EXPECT_THAT(refused.error->text, HasSubstr("newer version"));
@@ -176,18 +313,8 @@ TEST_F(PostgresStore, TrustsOnlyTheCertificateThatTheAddressNames) {
 }
 
 TEST_F(PostgresStore, AServerThatNeverAnswersHoldsNobodyUp) {
-    const int silent = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in place{};
-    place.sin_family = AF_INET;
-    place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof place;
-    ASSERT_EQ(::bind(silent, reinterpret_cast<sockaddr*>(&place), size), 0);
-    ASSERT_EQ(::listen(silent, 16), 0);
-    ASSERT_EQ(::getsockname(silent, reinterpret_cast<sockaddr*>(&place), &size), 0);
-    const std::string address =
-        "postgresql://me@127.0.0.1:" + std::to_string(ntohs(place.sin_port)) + "/x";
-
-    const auto impatient = sqlClient(address, std::chrono::milliseconds(300));
+    const Listener silent(16);
+    const auto impatient = sqlClient(silent.address(), std::chrono::milliseconds(300));
     for (int i = 0; i < 2; ++i) {
         const auto fetched = answerOf<recordFetch>(
             [&](auto answer) { impatient->fetchRecords({database}, answer); });
@@ -196,14 +323,29 @@ TEST_F(PostgresStore, AServerThatNeverAnswersHoldsNobodyUp) {
             [&](auto answer) { impatient->saveRecord({.id = database}, answer); });
         EXPECT_EQ(codeOf(saved.error), recordErrorCode::timedOut);
     }
-    // Whoever quits does not wait for it either.
-    auto& patient = machineAt(address);
+    // Whoever quits does not wait for it either, whether it was begun or not.
+    auto& patient = machineAt(silent.address());
     std::optional<recordErrorCode> code;
     patient.store->fetchRecords({database},
                                 [&](const recordFetch& fetched) { code = codeOf(fetched.error); });
     patient.store->finish();
-    EXPECT_EQ(code, recordErrorCode::unreachable);
-    ::close(silent);
+    EXPECT_TRUE(code == recordErrorCode::unreachable || code == recordErrorCode::timedOut);
+}
+
+TEST_F(PostgresStore, AnAddressThatSwallowsEverythingLeavesTimeForTheNext) {
+    // A queue that is full has the system drop who else wants to connect.
+    const Listener full(0);
+    std::array<int, 2> waiting{};
+    for (int& each : waiting) {
+        each = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+        ::connect(each, reinterpret_cast<const sockaddr*>(&full.place), full.size);
+    }
+    const auto store = sqlClient(full.address(), std::chrono::seconds(9));
+    const auto fetched =
+        answerOf<recordFetch>([&](auto answer) { store->fetchRecords({database}, answer); });
+    EXPECT_EQ(codeOf(fetched.error), recordErrorCode::unreachable) << "before the time was over";
+    for (const int each : waiting)
+        ::close(each);
 }
 
 TEST_F(PostgresStore, AnOperationThatHangsIsLeftBehind) {

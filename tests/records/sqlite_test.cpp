@@ -20,6 +20,21 @@ protected:
     };
 };
 
+TEST_F(SqliteFile, FirstMachinesThatBeginAtOnceShareOneStore) {
+    int saved = 0;
+    std::string errors;
+    for (int i = 0; i < 6; ++i)
+        machine().store->saveRecord({.id = {"preferences", std::to_string(i)}},
+                                    [&](const recordSave& save) {
+                                        arrivals.note([&] {
+                                            ++saved;
+                                            if (save.error) errors += save.error->text + "\n";
+                                        });
+                                    });
+    EXPECT_TRUE(arrivals.until(server, [&] { return saved == 6; }));
+    EXPECT_EQ(errors, "");
+}
+
 TEST_F(SqliteFile, IsForItsOwnerAlone) {
     cloudRecord document{.id = database};
     EXPECT_FALSE(save(machine(), document));
@@ -67,6 +82,35 @@ TEST_F(SqliteFile, WaitsForWhoeverIsWritingButNotForEver) {
     other.execute("COMMIT");
     EXPECT_TRUE(arrivals.until(server, [&] { return saved.has_value(); }));
     EXPECT_FALSE(saved->error);
+}
+
+TEST_F(SqliteFile, ALinkLeadsToTheFileWhereverThatLies) {
+    const TemporaryFolder elsewhere;
+    std::filesystem::create_directory(elsewhere / "links");
+    std::filesystem::create_symlink(server.address(), elsewhere / "links/styles.db");
+    std::filesystem::create_symlink("links/styles.db", elsewhere / "again.db");
+    Machine linked;
+    linked.store = sqlClient((elsewhere / "again.db").string());
+    linked.store->setChangeHandler([&] { arrivals.note([&] { ++linked.changes; }); });
+    EXPECT_FALSE(subscribe(linked, database.type));
+    cloudRecord document{.id = database};
+    EXPECT_FALSE(save(linked, document)) << "the file was not there yet";
+    auto& direct = machine();
+    EXPECT_FALSE(subscribe(direct, database.type));
+    EXPECT_FALSE(save(direct, document));
+    EXPECT_TRUE(hears(linked, 1));
+    EXPECT_FALSE(save(linked, document));
+    EXPECT_TRUE(hears(direct, 1));
+    linked.store->finish();
+}
+
+TEST_F(SqliteFile, KnowsItsOwnLastSavesAndForgetsTheOlderOnes) {
+    ChangeListening listening(
+        "me", [] {}, [] {});
+    for (int i = 0; i < 1000; ++i)
+        listening.addOwnTags(std::array{std::to_string(i)});
+    EXPECT_TRUE(listening.isOwnTag("999") && listening.isOwnTag("990"));
+    EXPECT_FALSE(listening.isOwnTag("0"));
 }
 
 TEST_F(SqliteFile, AFileThatReplacedAnotherIsTheOneThatCounts) {

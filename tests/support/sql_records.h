@@ -16,10 +16,9 @@ namespace tessaril::testing {
 inline constexpr std::chrono::milliseconds generousTime = std::chrono::minutes(1);
 
 /// The tests' server knows its users by their names as passwords.
-inline std::optional<std::string> passwordOf(const std::string& account,
-                                             std::chrono::milliseconds) {
+inline passwordAnswer passwordOf(const std::string& account, std::chrono::milliseconds) {
     const std::size_t begin = account.find("//") + 2;
-    return account.substr(begin, account.find('@') - begin);
+    return {.password = account.substr(begin, account.find('@') - begin)};
 }
 
 inline std::unique_ptr<SqlRecordStore>

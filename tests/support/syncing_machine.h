@@ -25,7 +25,8 @@ struct SyncingMachine : StandInMachine {
         , preferences(folder / "preferences.ini")
         , sqlRecords(
               {.address = [address] { return address; },
-               .passwords = [password](const auto&, auto) { return std::optional(password); },
+               .passwords = [password](const auto&,
+                                       auto) { return passwordAnswer{.password = password}; },
                .operationTime = std::chrono::minutes(1)}) {
         makeBackupFolder(container);
         std::filesystem::create_directory(container / "wormhole");

@@ -32,6 +32,7 @@ TEST(RecordAddress, TellsFilesFromServers) {
     EXPECT_EQ(parsed("sqlite:/a/100%.db").file, "/a/100%.db");
     EXPECT_EQ(parsed("SQLite:///a/b").file, "/a/b");
     EXPECT_EQ(parsed("file:///a/b%20c.db").file, "/a/b c.db");
+    EXPECT_EQ(parsed("file:/a/b").file, "/a/b");
     EXPECT_EQ(parsed("postgresql://me%40home@db.example:5433/my%2Fstyles?sslmode=verify-full&"
                      "sslrootcert=/etc/my%20roots.pem")
                   .server,
@@ -55,6 +56,9 @@ TEST(RecordAddress, LetsNothingThroughThatItDoesNotKnow) {
         "file:///a?mode=ro|https://a/b|postgresql:a|postgresql://|postgresql:///x|"
         "postgresql://me@/x|postgresql://a:b/x|postgresql://a:0/x|postgresql://a:65536/x|"
         "postgresql://a:+1/x|postgresql://[::1/x|postgresql://[::1]x/x|postgresql://a,b/x|"
+        "postgresql://me@home@a/x|postgresql://me@a/x;password=secret|"
+        "postgresql://me@a/x&password=secret|postgresql://me@a/x?user=me:secret|"
+        "postgres:/me:secret@a/x|pgsql://me:secret@a/x|host=a user=me password=secret|"
         "postgresql://a/%FF|postgresql://a/%0A|postgresql://a/x?passfile=/b|"
         "postgresql://a/x?service=b|postgresql://a/x?options=-c%20statement_timeout=0|"
         "postgresql://a/x?connect_timeout=0|postgresql://a/x?sslmode=none|"
@@ -70,6 +74,11 @@ TEST(RecordAddress, FindsAPasswordInAllItsHidingPlaces) {
              {"postgresql://me:@a/x", "postgresql://me@a/x"},
              {"Postgres://me:sec:r@t/@a:1/x?sslmode=require",
               "Postgres://me@a:1/x?sslmode=require"},
+             {"postgresql://me:se?cret@a/x", "postgresql://me@a/x"},
+             {"postgresql://me:s@e?c=@ret@a/x?sslmode=require&password=s",
+              "postgresql://me@a/x?sslmode=require"},
+             {"postgresql://me:secret@a/x?application_name=b@c",
+              "postgresql://me@a/x?application_name=b@c"},
              {"postgresql://me@a/x?password=secret", "postgresql://me@a/x"},
              {"postgresql://me@a/x?p%61ssword=secret&sslmode=require&sslpassword=s",
               "postgresql://me@a/x?sslmode=require"}}) {
@@ -77,8 +86,11 @@ TEST(RecordAddress, FindsAPasswordInAllItsHidingPlaces) {
         EXPECT_EQ(withoutPassword(text), without);
         EXPECT_EQ(faultOf(without), std::nullopt) << without;
     }
-    for (const std::string text : {"/a:b@c", "", "postgresql://me@a:1/x?sslmode=require"})
-        EXPECT_EQ(withoutPassword(text), text);
+    const std::string hopeless = "postgresql://me:secret@a:b/x";
+    EXPECT_EQ(faultOf(hopeless), recordAddressFault::holdsPassword);
+    EXPECT_EQ(withoutPassword(hopeless), std::nullopt);
+    EXPECT_EQ(parsed("postgresql://me@a:1/x?application_name=b@c").server.at("user"), "me")
+        << "which could be a password, were it not understood as it is";
 }
 
 TEST(RecordAddress, KnowsTheAccountAndWhetherANetworkLiesBetween) {
