@@ -110,7 +110,7 @@ TEST_F(StylePropWindowTest, BringsChosenValuesToTheExtension) {
     EXPECT_THAT(values(), ElementsAre("Georgia", "rgba(1,2,3,0.48)", "1", "1", "18.0", "60.5"));
     EXPECT_EQ(style().systemTheme, "light");
     EXPECT_EQ(style().allowIframe, false);
-    const std::string message = machine.files.contents.at("/container/wormhole/styleDBUpdated");
+    const std::string message = machine.files.contents.at("wormhole/styleDBUpdated");
     for (const char* compiled : {"font: Georgia", "rgba(1, 2, 3, 0.48)", "size: 18",
                                  "width: 60.5em", "--t: Mocha", "--w: 1"})
         EXPECT_THAT(message, HasSubstr(compiled));
