@@ -11,19 +11,24 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The program as a user starts it, in a home of its own.
+/// Programs as a user starts them, in a home of their own.
 struct ApplicationProcess : ::testing::Test {
-    std::unique_ptr<QProcess> start(const QStringList& arguments) const {
+    std::unique_ptr<QProcess> start(const QStringList& arguments,
+                                    const char* program = TESSARIL_PROGRAMS "/tessaril") const {
         const QString folder = home.path.c_str();
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        for (const char* name :
-             {"HOME", "XDG_RUNTIME_DIR", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME"})
+        for (const char* name : {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME",
+                                 "XDG_CURRENT_DESKTOP", "DESKTOP_SESSION", "WAYLAND_DISPLAY"})
+            environment.remove(name);
+        for (const char* name : {"HOME", "XDG_RUNTIME_DIR"})
             environment.insert(name, folder);
         environment.insert("QT_QPA_PLATFORM", "offscreen");
+        // The opener of links looks at desktop entries only where there could be a display.
+        environment.insert("DISPLAY", ":nowhere");
         auto process = std::make_unique<QProcess>();
         process->setProcessEnvironment(environment);
         process->setWorkingDirectory(folder);
-        process->start(TESSARIL_PROGRAMS "/tessaril", arguments);
+        process->start(program, arguments);
         return process;
     }
 
@@ -44,7 +49,8 @@ struct ApplicationProcess : ::testing::Test {
     }
 
     const TemporaryFolder home;
-    const fs::path container = home / std::string(applicationGroup);
+    const fs::path share = home / ".local/share";
+    const fs::path container = share / std::string(applicationGroup);
 };
 
 TEST_F(ApplicationProcess, StartsAfterAKilledOneOverADamagedDocument) {
@@ -93,6 +99,33 @@ TEST_F(ApplicationProcess, TakesWhatLaterStartsHandOverUntilItIsToldToEnd) {
     EXPECT_EQ(exitCode(first), 0);
     EXPECT_EQ(styles().size(), 31u);
     EXPECT_TRUE(messageIsTheDocument());
+}
+
+TEST_F(ApplicationProcess, LinksReachTheProgramThatWasInstalledLast) {
+    const auto run = [&](const char* program, const QStringList& arguments) {
+        const auto process = start(arguments, program);
+        EXPECT_EQ(exitCode(process), 0);
+        EXPECT_EQ(process->readAllStandardError(), "");
+    };
+    const fs::path entry = share / "applications/com.tessaril.app.desktop";
+    for (const auto& [folder, word] : {std::pair{"a $ \"b\"", R"("%1/a \\$ \\"b\\"/tessaril")"},
+                                       {"moved", "%1/moved/tessaril"}}) {
+        // A program that writes its arguments down.
+        const fs::path program = home / folder / "tessaril";
+        fs::create_directory(home / folder);
+        writeFile(program, "#!/bin/sh\nprintf '%s\\n' \"$@\" > \"$HOME/arguments\"\n");
+        fs::permissions(program, fs::perms::owner_all);
+        run(TESSARIL_PACKAGING "/install-for-user", {program.c_str()});
+        fs::last_write_time(entry, {});
+        run(TESSARIL_PACKAGING "/install-for-user", {program.c_str()});
+        EXPECT_EQ(fs::last_write_time(entry), fs::file_time_type()) << "nothing to change";
+        const QString line = "\nExec=" + QString(word).arg(home.path.c_str()) + " %U\n";
+        EXPECT_THAT(fileContent(entry), HasSubstr(line.toStdString()));
+    }
+    EXPECT_TRUE(fs::exists(share / "mime/packages/com.tessaril.app.xml"));
+    EXPECT_TRUE(fs::exists(share / "icons/hicolor/scalable/apps/com.tessaril.app.svg"));
+    run("xdg-open", {"tessaril://openstyle/12"});
+    EXPECT_EQ(fileContent(home / "arguments"), "tessaril://openstyle/12\n");
 }
 
 } // namespace

@@ -88,16 +88,6 @@ TEST_F(PosixFileSystemTest, PublishesOneContentUnderSeveralNames) {
               fs::perms::owner_read | fs::perms::owner_write);
 }
 
-TEST_F(PosixFileSystemTest, CopiesWhereTheContentCannotBeLinked) {
-    const fs::path other = "/dev/shm/" + folder.path.filename().string(); // another file system
-    fs::create_directory(other);
-    EXPECT_TRUE(stage("content")->publishAs(other / "file"));
-    EXPECT_EQ(fileContent(other / "file"), "content");
-    EXPECT_EQ(std::distance(fs::directory_iterator(other), {}), 1);
-    EXPECT_THAT(folder.names(), IsEmpty());
-    fs::remove_all(other);
-}
-
 TEST_F(PosixFileSystemTest, LeavesNothingBehindWhereWritingFails) {
     EXPECT_FALSE(files.stage(folder / "missing", {}));
 
@@ -155,50 +145,46 @@ TEST_F(PosixFileSystemTest, ReplacesWhatASymbolicLinkLeadsTo) {
     EXPECT_FALSE(stage("new")->publishAs(folder / "circle"));
 }
 
-TEST_F(PosixFileSystemTest, KeepsAFileThroughItsReplacement) {
-    writeFile(folder / "real", "old");
-    fs::create_symlink("real", folder / "file");
-    EXPECT_TRUE(files.keep(folder / "file", folder / "kept"));
-    EXPECT_TRUE(stage("new")->publishAs(folder / "file"));
-    EXPECT_EQ(fileContent(folder / "file"), "new");
-    EXPECT_FALSE(files.keep(folder / "file", folder / "kept")); // not free
-    EXPECT_EQ(fileContent(folder / "kept"), "old");
-    EXPECT_FALSE(files.keep(folder / "missing", folder / "other"));
-}
-
-TEST_F(PosixFileSystemTest, KeepsACopyWhileTheFileStaysWhereItIs) {
+TEST_F(PosixFileSystemTest, KeepsWhatIsReplacedUnderAFreeName) {
     writeFile(folder / "file", "first");
     fs::create_symlink("file", folder / "link");
-    EXPECT_TRUE(files.keepCopy(folder / "link", folder / "kept"));
-    EXPECT_TRUE(fs::equivalent(folder / "file", folder / "kept")) << "no copying";
-    EXPECT_FALSE(fs::is_symlink(folder / "kept"));
-    EXPECT_TRUE(stage("second")->publishAs(folder / "link"));
-    EXPECT_EQ(fileContent(folder / "kept"), "first");
-    EXPECT_FALSE(files.keepCopy(folder / "file", folder / "kept")); // not free
-    EXPECT_FALSE(files.keepCopy(folder / "missing", folder / "other"));
+    for (const auto how : {&PosixFileSystem::keep, &PosixFileSystem::keepCopy}) {
+        const fs::path kept = folder / (how == &PosixFileSystem::keep ? "kept" : "copy");
+        const auto keep = [&](const char* name, const fs::path& as) {
+            return (files.*how)(folder / name, as);
+        };
+        const std::string before = fileContent(folder / "file");
+        EXPECT_TRUE(keep("link", kept));
+        EXPECT_TRUE(fs::equivalent(folder / "file", kept)) << "no copying";
+        EXPECT_FALSE(fs::is_symlink(kept));
+        EXPECT_TRUE(stage("next")->publishAs(folder / "link"));
+        EXPECT_EQ(fileContent(folder / "file"), "next");
+        EXPECT_FALSE(keep("file", kept)) << "not free";
+        EXPECT_EQ(fileContent(kept), before);
+        EXPECT_FALSE(keep("missing", folder / "other"));
+        EXPECT_FALSE(keep("file", folder / "no" / "such" / "other"));
+    }
     EXPECT_TRUE(files.keepCopy(folder / "file", folder / "removed" / "other"));
     EXPECT_EQ(fs::status(folder / "removed").permissions(), fs::perms::owner_all);
-    EXPECT_FALSE(files.keepCopy(folder / "file", folder / "no" / "such" / "other"));
     EXPECT_FALSE(files.keepCopy(folder.path, folder / "other"));
-    EXPECT_EQ(fileContent(folder / "kept"), "first");
+}
 
-    // Where there are no second names, as between two file systems.
-    const fs::path memory = "/dev/shm";
-    struct stat here {
-    }, there{};
-    if (::stat(folder.path.c_str(), &here) != 0 || ::stat(memory.c_str(), &there) != 0 ||
-        here.st_dev == there.st_dev)
-        GTEST_SKIP() << "there is no other file system";
-    std::string name = memory / "tessaril-XXXXXX";
+TEST_F(PosixFileSystemTest, CopiesToAnotherFileSystem) {
+    std::string name = "/dev/shm/tessaril-XXXXXX";
     ASSERT_TRUE(::mkdtemp(name.data()));
     const fs::path other = name;
-    EXPECT_TRUE(files.keepCopy(folder / "link", other / "copy"));
-    EXPECT_EQ(fileContent(other / "copy"), "second");
-    EXPECT_EQ(fileContent(folder / "file"), "second");
-    EXPECT_TRUE(fs::is_symlink(folder / "link"));
-    EXPECT_FALSE(files.keepCopy(folder / "kept", other / "copy"));
-    EXPECT_EQ(fileContent(other / "copy"), "second");
-    EXPECT_EQ(std::distance(fs::directory_iterator(other), {}), 1);
+    EXPECT_TRUE(stage("content")->publishAs(other / "file"));
+    EXPECT_EQ(fileContent(other / "file"), "content");
+    EXPECT_THAT(folder.names(), IsEmpty());
+    writeFile(folder / "file", "first");
+    fs::create_symlink("file", folder / "link");
+    for (const char* content : {"first", "second"}) {
+        writeFile(folder / "file", content);
+        EXPECT_EQ(files.keepCopy(folder / "link", other / "copy"), *content == 'f') << "not free";
+        EXPECT_EQ(fileContent(folder / "link"), content);
+        EXPECT_EQ(fileContent(other / "copy"), "first");
+    }
+    EXPECT_EQ(std::distance(fs::directory_iterator(other), {}), 2);
     fs::remove_all(other);
 }
 
@@ -210,12 +196,13 @@ TEST_F(PosixFileSystemTest, ComparesFilesByTheirBytes) {
     writeFile(folder / "other end", content);
     writeFile(folder / "longer", content + "y");
     ASSERT_TRUE(files.keepCopy(folder / "a", folder / "same"));
-    EXPECT_TRUE(files.haveSameContent(folder / "a", folder / "b"));
-    EXPECT_TRUE(files.haveSameContent(folder / "a", folder / "same"));
-    EXPECT_FALSE(files.haveSameContent(folder / "a", folder / "other end"));
-    EXPECT_FALSE(files.haveSameContent(folder / "other end", folder / "longer"));
-    EXPECT_FALSE(files.haveSameContent(folder / "a", folder / "missing"));
-    EXPECT_FALSE(files.haveSameContent(folder.path, folder.path));
+    for (const auto& [one, other, wanted] : {std::tuple("a", "b", true),
+                                             {"a", "same", true},
+                                             {"a", "other end", false},
+                                             {"other end", "longer", false},
+                                             {"a", "missing", false},
+                                             {".", ".", false}})
+        EXPECT_EQ(files.haveSameContent(folder / one, folder / other), wanted) << one << other;
 }
 
 TEST_F(PosixFileSystemTest, SendsMessagesThatShareTheirFileWithTheDocument) {
@@ -258,9 +245,9 @@ std::optional<std::vector<int>> expectedStatesIn(const std::filesystem::path& fi
 
 /// Runs the saving process until it has confirmed some states, and kills it at a random instant
 /// within the next ones. Gives the last state that it has confirmed; nothing when it did not run.
-std::optional<int> killedSavingProcess(const QStringList& arguments, std::mt19937& random) {
+std::optional<int> killedSavingProcess(const fs::path& container, std::mt19937& random) {
     QProcess process;
-    process.start(TESSARIL_PROGRAMS "/tessaril_saving_process", arguments);
+    process.start(TESSARIL_PROGRAMS "/tessaril_saving_process", {container.c_str()});
     int confirmed = 0;
     for (auto confirmations = 1 + random() % 3; confirmations > 0; --confirmations) {
         while (!process.canReadLine())
@@ -280,50 +267,37 @@ std::optional<int> killedSavingProcess(const QStringList& arguments, std::mt1993
     return confirmed;
 }
 
-TEST(KilledSaves, LeaveAWholeDocumentInAnExpectedStateThatNeverGoesBack) {
+TEST(KilledSaves, LeaveWholeFilesInAnExpectedStateThatNeverGoesBack) {
     constexpr int kills = 220;
     const TemporaryFolder container;
     std::mt19937 random(17);
     std::optional<int> confirmed;
     for (int kill = 0; kill < kills; ++kill) {
         SCOPED_TRACE(kill);
-        confirmed = killedSavingProcess({QString::fromStdString(container.path.string())}, random);
+        confirmed = killedSavingProcess(container.path, random);
         ASSERT_TRUE(confirmed);
         const auto document = expectedStatesIn(container / "styledb.sdb");
         ASSERT_TRUE(document && expectedStatesIn(container / "wormhole/styleDBUpdated"));
         ASSERT_GE(document->back(), *confirmed) << "a finished save is lost";
+        const SettingsStore settings(container / "tessaril.conf");
+        const auto first = settings.value("first", std::int64_t{});
+        const auto last = settings.value("last", std::int64_t{});
+        ASSERT_TRUE(first && last);
+        ASSERT_GE(std::get<std::int64_t>(*last), *confirmed) << "a finished set is lost";
+        ASSERT_LE(std::get<std::int64_t>(*first) - std::get<std::int64_t>(*last), 1);
     }
     EXPECT_GT(confirmed, kills);
 
     removeStaleStagedFiles(container.path);
     removeStaleStagedFiles(container / "wormhole");
-    EXPECT_THAT(container.names(), UnorderedElementsAre("styledb.sdb", "wormhole", "backups"))
-        << "nothing torn";
+    EXPECT_THAT(container.names(),
+                UnorderedElementsAre("styledb.sdb", "wormhole", "backups", "tessaril.conf"))
+        << "nothing torn, no lock";
     PosixFileSystem files;
     const auto kept = DatabaseBackups(files, container / "backups", {}, systemSeconds).list();
     EXPECT_FALSE(kept.empty());
     for (const databaseBackup& each : kept)
         EXPECT_TRUE(decodeDatabase(fileContent(each.file)));
-}
-
-TEST(KilledSaves, LeaveWholePreferencesThatTheNextStartGoesOnWith) {
-    constexpr int kills = 60;
-    const TemporaryFolder folder;
-    const QStringList arguments{QString::fromStdString(folder.path.string()), "tessaril.conf"};
-    std::mt19937 random(18);
-    for (int kill = 0; kill < kills; ++kill) {
-        SCOPED_TRACE(kill);
-        const auto confirmed = killedSavingProcess(arguments, random);
-        ASSERT_TRUE(confirmed);
-        const SettingsStore store(folder / "tessaril.conf");
-        const auto first = store.value("first", std::int64_t{});
-        const auto last = store.value("last", std::int64_t{});
-        ASSERT_TRUE(first && last);
-        EXPECT_GE(std::get<std::int64_t>(*last), *confirmed) << "a finished set is lost";
-        EXPECT_LE(std::get<std::int64_t>(*first) - std::get<std::int64_t>(*last), 1);
-    }
-    removeStaleStagedFiles(folder.path);
-    EXPECT_THAT(folder.names(), ElementsAre("tessaril.conf")) << "nothing torn, no lock";
 }
 
 TEST(ExtensionState, IsWhatTheBrowserSideWroteLast) {
@@ -404,6 +378,7 @@ TEST(SettingsStore, KeepsEveryTypeInAFileThatOtherProgramsReadAndWrite) {
 TEST(SettingsStore, KeepsWhatItCannotReadBesideItAndStartsEmpty) {
     const TemporaryFolder folder;
     const fs::path file = folder / "settings.ini";
+    std::size_t kept = 0;
     const auto startOver = [&] {
         CapturedLog log;
         SettingsStore store(file);
@@ -411,17 +386,15 @@ TEST(SettingsStore, KeepsWhatItCannotReadBesideItAndStartsEmpty) {
         EXPECT_THAT(log.take(), HasSubstr("kept as " + (folder / "settings-unreadable-").string()));
         store.setValue("y", "1");
         EXPECT_EQ(fileContent(file), "[General]\ny=1\n");
-        EXPECT_EQ(SettingsStore(file).value("y", ""), preferenceValue("1"));
+        EXPECT_EQ(folder.names().size(), ++kept + 1) << "each kept once";
     };
-    writeFile(file, "x=1\n\xFF\xFE\n");
-    startOver();
-    writeFile(file, "[General\nx=1");
-    startOver();
-    EXPECT_EQ(folder.names().size(), 3U) << "each kept once";
+    for (const char* damaged : {"x=1\n\xFF\xFE\n", "[General\nx=1"}) {
+        writeFile(file, damaged);
+        startOver();
+    }
     fs::remove(file);
     fs::create_directory(file);
     startOver();
-    EXPECT_EQ(folder.names().size(), 4U) << "the folder is kept too";
 }
 
 TEST(SettingsStore, LosesNothingWhileOthersDamageDeleteOrChangeTheFile) {
@@ -437,22 +410,15 @@ TEST(SettingsStore, LosesNothingWhileOthersDamageDeleteOrChangeTheFile) {
     };
     fs::remove(file);
     setOver(1);
-    writeFile(file, "");
-    setOver(2);
-    {
-        CapturedLog log;
-        writeFile(file, "author=\xFF");
-        setOver(3);
+    CapturedLog log;
+    // Empty, damaged, and cut short.
+    for (const char* content : {"", "author=\xFF", "[General]\nauthor=Ja"}) {
+        writeFile(file, content);
+        setOver(2 + *content);
     }
-    EXPECT_EQ(folder.names().size(), 2U) << "the damaged one is kept";
-    {
-        CapturedLog log;
-        writeFile(file, "[General]\nauthor=Ja"); // cut short
-        setOver(4);
-        writeFile(file, "[General]\nauthor=Jane\ncou");
-        EXPECT_EQ(SettingsStore(file).value("author", ""), preferenceValue("Jane"));
-    }
-    EXPECT_EQ(folder.names().size(), 4U) << "so are those that were cut short";
+    writeFile(file, "[General]\nauthor=Jane\ncou");
+    EXPECT_EQ(SettingsStore(file).value("author", ""), preferenceValue("Jane"));
+    EXPECT_EQ(folder.names().size(), 4U) << "what was not whole is kept";
     writeFile(file, "; a note and no value\n");
     SettingsStore(file).setValue("author", "Jane");
     EXPECT_THAT(fileContent(file), HasSubstr("; a note"));

@@ -1,11 +1,5 @@
-#include "compile/style_compiler.h"
-#include "desktop/directory_resources.h"
 #include "desktop/javascript_core_engine.h"
-#include "support/recording_alerts.h"
-#include "support/recording_compiler_errors.h"
 #include "support/test.h"
-
-#include <unistd.h>
 
 #include <thread>
 
@@ -118,80 +112,6 @@ TEST_F(JavaScriptCoreEngineTest, limitsACompilationAsAWholeAndNotTheNext) {
         EXPECT_EQ(made->global("end"), std::nullopt);
         EXPECT_THAT(exceptions, ElementsAre(stoppedText));
     }
-}
-
-struct RealCompilersTest : ::testing::Test {
-    /// The only section's CSS without its white space; the error's text where it failed.
-    std::string css(std::string preprocessor, std::string code) {
-        RecordingCompilerErrors errors;
-        styleContainer style;
-        style.preprocessor = std::move(preprocessor);
-        style.styleData.sections = {{.regexps = {"https://a\\.b/.*"}, .code = std::move(code)}};
-        style.userVariables = {{.type = "text", .name = "width", .currentValue = "10px"}};
-        StyleCompiler(engine, resources, alerts, errors).compileStyle(style);
-        const auto& sections = style.styleData.compSections;
-        EXPECT_EQ(sections.has_value(), errors.errors.empty());
-        if (!sections) return errors.errors.empty() ? "" : errors.errors.front().text;
-        EXPECT_THAT(sections->front().regexps, ElementsAre("https://a\\.b/.*"));
-        std::string text = sections->front().code;
-        std::erase_if(text, [](char c) { return c == ' ' || c == '\n' || c == '\t'; });
-        return text;
-    }
-
-    const CapturedLog log;
-    JavaScriptCoreEngine engine;
-    DirectoryResources resources{TESSARIL_RESOURCES};
-    RecordingAlerts alerts;
-};
-
-TEST_F(RealCompilersTest, compileWithTheirVariablesOrSayWhatIsWrongAndWhere) {
-    EXPECT_EQ(css("less", "a { b { width: @width + 5; color: darken(#fff, 100%) } } // end"),
-              "ab{width:15px;color:#000000;}");
-    EXPECT_EQ(css("stylus", "a\n\tb\n\t\twidth width + 5\n\t\tcontent '\U0001F600'"),
-              "ab{width:15px;content:'\U0001F600';}");
-    EXPECT_THAT(css("less", "a {\n  color: @nope;\n}"),
-                AllOf(HasSubstr("variable @nope is undefined"), HasSubstr("line 6, column 11")));
-    EXPECT_THAT(css("stylus", "a {\n  b: c)\n}"), HasSubstr("stylus:6:9")); // not the engine's own
-}
-
-TEST_F(RealCompilersTest, neitherReachTheNetworkNorRunScripts) {
-    EXPECT_THAT(css("less", "@import \"https://example.org/lib.less\";"),
-                AllOf(HasSubstr("lib."), HasSubstr("wasn't found")));
-    EXPECT_THAT(css("less", "@plugin \"https://example.org/p.js\";"), HasSubstr("not allowed"));
-    EXPECT_THAT(css("less", "a { w: `1 + 1` }"), HasSubstr("JavaScript is not enabled"));
-    EXPECT_THAT(css("stylus", "@import 'lib'"), HasSubstr("failed to locate"));
-    EXPECT_THAT(css("stylus", "use('p.js')\na { b: json('c.json') }"), HasSubstr("c.json"));
-}
-
-TEST_F(RealCompilersTest, giveMemoryBackAfterManyCompilations) {
-    const auto residentPages = [] {
-        long whole = 0;
-        long resident = 0;
-        std::ifstream("/proc/self/statm") >> whole >> resident;
-        return resident;
-    };
-    const auto compileMany = [&](int count) {
-        for (int i = 0; i < count; ++i)
-            EXPECT_EQ(css("less", "a { width: @width }"), "a{width:10px;}");
-    };
-    compileMany(60); // the engine's own working set
-    const long before = residentPages();
-    compileMany(300);
-    EXPECT_LT(residentPages(), before + (40 << 20) / ::sysconf(_SC_PAGESIZE));
-}
-
-TEST_F(RealCompilersTest, workFromSeveralThreads) {
-    std::vector<std::thread> threads;
-    for (int number = 1; number <= 4; ++number)
-        threads.emplace_back([&, number] {
-            for (int i = 0; i < 5; ++i) {
-                const std::string width = std::to_string(number * 100 + i) + "px";
-                EXPECT_EQ(css("less", "a { width: " + width + " }"), "a{width:" + width + ";}");
-                EXPECT_EQ(css("stylus", "a\n\twidth " + width), "a{width:" + width + ";}");
-            }
-        });
-    for (std::thread& thread : threads)
-        thread.join();
 }
 
 } // namespace

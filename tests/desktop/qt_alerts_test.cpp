@@ -6,6 +6,7 @@
 #include <QtWidgets>
 
 #include <atomic>
+#include <latch>
 
 namespace tessaril {
 namespace {
@@ -137,6 +138,24 @@ TEST(QtDispatcherThreads, ABusyPriorityKeepsNoOtherWaiting) {
     EXPECT_TRUE(eventually([&] { return saved.load(); }));
     release = true;
     release.notify_all();
+}
+
+TEST(QtDispatcherThreads, StartsOtherTasksBesideThoseThatWait) {
+    QtDispatcher dispatcher;
+    constexpr int waiting = 12;
+    std::latch started(waiting);
+    std::latch saved(1);
+    for (int i = 0; i < waiting; ++i)
+        dispatcher.inBackground(taskPriority::utility, [&] {
+            dispatcher.whileWaiting([&] {
+                started.count_down();
+                saved.wait();
+            });
+        });
+    started.wait();
+    dispatcher.inBackground(taskPriority::utility, [&] { saved.count_down(); });
+    dispatcher.finish(); // would never return
+    EXPECT_TRUE(saved.try_wait());
 }
 
 TEST(QtDispatcherThreads, FinishLosesNothingThatWasBegun) {

@@ -1,7 +1,6 @@
 // Changes the styles of a container and saves them without end, for a test that kills it. In state
-// N every style's code begins with N; the styles are changed in order. Prints N after N is saved.
-// With a second argument it sets preferences in that file instead: in state N the keys "first" and
-// "last" are set to N, in this order.
+// N every style's code begins with N; the styles are changed in order, after the preference "first"
+// is set to N and before "last" is. Prints N after all of that is stored.
 
 #include "desktop/folder_message_channel.h"
 #include "desktop/own_folders.h"
@@ -14,33 +13,12 @@
 #include "support/thread_dispatcher.h"
 
 #include <cstdio>
-#include <cstdlib>
 
 using namespace tessaril;
 using namespace tessaril::testing;
 
-namespace {
-
-void confirm(int state) {
-    std::printf("%d\n", state);
-    std::fflush(stdout);
-}
-
-[[noreturn]] void setWithoutEnd(const std::filesystem::path& file) {
-    SettingsStore store(file);
-    const auto last = store.value("last", std::int64_t{});
-    for (std::int64_t state = last ? std::get<std::int64_t>(*last) + 1 : 1;; ++state) {
-        store.setValue("first", state);
-        store.setValue("last", state);
-        confirm(static_cast<int>(state));
-    }
-}
-
-} // namespace
-
-int main(int argc, char* argv[]) {
+int main(int, char* argv[]) {
     const std::filesystem::path container = argv[1];
-    if (argc > 2) setWithoutEnd(container / argv[2]);
     makeBackupFolder(container);
     PosixFileSystem files;
     FolderMessageChannel channel(files, container);
@@ -61,8 +39,10 @@ int main(int argc, char* argv[]) {
     constexpr std::int64_t styleCount = 6;
     for (std::int64_t id = 0; id < styleCount; ++id)
         if (!store.styleWithID(id)) store.appendStyle(namedStyle(std::to_string(id), id));
-    const std::string last = store.styleWithID(0)->styleData.sections.front().code;
-    for (int state = std::atoi(last.c_str()) + 1;; ++state) {
+    SettingsStore settings(container / "tessaril.conf");
+    const auto last = settings.value("last", std::int64_t{});
+    for (std::int64_t state = last ? std::get<std::int64_t>(*last) + 1 : 1;; ++state) {
+        settings.setValue("first", state);
         const std::string code = std::to_string(state) + std::string(20000, ' ');
         for (std::int64_t id = 0; id < styleCount; ++id) {
             store.setStyleData(id, makeStyleJSON(std::to_string(id), code));
@@ -70,7 +50,9 @@ int main(int argc, char* argv[]) {
         }
         store.saveDatabase();
         store.finishSaves();
-        confirm(state);
+        settings.setValue("last", state);
+        std::printf("%d\n", static_cast<int>(state));
+        std::fflush(stdout);
         if (!alerts.alerts.empty()) return 1;
     }
 }

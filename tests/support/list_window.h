@@ -1,25 +1,30 @@
 #pragma once
 
-#include "support/event_loop.h"
 #include "support/sample_styles.h"
 #include "support/stand_in_machine.h"
+#include "support/user.h"
 #include "support/window_commands.h"
+#include "windows/other_windows.h"
 #include "windows/style_list_view.h"
-
-#include <QtWidgets>
 
 namespace tessaril::testing {
 
-/// The main window over an application in memory.
+/// The main window and those that it opens, over an application in memory.
 struct ListWindow {
-    using Adjust = std::function<void(mainWindowCommands&)>;
+    using Paths = std::vector<std::filesystem::path>;
 
-    explicit ListWindow(const Adjust& adjust = [](auto&) {})
-        : window([&] {
-            mainWindowCommands commands = windowCommands(application);
-            adjust(commands);
-            return commands;
-        }()) {}
+    mainWindowCommands commands() {
+        mainWindowCommands all = windowCommands(application);
+        all.canImport = [this] { return canImport; };
+        all.importFiles = [this](const Paths& paths) { importedFiles = paths; };
+        all.openFiles = [this](const Paths& paths) { openedFiles = paths; };
+        all.openPreferences = [this] { others.openPreferences(window); };
+        all.pasteStyle = [this] { others.openPasteWindow(window); };
+        all.importFromURL = [this] { others.openImportSheet(window); };
+        all.restoreFromBackup = [this] { others.openRestoreSheet(window); };
+        all.mayClose = [this](auto retry) { return others.mayClose(std::move(retry)); };
+        return all;
+    }
 
     static bool isOnDisplay() { return QGuiApplication::platformName() != "offscreen"; }
     void showWindow() {
@@ -28,6 +33,17 @@ struct ListWindow {
         // A bare display has nobody who makes a window the active one.
         EXPECT_TRUE(isOnDisplay() ? QTest::qWaitForWindowExposed(&window)
                                   : QTest::qWaitForWindowActive(&window));
+    }
+    /// Styles with the names A, B, C, ... and the identifiers 1, 2, 3, ...
+    void show(int count) {
+        for (int id = 1; id <= count; ++id)
+            application.store().appendStyle(namedStyle(std::string(1, char('A' + id - 1)), id));
+        showWindow();
+    }
+    /// Does what is to be done, and draws it.
+    void settle() {
+        machine.dispatcher.runAll();
+        QCoreApplication::processEvents();
     }
     bool isEnabled(std::int64_t id) { return application.store().findStyle(id)->isEnabled; }
 
@@ -44,12 +60,17 @@ struct ListWindow {
     }
     template <class Widget>
     Widget& part(const char* name) {
-        return *window.findChild<Widget*>(name);
+        return partOf<Widget>(window, name);
     }
 
     StandInMachine machine;
     Application application{machine.surroundings()};
-    MainWindow window;
+    std::function<shownWebView(QWidget*)> makeWebView = [](QWidget*) { return shownWebView(); };
+    OtherWindows others{application, [this](QWidget* parent) { return makeWebView(parent); },
+                        TESSARIL_RESOURCES "/Ace/index.html"};
+    bool canImport = false;
+    Paths importedFiles, openedFiles;
+    MainWindow window{commands()};
     StyleListView& view = part<StyleListView>("styleList");
 };
 

@@ -3,8 +3,8 @@
 
     style_site.py FOLDER
 
-Writes one line: the port of http, the port of https, and the file with the certificate authority
-that signed for 127.0.0.1 and for no other name. Ends when its standard input does. Every request's
+Writes one line: the port of http, the port of https, and the file with the certificate, which is
+for 127.0.0.1 and no other name. Ends when its standard input does. Every request's
 path and user agent are a line of FOLDER/requests.log, with a tab between them.
 
 How a file is answered, words in FILE.how say:
@@ -14,7 +14,6 @@ How a file is answered, words in FILE.how say:
     type=TYPE           as of that content type
     gzip                compressed
     chunked             without a length
-    delay=MILLISECONDS  after a while
     hold                never, with the connection left open
     closed              by nothing: the connection is closed
     truncated           by its first half
@@ -35,19 +34,13 @@ import time
 import urllib.parse
 
 
-def make_certificates(folder):
-    """Makes the authority `ca.pem`, and `server.pem` with `server.key`."""
-
-    def openssl(*arguments):
-        subprocess.run(["openssl", *arguments], cwd=folder, check=True, capture_output=True)
-
-    new_key = ["-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes"]
-    openssl("req", "-x509", *new_key, "-keyout", "ca.key", "-out", "ca.pem", "-days", "2",
-            "-subj", "/CN=Test authority")
-    openssl("req", *new_key, "-keyout", "server.key", "-out", "server.csr", "-subj", "/CN=Test")
-    (folder / "names").write_text("subjectAltName=IP:127.0.0.1\n")
-    openssl("x509", "-req", "-in", "server.csr", "-CA", "ca.pem", "-CAkey", "ca.key",
-            "-CAcreateserial", "-days", "2", "-extfile", "names", "-out", "server.pem")
+def make_certificate(folder):
+    """Makes `server.pem`, which vouches for itself, with `server.key`."""
+    subprocess.run(["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt",
+                    "ec_paramgen_curve:prime256v1", "-nodes", "-keyout", "server.key",
+                    "-out", "server.pem", "-days", "2", "-subj", "/CN=Test",
+                    "-addext", "subjectAltName=IP:127.0.0.1"],
+                   cwd=folder, check=True, capture_output=True)
 
 
 class Handler(http.server.BaseHTTPRequestHandler):
@@ -68,7 +61,6 @@ class Handler(http.server.BaseHTTPRequestHandler):
         words = how_file.read_text().split() if how_file.is_file() else []
         how = dict(word.partition("=")[::2] for word in words)
 
-        time.sleep(int(how.get("delay", 0)) / 1000)
         while "hold" in how:
             time.sleep(60)
         if "closed" in how:
@@ -109,32 +101,21 @@ class Server(http.server.ThreadingHTTPServer):
         """The other side may go whenever it likes."""
 
 
-class SecureServer(Server):
-    def __init__(self, address, handler, context):
-        super().__init__(address, handler)
-        self.context = context
-
-    def finish_request(self, request, client_address):
-        """On the request's own thread, unlike what accepts the connection."""
-        with self.context.wrap_socket(request, server_side=True) as secured:
-            super().finish_request(secured, client_address)
-
-
 def main():
     Handler.protocol_version = "HTTP/1.1"
     Handler.root = pathlib.Path(sys.argv[1])
     with tempfile.TemporaryDirectory() as made:
-        certificates = pathlib.Path(made)
-        make_certificates(certificates)
+        certificate = pathlib.Path(made) / "server.pem"
+        make_certificate(made)
         context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
-        context.load_cert_chain(certificates / "server.pem", certificates / "server.key")
-        address = ("127.0.0.1", 0)
-        servers = {"http:": Server(address, Handler),
-                   "https:": SecureServer(address, Handler, context)}
+        context.load_cert_chain(certificate, certificate.with_suffix(".key"))
+        servers = {scheme: Server(("127.0.0.1", 0), Handler) for scheme in ("http:", "https:")}
+        secure = servers["https:"]
+        secure.socket = context.wrap_socket(secure.socket, server_side=True)
         for scheme, server in servers.items():
             Handler.ports[scheme] = server.server_address[1]
             threading.Thread(target=server.serve_forever, daemon=True).start()
-        print(*Handler.ports.values(), certificates / "ca.pem", flush=True)
+        print(*Handler.ports.values(), certificate, flush=True)
         sys.stdin.read()
 
 

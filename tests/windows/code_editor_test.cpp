@@ -1,14 +1,10 @@
-#include "support/event_loop.h"
 #include "support/recording_web_view.h"
 #include "support/test.h"
+#include "support/user.h"
 #include "windows/code_editor.h"
-
-#include <QtWidgets>
 
 namespace tessaril {
 namespace {
-
-using tag = textFinderAction;
 
 /// A web view whose page is the test's.
 struct PageWidget : QWidget, RecordingWebView {
@@ -34,14 +30,10 @@ struct CodeEditorTest : ::testing::Test {
 
     template <class Widget>
     Widget& part(const char* name) {
-        return *first.findChild<Widget*>(name);
+        return partOf<Widget>(first, name);
     }
     PageWidget& page() { return *first.findChild<PageWidget*>(); }
     QString matchCount() { return part<QLabel>("matchCount").text(); }
-    static void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
-        QTest::keyClick(QApplication::focusWidget(), key, modifiers);
-    }
-    static void write(const char* text) { QTest::keyClicks(QApplication::focusWidget(), text); }
 
     NotificationCenter center;
     UndoManager undo;
@@ -57,54 +49,49 @@ struct CodeEditorTest : ::testing::Test {
 
 TEST_F(CodeEditorTest, FindsByKeysAndGivesTheFocusBack) {
     ASSERT_TRUE(page().hasFocus());
-    press(Qt::Key_F, Qt::ControlModifier);
+    press("Ctrl+F");
     EXPECT_TRUE(part<QLineEdit>("findField").hasFocus());
     EXPECT_FALSE(part<QLineEdit>("replaceField").isVisible());
     EXPECT_FALSE(second.findChild<QLineEdit*>("findField")->isVisible());
-    write("one");
-    press(Qt::Key_Return);
+    press("'one' Return");
     EXPECT_EQ(matchCount(), "2 of 2");
-    press(Qt::Key_Return, Qt::ShiftModifier);
-    press(Qt::Key_Return, Qt::ShiftModifier);
+    press("Shift+Return Shift+Return");
     EXPECT_EQ(matchCount(), "2 of 2, wrapped");
-    press(Qt::Key_G, Qt::ControlModifier | Qt::ShiftModifier);
+    press("Ctrl+Shift+G");
     EXPECT_EQ(bridge.firstSelectedRange(), (textRange{0, 3}));
-    write("x");
+    press("'x'");
     EXPECT_EQ(matchCount(), "Not found");
-    press(Qt::Key_F, Qt::ControlModifier);
-    write("o"); // instead of all that stood there
+    press("Ctrl+F 'o'"); // instead of all that stood there
     part<QCheckBox>("matchCase").click();
     EXPECT_EQ(matchCount(), "1 of 2");
 
     page().taken();
-    press(Qt::Key_Escape);
+    press("Esc");
     EXPECT_TRUE(page().hasFocus() && dialog.isVisible());
     EXPECT_FALSE(part<QLineEdit>("findField").isVisible());
     EXPECT_THAT(page().taken(), Contains("focusEditor();"));
-    press(Qt::Key_F3);
+    press("F3");
     EXPECT_EQ(bridge.firstSelectedRange(), (textRange{6, 1}));
 }
 
 TEST_F(CodeEditorTest, ReplacesAndReachesEveryPartOfTheBarByKeyboard) {
-    press(Qt::Key_H, Qt::ControlModifier);
-    write("one");
+    press("Ctrl+H 'one'");
     QStringList order;
-    for (; order.size() < 8; press(Qt::Key_Tab)) {
+    for (; order.size() < 8; press("Tab")) {
         const QWidget* focused = QApplication::focusWidget();
         order << focused->accessibleName() + focused->property("text").toString();
     }
     EXPECT_EQ(order.join(' ').toStdString(), "Findone Previous Match Next Match Match &Case &Done "
                                              "Replace with &Replace Replace &All");
 
-    press(Qt::Key_T, Qt::AltModifier);
+    press("Alt+T");
     EXPECT_TRUE(part<QLineEdit>("replaceField").hasFocus());
-    write("1");
-    press(Qt::Key_R, Qt::AltModifier);
+    press("'1' Alt+R");
     page().answer(bridge.string()); // that nothing was typed meanwhile
     ASSERT_TRUE(eventually([&] { return bridge.string() == "1 two One three"; }));
     page().answer(bridge.string());
     EXPECT_EQ(matchCount(), "1 of 1");
-    press(Qt::Key_A, Qt::AltModifier);
+    press("Alt+A");
     page().answer(bridge.string());
     ASSERT_TRUE(eventually([&] { return bridge.string() == "1 two 1 three"; }));
     page().answer(bridge.string());
@@ -125,7 +112,7 @@ TEST_F(CodeEditorTest, SaysThatThereIsNoPage) {
     for (int loss = 0; loss < 4; ++loss)
         page().observer->pageLost();
     EXPECT_TRUE(part<QLabel>("editorNotice").isVisible() && !page().isVisible());
-    press(Qt::Key_H, Qt::ControlModifier); // nothing to see, nothing to replace
+    press("Ctrl+H"); // nothing to see, nothing to replace
     EXPECT_FALSE(part<QWidget>("findBar").isVisible());
 }
 

@@ -1,8 +1,6 @@
-#include "support/event_loop.h"
 #include "support/test.h"
+#include "support/user.h"
 #include "windows/rule_editor_sheet.h"
-
-#include <QtWidgets>
 
 namespace tessaril {
 namespace {
@@ -23,20 +21,9 @@ struct RuleEditorSheetTest : ::testing::Test, RuleEditorDelegate {
     std::optional<ruleDictionary> rulesForCurrentSection() override { return section; }
     void applyRules(const ruleDictionary& rules) override { applied = rules; }
 
-    QToolButton& button(const char* name) { return *sheet->findChild<QToolButton*>(name); }
-    void press(const char* name) { QTest::mouseClick(&button(name), Qt::LeftButton); }
-    void click(int row, int column) {
-        QTest::mouseClick(view->viewport(), Qt::LeftButton, {},
-                          view->visualRect(view->model()->index(row, column)).center());
-    }
-    void key(Qt::Key key, Qt::KeyboardModifiers with = {}) {
-        QWidget* target = QApplication::focusWidget();
-        if (QWidget* popup = QApplication::activePopupWidget())
-            target = popup->focusWidget() ? popup->focusWidget() : popup;
-        QTest::keyClick(target, key, with);
-        QCoreApplication::processEvents();
-    }
-    void type(const QString& text) { QTest::keyClicks(QApplication::focusWidget(), text); }
+    QToolButton& button(const char* name) { return partOf<QToolButton>(*sheet, name); }
+    void click(int row, int column) { clickRow(*view, view->model()->index(row, column)); }
+    static void key(const char* words) { press(words, true); }
     QLineEdit* field() { return qobject_cast<QLineEdit*>(QApplication::focusWidget()); }
     int selectedRow() {
         const QModelIndexList selected = view->selectionModel()->selectedRows();
@@ -44,7 +31,7 @@ struct RuleEditorSheetTest : ::testing::Test, RuleEditorDelegate {
     }
     /// Saves and gives the rows that were applied.
     Rows saved() {
-        QTest::keyClick(sheet, Qt::Key_S, Qt::ControlModifier);
+        press("Ctrl+S");
         EXPECT_TRUE(eventually([this] { return !sheet; }));
         return applied ? applied->dictionary : Rows{};
     }
@@ -58,24 +45,22 @@ struct RuleEditorSheetTest : ::testing::Test, RuleEditorDelegate {
 TEST_F(RuleEditorSheetTest, AddsAndEditsInPlaceAndSavesWithTheFieldOpen) {
     open({});
     EXPECT_TRUE(sheet->findChild<QLabel*>("emptyNote")->isVisible());
-    press("addRuleButton");
+    clickOn(button("addRuleButton"));
     EXPECT_FALSE(sheet->findChild<QLabel*>("emptyNote")->isVisible());
     ASSERT_TRUE(field());
-    type("a.example");
-    key(Qt::Key_Return);
+    key("'a.example' Return");
     ASSERT_TRUE(sheet && sheet->isVisible()) << "the key was for the field";
     EXPECT_EQ(QApplication::focusWidget(), view);
 
     button("addRuleButton").setFocus();
     QTimer::singleShot(0, sheet, [this] { // the menu runs a loop of its own
-        key(Qt::Key_Up);
-        key(Qt::Key_Return);
+        key("Up Return");
     });
-    key(Qt::Key_Down);
+    key("Down");
     ASSERT_TRUE(field());
     EXPECT_EQ(selectedRow(), 1);
     EXPECT_TRUE(field()->placeholderText().startsWith("https://(www")) << "of an expression";
-    type(" x{2}");
+    press("' x{2}'");
     EXPECT_EQ(saved(), (Rows{{"Domain", "a.example"}, {"RegExp", " x{2}"}}));
     EXPECT_EQ(applied->sectionName, "Name");
 }
@@ -85,21 +70,14 @@ TEST_F(RuleEditorSheetTest, ChangesTheTypeInItsMenu) {
     click(0, 0);
     auto* menu = qobject_cast<QComboBox*>(view->indexWidget(view->model()->index(0, 0)));
     ASSERT_TRUE(menu && menu->view()->isVisible()) << "by one click";
-    key(Qt::Key_Down);
-    key(Qt::Key_Down);
-    key(Qt::Key_Return);
+    key("Down Down Return");
     EXPECT_TRUE(eventually([this] { return QApplication::focusWidget() == view; }));
 
-    key(Qt::Key_Down);
+    key("Down");
     EXPECT_EQ(view->currentIndex().data(), "Strange");
-    key(Qt::Key_Space);
-    key(Qt::Key_Escape); // nothing was chosen
+    key("Space Esc"); // nothing was chosen
     EXPECT_TRUE(eventually([this] { return QApplication::focusWidget() == view; }));
-    key(Qt::Key_Down);
-    key(Qt::Key_Right);
-    key(Qt::Key_Down, Qt::AltModifier);
-    key(Qt::Key_Down);
-    key(Qt::Key_Return);
+    key("Down Right Alt+Down Down Return");
     EXPECT_EQ(saved(), (Rows{{"URL starts with", "a"}, {"Strange", "b"}, {"URL is", "c"}}));
 }
 
@@ -108,22 +86,22 @@ TEST_F(RuleEditorSheetTest, RemovesByButtonAndKeyAndSelectsWhatTakesThePlace) {
     EXPECT_FALSE(button("removeRuleButton").isEnabled());
     click(1, 1);
     EXPECT_EQ(QApplication::focusWidget(), view) << "the first click selects";
-    key(Qt::Key_Delete);
+    key("Del");
     EXPECT_EQ(selectedRow(), 1);
     click(1, 1);
     ASSERT_TRUE(field()) << "the second edits";
-    type("!");
-    key(Qt::Key_Backspace); // within the text
-    press("removeRuleButton");
+    key("'!' Backspace"); // within the text
+    clickOn(button("removeRuleButton"));
     EXPECT_EQ(selectedRow(), 1);
-    key(Qt::Key_Backspace);
+    key("Backspace");
     EXPECT_EQ(selectedRow(), 0) << "the last";
     EXPECT_EQ(QApplication::focusWidget(), view);
     button("removeRuleButton").setFocus();
-    key(Qt::Key_Space);
+    key("Space");
     EXPECT_FALSE(button("removeRuleButton").isEnabled());
     EXPECT_EQ(QApplication::focusWidget(), view) << "not a button, for the next key press";
-    QTest::keyClick(sheet->findChild<QLineEdit*>("sectionNameField"), Qt::Key_Return);
+    partOf<QWidget>(*sheet, "sectionNameField").setFocus();
+    press("Return");
     EXPECT_TRUE(eventually([this] { return !sheet; }));
     EXPECT_TRUE(applied && applied->dictionary.empty());
 }
@@ -133,19 +111,17 @@ TEST_F(RuleEditorSheetTest, WritesNothingThatWasNotTyped) {
     open(rows);
     EXPECT_EQ(view->model()->index(0, 1).data(), "a b c");
     view->setFocus();
-    key(Qt::Key_Tab);
+    key("Tab");
     for (std::size_t row = 0; row < rows.size(); ++row) {
         ASSERT_TRUE(field()) << "Tab goes from field to field";
         EXPECT_EQ(field()->text(), view->model()->index(int(row), 1).data(Qt::EditRole));
-        type("typed");
-        key(Qt::Key_Escape);
+        key("'typed' Esc");
         ASSERT_TRUE(sheet && sheet->isVisible()) << "the key was for the field";
-        key(Qt::Key_Tab);
-        if (row + 1 < rows.size()) key(Qt::Key_Tab);
+        key("Tab");
+        if (row + 1 < rows.size()) key("Tab");
     }
     EXPECT_EQ(QApplication::focusWidget(), &button("addRuleButton")) << "and out of the table";
-    key(Qt::Key_Backtab);
-    key(Qt::Key_F2);
+    key("Backtab F2");
     ASSERT_TRUE(field());
     EXPECT_EQ(saved(), rows);
 }
@@ -157,12 +133,11 @@ TEST_F(RuleEditorSheetTest, ShowsRulesThatMayNotBeChanged) {
     click(0, 0);
     click(0, 1);
     EXPECT_FALSE(button("removeRuleButton").isEnabled());
-    for (const Qt::Key pressed : {Qt::Key_F2, Qt::Key_Space, Qt::Key_Delete, Qt::Key_X})
-        key(pressed);
-    key(Qt::Key_Down, Qt::AltModifier);
+    key("F2 Space Del X");
+    key("Alt+Down");
     EXPECT_EQ(QApplication::focusWidget(), view);
     EXPECT_EQ(view->model()->rowCount(), 1);
-    key(Qt::Key_C, Qt::ControlModifier);
+    key("Ctrl+C");
     EXPECT_EQ(QApplication::clipboard()->text(), "a\nb");
     saved();
     EXPECT_FALSE(applied);

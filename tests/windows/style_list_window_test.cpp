@@ -6,14 +6,7 @@
 namespace tessaril {
 namespace {
 
-/// The window over styles with the names A, B, C, ... and the identifiers 1, 2, 3, ...
 struct StyleListWindowTest : ::testing::Test, ListWindow {
-    void show(int count) {
-        for (int id = 1; id <= count; ++id)
-            application.store().appendStyle(namedStyle(std::string(1, char('A' + id - 1)), id));
-        showWindow();
-    }
-
     std::string stored() {
         std::string names;
         for (const auto& row : application.store().styleRows())
@@ -34,16 +27,11 @@ struct StyleListWindowTest : ::testing::Test, ListWindow {
     void select(std::initializer_list<int> positions) {
         view.clearSelection();
         for (const int position : positions)
-            QTest::mouseClick(view.viewport(), Qt::LeftButton, Qt::ControlModifier,
-                              rowRect(position).center());
+            clickRow(view, row(position), Qt::ControlModifier);
         QCoreApplication::processEvents(); // what can be done follows the selection
     }
-    void key(Qt::Key key, Qt::KeyboardModifiers with = {}) {
-        QTest::keyClick(QApplication::focusWidget(), key, with);
-        QCoreApplication::processEvents();
-    }
-    void type(const QString& text) { QTest::keyClicks(QApplication::focusWidget(), text); }
-    QLineEdit* nameEditor() { return qobject_cast<QLineEdit*>(QApplication::focusWidget()); }
+    void key(const char* words) { press(words, true); }
+    std::string after(const char* words) { return key(words), rows(); }
     void answer(int button) { machine.alerts.answers.push_back({button, false}); }
 
     QAction* menuAction(const QString& text) {
@@ -59,60 +47,47 @@ struct StyleListWindowTest : ::testing::Test, ListWindow {
 TEST_F(StyleListWindowTest, RenamesInPlaceAndKeepsTheNameThatWasNotToBeChanged) {
     show(3);
     select({1});
-    key(Qt::Key_F2);
-    type("  New ");
-    key(Qt::Key_Return);
+    key("F2 '  New ' Return");
     EXPECT_EQ(stored(), "A New C");
-    EXPECT_TRUE(view.hasFocus());
-
-    key(Qt::Key_F2);
-    type("other");
-    key(Qt::Key_Escape);
-    ASSERT_TRUE(eventually([&] { return !nameEditor(); }));
-    key(Qt::Key_F2);
-    type("left");
+    key("F2 'other' Esc");
+    ASSERT_TRUE(eventually([&] { return view.hasFocus(); }));
+    key("F2 'left'");
     filter.setFocus();
     EXPECT_EQ(stored(), "A left C");
 
     view.setFocus();
-    key(Qt::Key_F2);
-    key(Qt::Key_Delete);
-    key(Qt::Key_Return); // a blank name
+    key("F2 Del Return"); // a blank name
     EXPECT_THAT(machine.alerts.alerts, SizeIs(1));
     EXPECT_EQ(rows(), "A *left C");
     EXPECT_THAT(machine.alerts.questions, IsEmpty()) << "the key was the text's";
-}
 
-TEST_F(StyleListWindowTest, WhatIsBeingTypedOutlivesNewRows) {
-    show(3);
-    select({1});
-    key(Qt::Key_F2);
-    type("half");
+    // What is being typed outlives new rows.
+    key("F2 'half'");
     application.styleList().showAgain(1); // as for an icon
     application.styleList().refreshTable();
     application.store().appendStyle(namedStyle("D", 4)); // as an import does
     application.notificationCenter().post(notifications::addLatestStyle);
-    QTest::keyClicks(nameEditor(), " done");
-    QTest::keyClick(nameEditor(), Qt::Key_A, Qt::ControlModifier);
-    EXPECT_EQ(rows(), "A *B C D") << "the key was the text's";
-    QTest::keyClick(nameEditor(), Qt::Key_Return);
-    QCoreApplication::processEvents();
+    press("' done' Ctrl+A");
+    EXPECT_EQ(rows(), "A *left C D") << "the key was the text's";
+    key("Return");
     EXPECT_EQ(stored(), "A half done C D");
 }
 
-TEST_F(StyleListWindowTest, DeletesDuplicatesAndTakesBackByKeys) {
+TEST_F(StyleListWindowTest, MovesDeletesDuplicatesAndTakesBackByKeys) {
     show(4);
+    select({1, 2});
+    EXPECT_EQ(after("Alt+Down Alt+Down"), "A D *B *C");
+    EXPECT_EQ(after("Alt+Up Alt+Up Alt+Up"), "*B *C A D");
+    select({1, 3});
+    EXPECT_EQ(after("Alt+Up"), "*C *D B A");
+    key("Ctrl+A");
+    EXPECT_FALSE(menuAction("Move Up")->isEnabled() || menuAction("Move Down")->isEnabled());
     select({0, 2});
     answer(0);
-    key(Qt::Key_Delete);
-    EXPECT_EQ(rows(), "*B D") << "the next key goes on from there";
+    EXPECT_EQ(after("Del"), "*D A") << "the next key goes on from there";
     EXPECT_TRUE(menuAction("Undo Delete Style"));
-    key(Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_EQ(rows(), "*A B *C D");
-    key(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
-    key(Qt::Key_A, Qt::ControlModifier);
-    key(Qt::Key_D, Qt::ControlModifier);
-    EXPECT_EQ(rows(), "B D Copy of B *Copy of D");
+    EXPECT_EQ(after("Ctrl+Z"), "*C D *B A");
+    EXPECT_EQ(after("Ctrl+Shift+Z Ctrl+A Ctrl+D"), "D A Copy of D *Copy of A");
 }
 
 TEST_F(StyleListWindowTest, SpaceTurnsAllSelectedAndTheControlTurnsAll) {
@@ -124,58 +99,39 @@ TEST_F(StyleListWindowTest, SpaceTurnsAllSelectedAndTheControlTurnsAll) {
         return names;
     };
     select({0, 2});
-    key(Qt::Key_Space);
+    key("Space");
     EXPECT_EQ(enabled(), "BD");
     select({0, 1});
-    key(Qt::Key_Space);
+    key("Space");
     EXPECT_EQ(enabled(), "ABD") << "not all were enabled";
-    const auto press = [&](const char* button) {
-        QTest::mouseClick(&part<QToolButton>(button), Qt::LeftButton);
-        machine.dispatcher.runAll();
-    };
-    press("disableAllSegment");
+    clickOn(part<QToolButton>("disableAllSegment"));
+    settle();
     EXPECT_EQ(enabled(), "");
     EXPECT_EQ(rows(), "*A *B C D") << "rows made anew keep the selection";
     window.resize(window.minimumWidth(), window.height());
     ASSERT_TRUE(eventually([&] { return part<QToolButton>("toggleOverflow").isVisible(); }));
     EXPECT_FALSE(part<QToolButton>("disableAllSegment").isVisible());
-    press("toggleOverflow");
+    clickOn(part<QToolButton>("toggleOverflow"));
+    settle();
     EXPECT_EQ(enabled(), "ABCD");
-}
-
-TEST_F(StyleListWindowTest, MovesRowsByKeysAsFarAsTheyGo) {
-    show(5);
-    select({1, 2});
-    key(Qt::Key_Down, Qt::AltModifier);
-    EXPECT_EQ(rows(), "A D *B *C E");
-    for (int times = 0; times < 4; ++times)
-        key(Qt::Key_Up, Qt::AltModifier);
-    EXPECT_EQ(rows(), "*B *C A D E");
-    select({1, 4});
-    key(Qt::Key_Up, Qt::AltModifier);
-    EXPECT_EQ(rows(), "*C *E B A D");
-    key(Qt::Key_A, Qt::ControlModifier);
-    EXPECT_FALSE(menuAction("Move Up")->isEnabled() || menuAction("Move Down")->isEnabled());
 }
 
 TEST_F(StyleListWindowTest, DragsRowsToBetweenOthers) {
     if (!isOnDisplay()) GTEST_SKIP() << "nothing can be dragged without a display";
     show(5);
     select({0, 1});
+    const QPoint from = rowRect(0).center(), to(from.x(), rowRect(2).bottom() - 2);
     // The drag runs an event loop of its own; the mouse goes on in it.
-    const auto drag = [&](int from, const QPoint& to) {
-        QTest::mousePress(view.viewport(), Qt::LeftButton, {}, rowRect(from).center());
-        QTimer::singleShot(0, [&] {
-            const QPoint place = view.viewport()->mapTo(&window, to);
-            QTest::mouseMove(window.windowHandle(), place - QPoint(0, 3));
-            QTest::mouseMove(window.windowHandle(), place);
-            QTest::mouseRelease(window.windowHandle(), Qt::LeftButton, {}, place);
-        });
-        for (const int distance : {20, 40})
-            QTest::mouseMove(view.viewport(), rowRect(from).center() + QPoint(0, distance));
-        QCoreApplication::processEvents();
-    };
-    drag(0, {rowRect(2).center().x(), rowRect(2).bottom() - 2});
+    QTest::mousePress(view.viewport(), Qt::LeftButton, {}, from);
+    QTimer::singleShot(0, [&] {
+        const QPoint place = view.viewport()->mapTo(&window, to);
+        QTest::mouseMove(window.windowHandle(), place - QPoint(0, 3));
+        QTest::mouseMove(window.windowHandle(), place);
+        QTest::mouseRelease(window.windowHandle(), Qt::LeftButton, {}, place);
+    });
+    for (const int distance : {20, 40})
+        QTest::mouseMove(view.viewport(), from + QPoint(0, distance));
+    QCoreApplication::processEvents();
     EXPECT_EQ(rows(), "C *A *B D E");
 }
 
@@ -186,31 +142,26 @@ TEST_F(StyleListWindowTest, CommandsActOnWhatTheFilterShows) {
     application.store().insertStyle(std::make_shared<const styleContainer>(night), 1);
     application.styleList().refreshTable();
     select({1, 2});
-    key(Qt::Key_F, Qt::ControlModifier);
-    type("Forum.");
-    EXPECT_EQ(rows(), "*Night");
-    key(Qt::Key_Down);
+    EXPECT_EQ(after("Ctrl+F 'Forum.'"), "*Night");
+    key("Down");
     ASSERT_TRUE(view.hasFocus());
-    key(Qt::Key_Space);
+    key("Space");
     EXPECT_FALSE(isEnabled(10));
     EXPECT_TRUE(isEnabled(1) && isEnabled(2));
     EXPECT_FALSE(menuAction("Move Up")->isEnabled());
     EXPECT_FALSE(view.model()->flags(row(0)) & Qt::ItemIsDragEnabled);
-    key(Qt::Key_Down, Qt::AltModifier);
-    key(Qt::Key_D, Qt::ControlModifier);
-    EXPECT_EQ(rows(), "Night *Copy of Night");
+    EXPECT_EQ(after("Alt+Down Ctrl+D"), "Night *Copy of Night");
     EXPECT_EQ(stored(), "A Night B C Copy of Night");
-    key(Qt::Key_A, Qt::ControlModifier);
+    key("Ctrl+A");
     answer(0);
-    key(Qt::Key_Delete);
+    key("Del");
     EXPECT_EQ(stored(), "A B C");
 
     auto& showAll = part<QPushButton>("showAllButton");
     EXPECT_TRUE(showAll.isVisible());
-    key(Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_EQ(rows(), "*Night *Copy of Night");
+    EXPECT_EQ(after("Ctrl+Z"), "*Night *Copy of Night");
     filter.setText("nowhere");
-    QTest::mouseClick(&showAll, Qt::LeftButton);
+    clickOn(showAll);
     EXPECT_TRUE(view.hasFocus() && filter.text().isEmpty());
     EXPECT_EQ(view.model()->rowCount(), 5);
 }
@@ -219,15 +170,13 @@ TEST_F(StyleListWindowTest, TheKeysOfTheFilterAreItsOwnAndANewRowThatItHidesEnds
     show(3);
     view.selectAll();
     filter.setFocus();
-    type("abc ");
-    key(Qt::Key_A, Qt::ControlModifier);
-    key(Qt::Key_Delete);
+    key("'abc ' Ctrl+A Del");
     EXPECT_TRUE(filter.text().isEmpty());
     menuAction("Undo")->trigger();
     EXPECT_EQ(filter.text(), "abc ");
     EXPECT_THAT(machine.alerts.questions, IsEmpty());
     EXPECT_TRUE(isEnabled(1) && view.model()->rowCount() == 0);
-    key(Qt::Key_Escape);
+    key("Esc");
     EXPECT_TRUE(view.hasFocus() && view.model()->rowCount() == 3);
 
     filter.setText("b");
@@ -270,9 +219,9 @@ TEST_F(StyleListWindowTest, OffersInARowWhatItsRoutesAllow) {
     select({0});
     view.setFocus();
     QCoreApplication::processEvents();
-    key(Qt::Key_Return);
+    key("Return");
     EXPECT_THAT(opened, ElementsAre(1, 10));
-    key(Qt::Key_E, Qt::ControlModifier);
+    key("Ctrl+E");
     EXPECT_THAT(exported, ElementsAre(10));
 }
 
@@ -307,23 +256,95 @@ TEST_F(StyleListWindowTest, TheContextMenuIsAboutTheRowsItWasOpenedOn) {
 
 TEST_F(StyleListWindowTest, TheNewStyleSheetMakesAStyleOfWhatWasTyped) {
     show(0);
-    key(Qt::Key_N, Qt::ControlModifier);
+    key("Ctrl+N");
     auto* sheet = window.findChild<QDialog*>("newStyleSheet");
     ASSERT_TRUE(sheet && QTest::qWaitForWindowActive(sheet));
     auto& create = *sheet->findChild<QPushButton*>("createButton");
-    type("  ");
+    press("'  '");
     EXPECT_FALSE(create.isEnabled());
-    key(Qt::Key_Return);
+    key("Return");
     EXPECT_TRUE(sheet->isVisible());
-    type("Ä");
+    press("'Ä'");
     sheet->findChild<QComboBox*>("ruleTypeMenu")->setCurrentIndex(1);
     sheet->findChild<QLineEdit*>("ruleField")->setText(" https://a.example/ ");
     sheet->findChild<QComboBox*>("preprocessorMenu")->setCurrentIndex(2);
-    key(Qt::Key_Return);
-    EXPECT_EQ(rows(), "*Ä");
+    EXPECT_EQ(after("Return"), "*Ä");
     const auto style = application.store().styleAt(0);
     EXPECT_THAT(style->styleData.sections.front().urls, ElementsAre("https://a.example/"));
     EXPECT_EQ(style->preprocessor, "less");
+}
+
+TEST_F(StyleListWindowTest, TheCheckBoxWorksByItsOwnClicksOnly) {
+    show(2);
+    const auto drag = [&](const QPoint& from, const QPoint& to, Qt::MouseButton button) {
+        QTest::mousePress(view.viewport(), button, {}, from);
+        QTest::mouseRelease(view.viewport(), button, {}, to);
+    };
+    const QPoint box = place(1, rowControl::checkBox), name = rowRect(1).center();
+    click(1, rowControl::checkBox);
+    EXPECT_TRUE(isEnabled(1) && !isEnabled(2));
+    // A press elsewhere that ends on the box, and one on the box of another row, are no clicks.
+    drag(name, name, Qt::LeftButton);
+    drag(name, box, Qt::LeftButton);
+    drag(place(0, rowControl::checkBox), box, Qt::LeftButton);
+    drag(box, box, Qt::RightButton);
+    EXPECT_TRUE(isEnabled(1) && !isEnabled(2));
+    click(1, rowControl::checkBox);
+    EXPECT_TRUE(isEnabled(2));
+}
+
+TEST_F(StyleListWindowTest, SaysHowToBeginUntilThereIsAStyleToShow) {
+    show(0);
+    const auto& beginButton = part<QPushButton>("beginButton");
+    EXPECT_TRUE(beginButton.isVisible() && beginButton.hasFocus());
+    for (int id = 1; id <= 100; ++id) {
+        application.store().appendStyle(namedStyle("Quiet %1\nNight", id));
+        application.notificationCenter().post(notifications::addLatestStyle);
+    }
+    EXPECT_TRUE(view.isVisible() && view.hasFocus() && !beginButton.isVisible());
+    EXPECT_EQ(view.selectionModel()->selectedIndexes(), QModelIndexList{row(99)});
+    EXPECT_TRUE(view.viewport()->rect().contains(rowRect(99)));
+    QAccessibleInterface* last = QAccessible::queryAccessibleInterface(&view)->child(99);
+    EXPECT_EQ(last->text(QAccessible::Name), "Quiet %1 Night, Custom Style, enabled");
+    click(99, rowControl::checkBox);
+    EXPECT_FALSE(last->state().checked);
+    press("Ctrl+,");
+    EXPECT_TRUE(
+        eventually([] { return QApplication::activeWindow()->windowTitle() == "Preferences"; }));
+}
+
+TEST_F(StyleListWindowTest, TakesFilesFromTheDialogAndByDropping) {
+    show(0);
+    press("Ctrl+O");
+    EXPECT_FALSE(window.findChild<QFileDialog*>());
+    canImport = true;
+    clickOn(part<QPushButton>("beginButton"));
+    auto* dialog = window.findChild<QFileDialog*>();
+    ASSERT_TRUE(dialog);
+    EXPECT_TRUE(dialog->nameFilters().join("").endsWith("(*.user.css *.css *.styl *.less)"));
+    emit dialog->filesSelected({"/etc/ä b.user.css", "/etc/c.less"});
+    EXPECT_THAT(importedFiles, ElementsAre("/etc/ä b.user.css", "/etc/c.less"));
+    dialog->close();
+    ASSERT_TRUE(eventually([&] { return !window.findChild<QFileDialog*>(); }));
+    clickOn(part<QPushButton>("beginButton"));
+    dialog = window.findChild<QFileDialog*>();
+    EXPECT_EQ(dialog->directory(), QDir("/etc")) << "where the last one was";
+    dialog->close();
+
+    QMimeData data;
+    const QUrl address("https://a.example/c.css");
+    for (const QList<QUrl>& urls : {QList{address}, {QUrl("file:///styles/a%20b.css"), address}}) {
+        data.setUrls(urls);
+        QDragEnterEvent enters({10, 10}, Qt::CopyAction, &data, Qt::LeftButton, {});
+        enters.ignore();
+        QApplication::sendEvent(view.viewport(), &enters); // which leaves it to the window
+        EXPECT_EQ(enters.isAccepted(), urls.size() == 2);
+    }
+    QDropEvent drop({10, 10}, Qt::CopyAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(&window, &drop);
+    EXPECT_THAT(openedFiles, IsEmpty()); // the source of the drag does not wait
+    QCoreApplication::processEvents();
+    EXPECT_THAT(openedFiles, ElementsAre("/styles/a b.css"));
 }
 
 } // namespace

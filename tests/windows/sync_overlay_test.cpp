@@ -1,24 +1,15 @@
 #include "events/notification_names.h"
 #include "support/list_window.h"
 #include "support/test.h"
-#include "windows/other_windows.h"
 #include "windows/spinner.h"
-
-#include <QtWidgets>
 
 namespace tessaril {
 namespace {
 
 /// A machine whose user begins to sync.
 struct SyncOverlayTest : ::testing::Test, ListWindow {
-    SyncOverlayTest() { showWindow(); }
     ~SyncOverlayTest() override { application.finish(); }
 
-    void add(int count) {
-        for (int id = 1; id <= count; ++id)
-            application.store().appendStyle(namedStyle("Quiet " + std::to_string(id), id));
-        application.styleList().refreshTable();
-    }
     void openPreferences() {
         others.openPreferences(window);
         ASSERT_TRUE(eventually([&] {
@@ -27,7 +18,7 @@ struct SyncOverlayTest : ::testing::Test, ListWindow {
         }));
         settle();
     }
-    QCheckBox& cloudBox() { return *preferences->findChild<QCheckBox*>("UseiCloud"); }
+    QCheckBox& cloudBox() { return partOf<QCheckBox>(*preferences, "UseiCloud"); }
     void clickCloudBox() {
         QTest::mouseClick(&cloudBox(), Qt::LeftButton, {}, {8, cloudBox().height() / 2});
     }
@@ -52,7 +43,6 @@ struct SyncOverlayTest : ::testing::Test, ListWindow {
     bool isLocked() { return application.styleList().isLockedForSync(); }
     QStringList spoken() { return {overlay.accessibleName(), overlay.accessibleDescription()}; }
 
-    OtherWindows others{application, [](QWidget*) { return shownWebView(); }, "/none"};
     QPointer<QWidget> preferences;
     QWidget& overlay = part<QWidget>("syncOverlay");
     QPushButton& retry = part<QPushButton>("retryButton");
@@ -61,6 +51,7 @@ struct SyncOverlayTest : ::testing::Test, ListWindow {
 };
 
 TEST_F(SyncOverlayTest, ShowsTheFirstSyncOfAMachineWithoutStylesUntilItIsDone) {
+    show(0);
     auto& begin = part<QPushButton>("beginButton");
     EXPECT_TRUE(begin.isVisible());
     openPreferences();
@@ -76,7 +67,7 @@ TEST_F(SyncOverlayTest, ShowsTheFirstSyncOfAMachineWithoutStylesUntilItIsDone) {
 }
 
 TEST_F(SyncOverlayTest, AFailedFetchIsTriedAgainByTheBoxThatHasTheFocus) {
-    add(3);
+    show(3);
     beginToFail();
     EXPECT_TRUE(isLocked() && retry.isVisible() && offline.isVisible());
     EXPECT_TRUE(preferences->isActiveWindow()) << "which nothing is taken from";
@@ -106,7 +97,7 @@ TEST_F(SyncOverlayTest, AFailedFetchIsTriedAgainByTheBoxThatHasTheFocus) {
 }
 
 TEST_F(SyncOverlayTest, EscapeWorksOfflineWithTheListAsItWas) {
-    add(3);
+    show(3);
     beginToFail();
     activateMain();
     QTest::keyClick(&retry, Qt::Key_Escape);
@@ -120,7 +111,7 @@ TEST_F(SyncOverlayTest, EscapeWorksOfflineWithTheListAsItWas) {
 }
 
 TEST_F(SyncOverlayTest, GoesWithTheSyncAndIsNotShownWhereNothingIsLocked) {
-    add(1);
+    show(1);
     application.notificationCenter().post(notifications::iCloudError);
     settle();
     EXPECT_FALSE(overlay.isVisible());

@@ -1,9 +1,16 @@
 #include "desktop/curl_url_loader.h"
+#include "desktop/directory_resources.h"
+#include "desktop/javascript_core_engine.h"
 #include "desktop/public_address.h"
+#include "desktop/qt_dispatcher.h"
 #include "support/event_loop.h"
-#include "support/style_site_server.h"
+#include "support/stand_in_machine.h"
+#include "support/temporary_folder.h"
 #include "support/test.h"
+#include "support/url_machine.h"
 #include "web/loaded_text.h"
+
+#include <QProcess>
 
 #include <arpa/inet.h>
 
@@ -14,11 +21,61 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// One server for all tests, as it takes a while to start; each test puts files of its own there.
-struct CurlUrlLoaderTest : ::testing::Test {
+/// A web server on this machine, by http and by https, in a process of its own. What it serves is
+/// put there by the test; see style_site.py.
+struct StyleSiteServer {
+    StyleSiteServer() {
+        process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        process.start("python3", {TESSARIL_STYLE_SITE, folder.path.c_str()});
+        while (!process.canReadLine())
+            if (!process.waitForReadyRead()) std::abort();
+        const QStringList told = QString(process.readLine()).trimmed().split(' ');
+        insecure = "http://127.0.0.1:" + told.at(0).toStdString();
+        secure = "https://127.0.0.1:" + told.at(1).toStdString();
+        authorities = told.at(2).toStdString();
+    }
+    ~StyleSiteServer() {
+        process.closeWriteChannel();
+        process.waitForFinished();
+    }
+    StyleSiteServer(const StyleSiteServer&) = delete;
+    StyleSiteServer& operator=(const StyleSiteServer&) = delete;
+
+    /// - path: without a slash at its start
+    /// - how: words that say how it is answered
+    void put(const std::string& path, const std::string& content, const std::string& how = "") {
+        const std::filesystem::path file = folder / path;
+        std::filesystem::create_directories(file.parent_path());
+        writeFile(file.string() + ".how", how);
+        writeFile(file, content);
+    }
+    std::string http(const std::string& path = "") const { return insecure + path; }
+    std::string https(const std::string& path = "") const { return secure + path; }
+    /// What was asked for so far: path, tab and user agent.
+    std::vector<std::string> requests() const {
+        std::ifstream log(folder / "requests.log");
+        std::vector<std::string> lines;
+        for (std::string line; std::getline(log, line);)
+            lines.push_back(line);
+        return lines;
+    }
+
+    TemporaryFolder folder;
+    QProcess process;
+    std::string insecure, secure;
+    std::filesystem::path authorities; ///< their certificates
+};
+
+/// One server for the tests of a suite, as it takes a while to start.
+struct NetworkTest : ::testing::Test {
     static void SetUpTestSuite() { server = std::make_unique<StyleSiteServer>(); }
     static void TearDownTestSuite() { server.reset(); }
 
+    static inline std::unique_ptr<StyleSiteServer> server;
+    CurlUrlLoader loader{server->authorities};
+};
+
+struct CurlUrlLoaderTest : NetworkTest {
     std::future<std::optional<urlResponse>> begin(urlRequest request) {
         return std::async(std::launch::async, [this, request] { return loader.load(request); });
     }
@@ -38,9 +95,6 @@ struct CurlUrlLoaderTest : ::testing::Test {
     void expectNoText(CurlUrlLoader& asked, const std::string& address, const std::string& reason) {
         expectOneLine(address, reason, [&] { return loadText(asked, {.address = address}); });
     }
-
-    static inline std::unique_ptr<StyleSiteServer> server;
-    CurlUrlLoader loader{server->certificateAuthorities()};
 };
 
 TEST_F(CurlUrlLoaderTest, GivesWholeBodiesAndWhereTheyCameFrom) {
@@ -51,10 +105,7 @@ TEST_F(CurlUrlLoaderTest, GivesWholeBodiesAndWhereTheyCameFrom) {
                 "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\nTrailer: X-Sum\r\n"
                 "Connection: close\r\n\r\n7\r\ncontent\r\n0\r\nX-Sum: 1\r\n\r\n",
                 "raw");
-    server->put("mark.css",
-                "\xEF\xBB\xBF"
-                "content",
-                "chunked");
+    server->put("mark.css", std::string("\xEF\xBB\xBF") + "content", "chunked");
     const auto response =
         load({.address = server->http("/first"), .largestBody = 7, .mostRedirects = 2});
     ASSERT_TRUE(response);
@@ -62,13 +113,11 @@ TEST_F(CurlUrlLoaderTest, GivesWholeBodiesAndWhereTheyCameFrom) {
     EXPECT_EQ(response->contentType, "text/css");
     EXPECT_EQ(response->finalAddress, server->https("/zip.css"));
     EXPECT_THAT(server->requests().back(), StartsWith("/zip.css\tTessaril/"));
-    for (const std::string& address : {server->http("/trailers"), server->https("/mark.css")})
-        EXPECT_EQ(
-            std::async(
-                std::launch::async,
-                [&] { return loadText(loader, {.address = address}).value_or(loadedText{}).text; })
-                .get(),
-            "content");
+    for (const std::string& address : {server->http("/trailers"), server->https("/mark.css")}) {
+        const auto loads = [&] { return loadText(loader, {.address = address}); };
+        const auto text = std::async(std::launch::async, loads).get();
+        EXPECT_TRUE(text && text->text == "content") << address;
+    }
 }
 
 TEST_F(CurlUrlLoaderTest, RefusesWhatIsNotAWholeAnswerOfTheKindAskedFor) {
@@ -189,6 +238,91 @@ TEST(PublicAddress, KnowsPrivateAndReservedOnesAlsoWithinOthers) {
           "64:ff9b::10.0.0.1", "2002:a00:1::1",   "2001:0:1::1", "2001:db8::1",
           "::127.0.0.1",       "64:ff9b:1::1"})
         EXPECT_FALSE(isPublic(address)) << address;
+}
+
+/// The application with the real loader, compilers and threads; the server plays the site and
+/// everyone else.
+struct NetworkJourneyTest : NetworkTest, StandInMachine {
+    NetworkJourneyTest() {
+        standard.setValue(preferenceKeys::siteAddress, server->https());
+        standard.setValue(preferenceKeys::fetchSiteIcons, false);
+        application.styleList(); // read by nobody else here
+    }
+    ~NetworkJourneyTest() override {
+        application.stopLoading();
+        tasks.finish();
+        application.finish();
+        tasks.finish();
+    }
+
+    static std::string userCSS(const std::string& head, const std::string& code) {
+        return "/* ==UserStyle==\n@version " + head + "@-moz-document domain(\"a.example\") {" +
+               code + "}";
+    }
+    void import(const std::string& address) {
+        std::optional<importSheetState> state;
+        const auto ticket =
+            application.urlImport().importClicked(address, [&](auto shown) { state = shown; });
+        EXPECT_TRUE(eventually([&] { return state == importSheetState::finished; })) << address;
+    }
+    /// Opens the link and answers its question with Yes.
+    void install(const std::string& link) {
+        const std::size_t before = styles().size();
+        alerts.answers.push_back({.button = 0});
+        application.openLink("tessaril://" + link);
+        EXPECT_TRUE(eventually([&] { return styles().size() == before + 1; })) << link;
+    }
+    liveDatabase::styleList styles() { return application.store().snapshot().styles; }
+    std::string lastCSS() { return styles().back()->styleData.compSections.value().at(0).code; }
+    std::vector<std::string> updateAll() {
+        application.styleUpdates().updateAllClicked();
+        EXPECT_TRUE(eventually([&] { return !application.styleUpdates().isRunning(); }));
+        std::vector<std::string> statuses;
+        for (const auto& row : application.styleList().styles())
+            statuses.push_back(row->updateStatus);
+        return statuses;
+    }
+
+    QtDispatcher tasks;
+    JavaScriptCoreEngine engine;
+    DirectoryResources compilers{TESSARIL_RESOURCES};
+    Application application{{files, channel, alerts, tasks, standard, shared, engine, compilers,
+                             compilerErrors, extension, externals, loader, pictures, records,
+                             "/container", "", "/container/imports"}};
+};
+
+TEST_F(NetworkJourneyTest, InstallsAndUpdatesFromTheSiteFromFilesAndByLinks) {
+    server->put("styles/chrome/12.json", siteDocument("Twelve"), "gzip");
+    server->put("styles/chrome/34.json", siteDocument("Thirty-four"));
+    server->put("a.user.css", userCSS("1\n==/UserStyle== */", "b {}"), "chunked");
+    server->put("moved.css", "", "redirect=" + server->https("/a.user.css"));
+    server->put("lib/colors.less", "@shade: #111;");
+    server->put("lib/all.less", "@import \"colors.less\";\n.dark() { color: @shade; }");
+    const std::string imported = "@import \"" + server->https("/lib/all.less") + "\";\n";
+    server->put("dark.user.less", userCSS("1\n@preprocessor less\n@var text size \"Size\" 1\n"
+                                          "==/UserStyle== */\n" +
+                                              imported,
+                                          "b { .dark(); width: @size }"));
+    import(server->https("/styles/12/a-slug"));
+    install("install/34/a=b");
+    install("usercss/" + server->http("/moved.css"));
+    import(" " + server->http("/dark.user.less") + "\n");
+    EXPECT_THAT(server->requests(), Contains(StartsWith("/styles/chrome/34.json?a=b\t")));
+    ASSERT_EQ(styles().size(), 4U);
+    EXPECT_TRUE(styles()[0]->userstyleID == 12 && styles()[1]->userstyleID == 34);
+    EXPECT_EQ(styles()[2]->styleData.name, "moved");
+    EXPECT_EQ(styles()[3]->downloadedFrom, server->http("/dark.user.less"));
+    EXPECT_THAT(lastCSS(), AllOf(HasSubstr("color: #111"), HasSubstr("width: 1")));
+
+    server->put("lib/colors.less", "@shade: #222;");
+    EXPECT_THAT(updateAll(), ElementsAre("error", "error", "noupdates", "updated"))
+        << "the site's documents name no address here";
+    EXPECT_THAT(lastCSS(), HasSubstr("color: #222")) << "what it imports counts, too";
+    server->put("a.user.css", userCSS("2\n==/UserStyle== */", "i {}"));
+    server->put("dark.user.less", userCSS("2\n==/UserStyle== */", "u {}"), "truncated");
+    EXPECT_THAT(updateAll(), ElementsAre("error", "error", "updated", "error"));
+    EXPECT_EQ(styles()[2]->styleData.sections.at(0).code, "i {}");
+    EXPECT_TRUE(styles()[2]->version == "2" && styles()[3]->version == "1");
 }
 
 } // namespace
