@@ -128,8 +128,7 @@ TEST_F(PreferencesWindowTest, ThePasswordOfTheRecordStoreGoesToTheKeychainAlone)
 TEST_F(PreferencesWindowTest, AnAddressThatCannotBeUsedStaysInItsFieldWithTheReasonBelow) {
     machine.standard.values = {{"recordStoreAddress", "postgresql://me@db.example/x"}};
     const auto before = machine.standard.values;
-    open();
-    showPane(2);
+    open(2);
     auto& address = control<QLineEdit>("recordStoreAddress");
     const auto& password = control<QLineEdit>("recordStorePassword");
     const auto note = [&] {
@@ -137,11 +136,9 @@ TEST_F(PreferencesWindowTest, AnAddressThatCannotBeUsedStaysInItsFieldWithTheRea
     };
     keychain.answer(true);
     EXPECT_TRUE(password.isEnabled());
-    const auto enter = [&](const char* text) {
-        address.setFocus();
+    const auto enter = [&](const QString& text) {
         address.selectAll();
-        QTest::keyClicks(&address, text);
-        QTest::keyClick(&address, Qt::Key_Return);
+        pressIn(address, "'" + text + "' Return");
         machine.dispatcher.runAll();
     };
     enter("styles.db");
