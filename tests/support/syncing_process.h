@@ -46,7 +46,10 @@ public:
     void pause() { ::kill(static_cast<pid_t>(process.processId()), SIGSTOP); }
     void goOn() { ::kill(static_cast<pid_t>(process.processId()), SIGCONT); }
 
-    void tell(const std::string& command) { process.write((command + "\n").c_str()); }
+    void tell(const std::string& command) {
+        process.write((command + "\n").c_str());
+        process.waitForBytesWritten(); // also where the test goes on without an event loop
+    }
 
     /// Whether it comes to say the line, once more than it was asked for before.
     [[nodiscard]] bool says(const std::string& line) {
