@@ -8,6 +8,7 @@
 #include <QStringList>
 #include <qt6keychain/keychain.h>
 
+#include <chrono>
 #include <condition_variable>
 #include <map>
 #include <memory>
@@ -19,7 +20,11 @@ namespace tessaril {
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 const QString service = "Tessaril";
+/// Who asks still later has the user asked anew.
+constexpr std::chrono::minutes longestPrompt{1};
 
 bool namesAKeychain(const QStringList& services) {
     for (const char* known :
@@ -53,27 +58,28 @@ void start(QKeychain::Job* job, const std::string& account,
 /// One look-up, which its threads hold.
 class LookUp {
 public:
-    void end(std::optional<std::string> found) {
+    void end(passwordAnswer found) {
         const std::lock_guard lock(mutex);
-        password = std::move(found);
+        answer = std::move(found);
         isEnded = true;
         changed.notify_all();
     }
     passwordAnswer wait(std::chrono::milliseconds patience) {
         std::unique_lock lock(mutex);
         changed.wait_for(lock, patience, [this] { return isEnded; });
-        return {.password = password, .isLate = !isEnded};
+        return answer;
     }
-    bool hasEnded() {
+    bool canBeJoined() {
         const std::lock_guard lock(mutex);
-        return isEnded;
+        return !isEnded && Clock::now() < begun + longestPrompt;
     }
 
 private:
     std::mutex mutex;
     std::condition_variable changed;
-    std::optional<std::string> password;
+    passwordAnswer answer{.password = {}, .isUnknown = true};
     bool isEnded = false;
+    const Clock::time_point begun = Clock::now();
 };
 
 /// Those under way. Who asks again while the user is still unlocking the keychain waits for the
@@ -87,7 +93,7 @@ public:
     joined join(const std::string& account) {
         const std::lock_guard lock(mutex);
         std::weak_ptr<LookUp>& known = byAccount[account];
-        if (auto look = known.lock(); look && !look->hasEnded())
+        if (auto look = known.lock(); look && look->canBeJoined())
             return {.look = std::move(look), .isNew = false};
         auto look = std::make_shared<LookUp>();
         known = look;
@@ -99,19 +105,8 @@ private:
     std::map<std::string, std::weak_ptr<LookUp>> byAccount; ///< gone with who waits and the job
 };
 
-void beginLookUp(const std::string& account, const std::shared_ptr<LookUp>& look) {
-    auto* job = new QKeychain::ReadPasswordJob(service);
-    start(job, account, [look](QKeychain::Job* ended) {
-        if (ended->error() == QKeychain::NoError)
-            look->end(static_cast<QKeychain::ReadPasswordJob*>(ended)->textData().toStdString());
-        else
-            look->end(std::nullopt);
-    });
-}
-
-} // namespace
-
-void Keychain::askAvailable(std::function<void(bool)> answer) {
+/// Whether the desktop has a keychain, running or ready to be started.
+void askForKeychain(std::function<void(bool)> answer) {
     if (!QDBusConnection::sessionBus().isConnected()) return answer(false);
     askBus("ListNames", [answer = std::move(answer)](const QStringList& running) {
         if (namesAKeychain(running)) return answer(true);
@@ -119,6 +114,25 @@ void Keychain::askAvailable(std::function<void(bool)> answer) {
         askBus("ListActivatableNames",
                [answer](const QStringList& others) { answer(namesAKeychain(others)); });
     });
+}
+
+void beginLookUp(const std::string& account, const std::shared_ptr<LookUp>& look) {
+    auto* job = new QKeychain::ReadPasswordJob(service);
+    start(job, account, [look](QKeychain::Job* ended) {
+        if (ended->error() == QKeychain::NoError)
+            return look->end(
+                {.password =
+                     static_cast<QKeychain::ReadPasswordJob*>(ended)->textData().toStdString()});
+        if (ended->error() == QKeychain::EntryNotFound) return look->end({});
+        // One that stays locked or fails holds nobody's password back for ever; none has none.
+        askForKeychain([look](bool isThere) { look->end({.isUnknown = isThere}); });
+    });
+}
+
+} // namespace
+
+void Keychain::askAvailable(std::function<void(bool)> answer) {
+    askForKeychain(std::move(answer));
 }
 
 void Keychain::keep(const std::string& account, const std::string& password,

@@ -10,9 +10,9 @@ namespace tessaril {
 /// What came of looking for a password.
 struct passwordAnswer {
     std::optional<std::string> password;
-    /// It did not come in time: the user may have to unlock the keychain first. Then nobody knows
-    /// yet whether there is one.
-    bool isLate = false;
+    /// Nobody can tell yet whether there is one: it did not come in time, as the user may have to
+    /// unlock the keychain first, or the keychain failed.
+    bool isUnknown = false;
 };
 
 /// Gives the password that is kept for an account, within `patience`. Called on any thread but the

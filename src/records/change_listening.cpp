@@ -50,7 +50,10 @@ recordError ChangeListening::error() const {
 
 void ChangeListening::addMissed() {
     const std::lock_guard lock(mutex);
-    if (!isListening) mayHaveMissed = true;
+    if (isListening)
+        news();
+    else
+        mayHaveMissed = true;
 }
 
 void ChangeListening::addOwnTags(std::span<const std::string> tags) {

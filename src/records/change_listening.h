@@ -38,7 +38,7 @@ public:
     /// refused.
     beginning beginningSince(int asked) const;
     recordError error() const; ///< the last one
-    /// Changes may have been missed: that they are listened for again is news.
+    /// Changes may have been missed: that they are listened for is news, now or later.
     void addMissed();
     /// Tags that this store itself is about to save. Those of older saves are forgotten, as by then
     /// they have been seen or replaced.

@@ -212,9 +212,9 @@ PostgresConnection::open(const recordAddress& address, const PasswordSource& sou
     opening opened = connect(address, "", limit);
     if (opened.wantsPassword && source) {
         // Half of what is left, so that the answer can still be used.
-        const auto [password, isLate] = source(accountOf(address), limit.left() / 2);
+        const auto [password, isUnknown] = source(accountOf(address), limit.left() / 2);
         // Nobody was refused: the user may be about to unlock the keychain.
-        if (isLate)
+        if (isUnknown)
             return recordError{recordErrorCode::timedOut,
                                "The keychain did not give the password in time."};
         if (password && !password->empty()) opened = connect(address, *password, limit);

@@ -62,6 +62,9 @@ recordError listenToSqlite(ChangeListening& listening, const recordAddress& addr
                             IN_MODIFY | IN_CREATE | IN_DELETE | IN_MOVED_TO | IN_MOVED_FROM |
                                 IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR) < 0)
         return systemError("The record store's folder cannot be watched");
+    // A link may come to lead elsewhere. Where it lies in the same folder, this adds nothing.
+    ::inotify_add_watch(watching.get(), std::filesystem::path(address.file).parent_path().c_str(),
+                        IN_CREATE | IN_DELETE | IN_MOVED_TO | IN_MOVED_FROM | IN_MASK_ADD);
 
     const auto tags = [&] {
         return tagsIn(path.string(),
@@ -77,6 +80,8 @@ recordError listenToSqlite(ChangeListening& listening, const recordAddress& addr
         const folderEvents events = readEvents(watching.get(), path.filename().string());
         if (events == folderEvents::folderIsGone)
             return {recordErrorCode::unreachable, "The record store's folder is gone."};
+        if (resolvedPath(address.file) != path)
+            return {recordErrorCode::unreachable, "The record store's file lies elsewhere now."};
         if (events == folderEvents::none) continue;
         const auto now = tags();
         if (const auto* error = std::get_if<recordError>(&now)) return *error;

@@ -52,13 +52,6 @@ std::optional<std::string> decodedPart(std::string_view text) {
     return decoded;
 }
 
-std::variant<recordAddress, recordAddressFault> fileAddress(std::string_view path) {
-    if (!path.starts_with('/') || path.starts_with("//") || path.ends_with('/') ||
-        !isPlainText(path))
-        return recordAddressFault::notUnderstood;
-    return recordAddress{.file = std::string(path)};
-}
-
 /// Where a password stands before a host, with its colon; empty where there is none. In doubt it is
 /// one: a password may hold any character, also those that would have to be encoded.
 std::string_view passwordIn(std::string_view text) {
@@ -67,6 +60,16 @@ std::string_view passwordIn(std::string_view text) {
     const std::size_t colon = text.substr(0, at).find(':');
     if (colon == std::string_view::npos) return {};
     return text.substr(colon, at - colon);
+}
+
+std::variant<recordAddress, recordAddressFault> fileAddress(std::string_view path) {
+    if (!path.starts_with('/') || path.starts_with("//") || path.ends_with('/') ||
+        !isPlainText(path))
+        return recordAddressFault::notUnderstood;
+    // No folder of the system's root, but that of a server without its scheme.
+    if (!passwordIn(path.substr(0, path.find('/', 1))).empty())
+        return recordAddressFault::holdsPassword;
+    return recordAddress{.file = std::string(path)};
 }
 
 bool isPasswordParameter(std::string_view parameter) {
@@ -147,9 +150,13 @@ std::variant<recordAddress, recordAddressFault> serverOf(std::string_view place,
                                                          const ParameterList& parameters) {
     ServerParts parts;
     // Parameters that did not begin with a question mark, one of which may be a password.
-    if (place.find_first_of("&;=") != std::string_view::npos) parts.refuse();
+    if (place.find_first_of("&;= ") != std::string_view::npos) parts.refuse();
     const std::size_t slash = place.find('/');
-    if (slash != std::string_view::npos) parts.add("dbname", place.substr(slash + 1));
+    if (slash != std::string_view::npos) {
+        const std::string_view name = place.substr(slash + 1);
+        if (name.find_first_of(":@") != std::string_view::npos) parts.refuse();
+        parts.add("dbname", name);
+    }
     place = place.substr(0, slash);
     if (const std::size_t at = place.find('@'); at != std::string_view::npos) {
         parts.add("user", place.substr(0, at));

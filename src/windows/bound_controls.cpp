@@ -97,14 +97,15 @@ QLineEdit* BoundControls::addressField(std::string_view key,
     auto* field = new QLineEdit;
     field->setObjectName(qtText(key));
     QObject::connect(field, &QLineEdit::editingFinished, field,
-                     [this, field, key, entered = std::move(entered)] {
-                         // Loaded, untouched and left again it is not to be stored either.
-                         if (!field->isModified()) return;
+                     [this, field, key, isRefused = false, entered = std::move(entered)]() mutable {
+                         // Loaded, untouched and left again it is not to be stored either. After
+                         // one that was refused, the loaded one may be back by Undo.
+                         if (!field->isModified() && !isRefused) return;
                          const auto outcome =
                              preferences.setAddress(key, field->text().toStdString());
-                         if (outcome == PreferenceControls::entered::stored ||
-                             outcome == PreferenceControls::entered::storedWithoutPassword)
-                             field->setText(qtText(preferences.text(key)));
+                         isRefused = outcome == PreferenceControls::entered::notUnderstood ||
+                                     outcome == PreferenceControls::entered::holdsPassword;
+                         if (!isRefused) field->setText(qtText(preferences.text(key)));
                          if (entered) entered(outcome);
                      });
     // One that is being typed is left to who types it.

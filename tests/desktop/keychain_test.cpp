@@ -24,11 +24,11 @@ TEST(Keychain, WithoutOneNothingIsKeptAndNothingFound) {
                             [&] { return source("postgresql://me@tests.example/x", 1min); });
     EXPECT_TRUE(eventually([&] { return found.wait_for(0s) == std::future_status::ready; }));
     const passwordAnswer none = found.get();
-    EXPECT_FALSE(none.password || none.isLate);
+    EXPECT_FALSE(none.password || none.isUnknown);
     // Nobody turns the event loop, as while the user is still unlocking a keychain.
     const passwordAnswer late = source("postgresql://me@tests.example/x", 0ms);
     EXPECT_FALSE(late.password);
-    EXPECT_TRUE(late.isLate);
+    EXPECT_TRUE(late.isUnknown);
 }
 
 } // namespace

@@ -136,7 +136,7 @@ TEST_F(PostgresStore, AKeychainThatIsStillLockedRefusesNobody) {
     const auto isUnlocked = std::make_shared<std::atomic<bool>>(false);
     auto& waiting = machineAt(server.address(), [isUnlocked](const std::string& account,
                                                              std::chrono::milliseconds patience) {
-        return *isUnlocked ? passwordOf(account, patience) : passwordAnswer{.isLate = true};
+        return *isUnlocked ? passwordOf(account, patience) : passwordAnswer{.isUnknown = true};
     });
     EXPECT_EQ(codeOf(fetch(waiting, {database}).error), recordErrorCode::timedOut);
     EXPECT_EQ(codeOf(subscribe(waiting, database.type)), recordErrorCode::timedOut);
@@ -177,6 +177,7 @@ TEST_F(PostgresStore, ASubscriptionThatWaitsHoldsUpNothing) {
     auto& ending = machineAt(server.address(), hangs);
     ending.store->saveSubscription(database.type,
                                    [&](const auto& error) { atLast = codeOf(error); });
+    EXPECT_EQ(status(ending), accountStatus::available) << "by then it waits";
     ending.store->finish();
     EXPECT_EQ(atLast, recordErrorCode::unreachable);
     const auto impatient = sqlClient(server.address(), std::chrono::milliseconds(300), hangs);
@@ -192,8 +193,17 @@ TEST_F(PostgresStore, NothingOfTheOldAccountIsAnsweredOnceTheAddressHasChanged) 
     EXPECT_FALSE(save(machine(), document));
     std::mutex mutex;
     std::string address = server.address();
-    // The user enters another address while the operation is connecting.
-    const auto changes = [&](const std::string& account, std::chrono::milliseconds patience) {
+    std::atomic<int> asked = 0;
+    std::promise<void> isBegun, isOver;
+    // The user enters another address while the operation is connecting. What is asked first is a
+    // subscription, which connects for itself, and not before this test is over.
+    const auto changes = [&, end = isOver.get_future().share()](
+                             const std::string& account, std::chrono::milliseconds patience) {
+        if (asked++ == 0) {
+            isBegun.set_value();
+            end.wait();
+            return passwordOf(account, patience);
+        }
         const std::lock_guard lock(mutex);
         address = other.address();
         return passwordOf(account, patience);
@@ -208,10 +218,17 @@ TEST_F(PostgresStore, NothingOfTheOldAccountIsAnsweredOnceTheAddressHasChanged) 
     const auto fetched = [&] {
         return answerOf<recordFetch>([&](auto answer) { store.fetchRecords({database}, answer); });
     };
+    std::optional<recordErrorCode> subscribed;
+    store.saveSubscription(database.type, [&](const auto& error) {
+        arrivals.note([&] { subscribed = codeOf(error); });
+    });
+    isBegun.get_future().wait();
     const recordFetch early = fetched();
+    EXPECT_EQ(subscribed, recordErrorCode::unreachable);
     EXPECT_EQ(codeOf(early.error), recordErrorCode::unreachable);
     EXPECT_FALSE(early.records);
     EXPECT_TRUE(fetched().records.value().empty());
+    isOver.set_value();
     store.finish();
 }
 

@@ -79,14 +79,10 @@ TYPED_TEST(SqlRecords, FollowsAnAddressThatChanges) {
         const std::lock_guard lock(mutex);
         address = there;
     };
-    const auto status = [&] {
-        return this->template answerOf<accountStatus>(
-            [&](auto answer) { machine.store->askAccountStatus(answer); });
-    };
-    EXPECT_EQ(status(), accountStatus::notAvailable);
+    EXPECT_EQ(this->status(machine), accountStatus::notAvailable);
     EXPECT_EQ(this->codeOf(this->fetch(machine, {}).error), recordErrorCode::notAuthenticated);
     goTo(this->server.address());
-    EXPECT_EQ(status(), accountStatus::available);
+    EXPECT_EQ(this->status(machine), accountStatus::available);
     EXPECT_FALSE(this->subscribe(machine, this->database.type));
     cloudRecord document{.id = this->database};
     EXPECT_FALSE(this->save(machine, document));

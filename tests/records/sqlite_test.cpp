@@ -101,6 +101,17 @@ TEST_F(SqliteFile, ALinkLeadsToTheFileWhereverThatLies) {
     EXPECT_TRUE(hears(linked, 1));
     EXPECT_FALSE(save(linked, document));
     EXPECT_TRUE(hears(direct, 1));
+
+    SqliteRecords other;
+    std::filesystem::create_symlink(other.address(), elsewhere / "new.db");
+    std::filesystem::rename(elsewhere / "new.db", elsewhere / "again.db");
+    EXPECT_TRUE(hears(linked, 2)) << "what the other file holds is news";
+    const auto there = other.client();
+    EXPECT_FALSE(answerOf<recordSave>([&](auto answer) {
+                     there->saveRecord({.id = database}, answer);
+                 }).error);
+    EXPECT_TRUE(hears(linked, 3));
+    there->finish();
     linked.store->finish();
 }
 
@@ -111,6 +122,18 @@ TEST_F(SqliteFile, KnowsItsOwnLastSavesAndForgetsTheOlderOnes) {
         listening.addOwnTags(std::array{std::to_string(i)});
     EXPECT_TRUE(listening.isOwnTag("999") && listening.isOwnTag("990"));
     EXPECT_FALSE(listening.isOwnTag("0"));
+}
+
+TEST_F(SqliteFile, WhatMayHaveBeenMissedIsToldOnceChangesAreListenedFor) {
+    int news = 0;
+    ChangeListening listening(
+        "me", [&] { ++news; }, [] {});
+    listening.addMissed();
+    EXPECT_EQ(news, 0);
+    listening.tellBegun();
+    EXPECT_EQ(news, 1);
+    listening.addMissed();
+    EXPECT_EQ(news, 2) << "it had begun meanwhile";
 }
 
 TEST_F(SqliteFile, AFileThatReplacedAnotherIsTheOneThatCounts) {

@@ -98,6 +98,9 @@ protected:
         return answerOf<std::optional<recordError>>(
             [&](auto answer) { at.store->saveSubscription(type, answer); });
     }
+    accountStatus status(Machine& at) {
+        return answerOf<accountStatus>([&](auto answer) { at.store->askAccountStatus(answer); });
+    }
     bool hears(const Machine& machine, int changes) {
         return arrivals.until(server, [&] { return machine.changes >= changes; });
     }
@@ -118,9 +121,7 @@ TYPED_TEST_SUITE_P(RecordStoreSuite);
 TYPED_TEST_P(RecordStoreSuite, KeepsARecordWhole) {
     auto& first = this->machine();
     auto& second = this->machine();
-    EXPECT_EQ(this->template answerOf<accountStatus>(
-                  [&](auto answer) { first.store->askAccountStatus(answer); }),
-              accountStatus::available);
+    EXPECT_EQ(this->status(first), accountStatus::available);
     const recordFetch none = this->fetch(first, {this->database, this->preferences});
     EXPECT_TRUE(none.records && none.records->empty() && !none.error);
 

@@ -57,7 +57,8 @@ TEST(RecordAddress, LetsNothingThroughThatItDoesNotKnow) {
         "postgresql://me@/x|postgresql://a:b/x|postgresql://a:0/x|postgresql://a:65536/x|"
         "postgresql://a:+1/x|postgresql://[::1/x|postgresql://[::1]x/x|postgresql://a,b/x|"
         "postgresql://me@home@a/x|postgresql://me@a/x;password=secret|"
-        "postgresql://me@a/x&password=secret|postgresql://me@a/x?user=me:secret|"
+        "postgresql://me@a/x&password=secret|postgresql://me/secret@a/x|"
+        "postgresql://me@a/x password:secret|postgresql://me@a/x?user=me:secret|"
         "postgres:/me:secret@a/x|pgsql://me:secret@a/x|host=a user=me password=secret|"
         "postgresql://a/%FF|postgresql://a/%0A|postgresql://a/x?passfile=/b|"
         "postgresql://a/x?service=b|postgresql://a/x?options=-c%20statement_timeout=0|"
@@ -89,6 +90,9 @@ TEST(RecordAddress, FindsAPasswordInAllItsHidingPlaces) {
     const std::string hopeless = "postgresql://me:secret@a:b/x";
     EXPECT_EQ(faultOf(hopeless), recordAddressFault::holdsPassword);
     EXPECT_EQ(withoutPassword(hopeless), std::nullopt);
+    for (const char* file : {"/me:secret@a/x", "sqlite:/me:secret@a", "file:///me:secret@a/x"})
+        EXPECT_EQ(faultOf(file), recordAddressFault::holdsPassword) << file;
+    EXPECT_EQ(parsed("/home/me:you@home/x").file, "/home/me:you@home/x");
     EXPECT_EQ(parsed("postgresql://me@a:1/x?application_name=b@c").server.at("user"), "me")
         << "which could be a password, were it not understood as it is";
 }
