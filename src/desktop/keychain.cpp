@@ -117,15 +117,15 @@ void askForKeychain(std::function<void(bool)> answer) {
 }
 
 void beginLookUp(const std::string& account, const std::shared_ptr<LookUp>& look) {
-    auto* job = new QKeychain::ReadPasswordJob(service);
-    start(job, account, [look](QKeychain::Job* ended) {
-        if (ended->error() == QKeychain::NoError)
-            return look->end(
-                {.password =
-                     static_cast<QKeychain::ReadPasswordJob*>(ended)->textData().toStdString()});
-        if (ended->error() == QKeychain::EntryNotFound) return look->end({});
-        // One that stays locked or fails holds nobody's password back for ever; none has none.
-        askForKeychain([look](bool isThere) { look->end({.isUnknown = isThere}); });
+    askForKeychain([account, look](bool isThere) {
+        if (!isThere) return look->end({});
+        auto* job = new QKeychain::ReadPasswordJob(service);
+        start(job, account, [job, look](QKeychain::Job* ended) {
+            if (ended->error() == QKeychain::NoError)
+                return look->end({.password = job->textData().toStdString()});
+            // One that stays locked, or fails, may still hold it.
+            look->end({.isUnknown = ended->error() != QKeychain::EntryNotFound});
+        });
     });
 }
 
