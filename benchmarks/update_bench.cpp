@@ -34,7 +34,7 @@ std::string styleText(int number, std::string_view version) {
 }
 
 struct Machine : bench::Container {
-    testing::StyleSiteServer server;
+    tessaril::testing::StyleSiteServer server;
     QtDispatcher tasks;
     CurlUrlLoader network;
 };

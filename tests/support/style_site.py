@@ -14,6 +14,7 @@ How a file is answered, words in FILE.how say:
     type=TYPE           as of that content type
     gzip                compressed
     chunked             without a length
+    delay=MILLISECONDS  after a while
     hold                never, with the connection left open
     closed              by nothing: the connection is closed
     truncated           by its first half
@@ -61,6 +62,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
         words = how_file.read_text().split() if how_file.is_file() else []
         how = dict(word.partition("=")[::2] for word in words)
 
+        time.sleep(int(how.get("delay", 0)) / 1000)
         while "hold" in how:
             time.sleep(60)
         if "closed" in how:
