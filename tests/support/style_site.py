@@ -15,7 +15,7 @@ How a file is answered, words in FILE.how say:
     gzip                compressed
     chunked             without a length
     delay=MILLISECONDS  after a while
-    hold                never, with the connection left open
+    hold                once FOLDER/release exists, with the connection left open
     closed              by nothing: the connection is closed
     truncated           by its first half
     longer              by all of it, with a length that is one too large
@@ -63,8 +63,8 @@ class Handler(http.server.BaseHTTPRequestHandler):
         how = dict(word.partition("=")[::2] for word in words)
 
         time.sleep(int(how.get("delay", 0)) / 1000)
-        while "hold" in how:
-            time.sleep(60)
+        while "hold" in how and not (self.root / "release").exists():
+            time.sleep(0.05)
         if "closed" in how:
             return
         if "raw" in how:
