@@ -43,7 +43,7 @@ class DatabaseBackups {
 public:
     using Clock = std::function<std::chrono::sys_seconds()>;
 
-    /// - folder: for backups alone; where it is missing, keeping fails
+    /// - folder: for backups alone; made anew where it is missing, but not what it is in
     /// - document: only ever replaced, never written in place
     DatabaseBackups(FileSystem& files, std::filesystem::path folder, std::filesystem::path document,
                     Clock clock);

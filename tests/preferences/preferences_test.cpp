@@ -160,6 +160,23 @@ TEST_F(PreferenceControlsTest, AResetAsksAndRefusesWhileAStyleIsOpen) {
     dispatcher.runAll();
     EXPECT_THAT(application.styleList().styles(), IsEmpty()) << "the list is read anew";
     EXPECT_TRUE(commands.areAvailable());
+
+    // One that fails is none for the cloud either.
+    int resets = 0;
+    OpenStyles none(center);
+    DatabaseCommands own(
+        {files, alerts, dispatcher, center, application.store(), none, [&resets] { ++resets; }});
+    application.store().appendStyle(namedStyle("b", 2));
+    application.store().saveDatabase();
+    dispatcher.runAll();
+    for (const bool fails : {true, false}) {
+        files.readOnly.clear();
+        if (fails) files.readOnly.insert("/container/backups");
+        alerts.answers = {{.button = 1}};
+        own.reset();
+        dispatcher.runAll();
+        EXPECT_EQ(resets, fails ? 0 : 1);
+    }
 }
 
 struct PreferenceSyncTest : ::testing::Test {

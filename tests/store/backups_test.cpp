@@ -193,7 +193,7 @@ TEST_F(StoreBackupsTest, withoutABackupSavesGoOnButNothingIsReplaced) {
     EXPECT_FALSE(store.keepDocument());
     EXPECT_TRUE(alerts.alerts.empty()) << "the caller tells";
     store.importDatabase("/in.sdb");
-    store.resetDatabase();
+    EXPECT_FALSE(store.resetDatabase());
     EXPECT_THAT(names(), ElementsAre("A", "B"));
     ASSERT_THAT(alerts.alerts, SizeIs(2));
     EXPECT_THAT(alerts.alerts[0].text, HasSubstr("so nothing was changed"));

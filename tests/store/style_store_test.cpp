@@ -159,9 +159,16 @@ TEST_F(StyleStoreTest, aFailedSaveKeepsTheChangeAndTheOldDocument) {
     dispatcher.runAll();
     EXPECT_EQ(uploads, 0) << "nothing is uploaded after a failure";
     files.full = false;
+    store.saveDatabaseWithoutUpload();
+    dispatcher.runAll();
+    EXPECT_EQ(uploads, 1) << "as is owed since";
+    files.full = true;
+    setEnabled(1, true);
+    dispatcher.runAll();
+    files.full = false;
     store.finishSaves();
-    EXPECT_FALSE(written().styles.at(0).isEnabled) << "tried once more before the end";
-    EXPECT_EQ(uploads, 1);
+    EXPECT_TRUE(written().styles.at(0).isEnabled) << "tried once more before the end";
+    EXPECT_EQ(uploads, 2);
 }
 
 TEST_F(StyleStoreTest, whatCannotBeEncodedIsNeitherSentNorWritten) {

@@ -37,6 +37,11 @@ TEST_F(CloudSyncTest, ChangesTravel) {
     beginWithOneStyle();
     const date before = now();
     a.add(namedStyle("Two", 2));
+    a.dispatcher.runAll();
+    const date sent = now();
+    while (a.preferences.real("lastSuccessfulSync") < before)
+        ASSERT_TRUE(server.deliverNext());
+    EXPECT_LE(a.preferences.real("lastSuccessfulSync"), sent) << "a later change is newer";
     a.edit(1, "b {}");
     settle();
     EXPECT_EQ(b.codeOf(1), "b {}");
