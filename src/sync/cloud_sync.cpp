@@ -48,9 +48,13 @@ bool CloudSync::isOn() const {
 }
 
 void CloudSync::endTerm() {
-    ++term;
-    hasBegun = false;
-    hasFirstFetch = false;
+    {
+        const std::lock_guard lock(ending);
+        ++term;
+        hasBegun = false;
+        hasFirstFetch = false;
+        isCloudUnreadable = false;
+    }
     releaseList();
 }
 
@@ -145,7 +149,7 @@ void CloudSync::firstFetchEnded(const recordFetch& fetched, const firstFetch& fi
             operation.end();
         });
     if (const cloudRecord* record = findRecord(fetched, databaseRecordID))
-        mergeFirst(*record, first.isQuiet);
+        mergeFirst(*record, first);
     operation.end();
 }
 
@@ -179,21 +183,27 @@ std::shared_ptr<const std::string> CloudSync::readWholeDocument() {
     return store.waitForSaves() ? readDocument() : nullptr;
 }
 
-void CloudSync::mergeFirst(const cloudRecord& record, bool isQuiet) {
-    const auto cloud = decode(record, isQuiet);
+void CloudSync::mergeFirst(const cloudRecord& record, const firstFetch& first) {
+    const auto cloud = decode(record, first.isQuiet);
     const auto outcome =
         cloud ? merging.mergeFirstFetch(*cloud, firstSyncPending) : cloudMergeOutcome::failed;
-    if (outcome == cloudMergeOutcome::failed) {
-        if (isOn()) return firstFetchFailed(isQuiet);
-        return releaseList();
-    }
-    // One that is in memory only may be merged again, after the program's next start at the latest.
-    if (outcome == cloudMergeOutcome::changed) firstSyncPending = false;
-    hasFirstFetch = outcome != cloudMergeOutcome::unwritten;
+    if (!concludeMerge(outcome, first.operation)) return; // the list is not this term's any more
+    if (outcome == cloudMergeOutcome::failed) return firstFetchFailed(first.isQuiet);
     if (hasFirstFetch) adopt(record);
     releaseList();
     if (isUpdatePending && isUpdatePending())
         machine.merging.center.post(notifications::performFirstUpdate);
+}
+
+/// Whether the merge still counts: its term may have ended while it ran.
+bool CloudSync::concludeMerge(cloudMergeOutcome outcome, const syncOperation& operation) {
+    const std::lock_guard lock(ending);
+    if (!operation.isWanted()) return false;
+    // One that is in memory only may be merged again, after the program's next start at the latest.
+    if (outcome == cloudMergeOutcome::changed) firstSyncPending = false;
+    if (outcome != cloudMergeOutcome::failed)
+        hasFirstFetch = outcome != cloudMergeOutcome::unwritten;
+    return true;
 }
 
 void CloudSync::firstFetchFailed(bool isQuiet) {
@@ -248,7 +258,8 @@ void CloudSync::remoteChangeFetched(const recordFetch& fetched, const syncOperat
     if (database && database->changeTag != cachedDatabaseRecord.changeTag &&
         !wasUploaded(*database)) {
         const auto cloud = decode(*database, false);
-        if (cloud && merging.mergeRemoteChange(*cloud) == cloudMergeOutcome::changed)
+        if (cloud && merging.mergeRemoteChange(*cloud) == cloudMergeOutcome::changed &&
+            operation.isWanted())
             adopt(*database);
     }
     const cloudRecord* preferences = findRecord(fetched, preferencesRecordID);
@@ -343,11 +354,13 @@ std::shared_ptr<const std::string> CloudSync::readDocument() const {
 
 void CloudSync::databaseWasReset() {
     add([this](const syncOperation& operation) {
-        if (!isCloudUnreadable.exchange(false)) return operation.end();
-        machine.merging.store.waitForSaves(); // what is sent is the reset one
-        hasFirstFetch = true;
-        releaseList();
-        sendDatabase(operation);
+        if (isCloudUnreadable.exchange(false)) {
+            hasFirstFetch = true;
+            releaseList();
+            // Sends what follows the reset's own save, whose thread this may be.
+            machine.merging.store.saveDatabase();
+        }
+        operation.end();
     });
 }
 

@@ -53,8 +53,11 @@ public:
         isUpdatePending = std::move(isPending);
     }
 
-    /// A first fetch is about to be begun, by another thread.
-    void setInitialFetchStarted() { hasStarted = true; }
+    /// A first fetch is about to be begun, by another thread: it counts as in progress.
+    void setInitialFetchStarted() {
+        hasStarted = true;
+        isInProgress = true;
+    }
 
     /// Sync was switched on: the next first merge keeps every style that only this machine has.
     void setFirstSyncPending() { firstSyncPending = true; }
@@ -115,7 +118,8 @@ private:
     void firstFetchEnded(const recordFetch& fetched, const firstFetch& first);
     void uploadFirst(const syncOperation& operation, const std::function<void()>& completed);
     std::shared_ptr<const std::string> readWholeDocument();
-    void mergeFirst(const cloudRecord& record, bool isQuiet);
+    void mergeFirst(const cloudRecord& record, const firstFetch& first);
+    bool concludeMerge(cloudMergeOutcome outcome, const syncOperation& operation);
     void firstFetchFailed(bool isQuiet);
     void releaseList();
     void openPendingStyle();
@@ -150,6 +154,7 @@ private:
     std::atomic<bool> isUploadWaiting = false;
     std::atomic<bool> isPreferenceUploadWaiting = false;
     std::atomic<bool> isFetchWaiting = false;
+    std::mutex ending; ///< of a term, which nothing of it may follow
     std::mutex mutex;
     std::optional<std::int64_t> pendingOpenStyleID; ///< guarded by `mutex`
 };

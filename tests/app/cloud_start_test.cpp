@@ -64,6 +64,22 @@ TEST_F(CloudStartTest, TheSwitchMayBeFasterThanTheLaunchChecks) {
     EXPECT_FALSE(isLocked());
 }
 
+TEST_F(CloudStartTest, TheListStaysLockedUntilTheSwitchHasBegun) {
+    application.cloudSwitch().paneShown();
+    recordServer.deliver();
+    dispatcher.passDelays();
+    while (SteppedDispatcher::step(dispatcher.mainTasks)) {
+    } // the launch checks ask for the account
+    application.cloudSwitch().turn(false);
+    application.cloudSwitch().turn(true);
+    recordServer.deliver();
+    while (SteppedDispatcher::step(dispatcher.mainTasks)) {
+    }
+    EXPECT_TRUE(isLocked());
+    runLaunchChecks();
+    EXPECT_FALSE(isLocked());
+}
+
 TEST_F(CloudStartTest, TheFirstSyncBeginsByItselfWithABackup) {
     application.preferences().set("hasConfigurediCloud", false);
     application.preferences().set("UseiCloud", false);

@@ -11,6 +11,14 @@ struct CloudSyncFaults : TwoMachines {
         for (MachineInMemory* machine : {&a, &b})
             machine->dispatcher.runAll();
     }
+    /// As another machine, or another server, has it.
+    void putInCloud(std::vector<styleContainer> styles) {
+        server.records[databaseID] = {
+            .id = databaseID,
+            .file = std::make_shared<const std::string>(
+                *encodeDatabase({.styles = std::move(styles), .dateModified = now() + 1000})),
+            .changeTag = server.records[databaseID].changeTag + "*"};
+    }
     void switchOff(MachineInMemory& machine) {
         machine.preferences.set("UseiCloud", false);
         machine.sync.switchedOff();
@@ -222,6 +230,61 @@ TEST_F(CloudSyncFaults, AnUnreadableCloudIsTriedAgainUntilItCanBeRead) {
     settle();
     EXPECT_THAT(inCloud().styles, IsEmpty());
     EXPECT_FALSE(b.sync.syncInProgress());
+
+    // Also on the thread of a save, which must not wait for itself.
+    server.records[databaseID].file = std::make_shared<const std::string>("{");
+    server.records[databaseID].changeTag += "*";
+    b.launch();
+    settle();
+    b.store.setUploadHandler([this] {
+        b.sync.databaseWasReset();
+        b.sync.uploadDatabase();
+    });
+    b.store.resetDatabase();
+    settle();
+    EXPECT_THAT(inCloud().styles, IsEmpty());
+}
+
+TEST_F(CloudSyncFaults, WhatHeldForOneServerHoldsForNoOther) {
+    // The user turns to another while the first one's database is being merged.
+    b.putDocument({oldStyle("Mine", 1), oldStyle("Other", 3)});
+    putInCloud({oldStyle("Theirs", 3)});
+    int times = 0;
+    const auto merging =
+        b.center.observe(notifications::stylesChangedInCloud, [&](const notification&) {
+            if (times++ > 0) return;
+            switchOff(b);
+            putInCloud({oldStyle("Second", 7)});
+            b.switchOn();
+        });
+    b.preferences.set("lastSuccessfulSync", 50.0);
+    b.switchOn();
+    while (times == 0)
+        ASSERT_TRUE(server.deliverNext());
+    EXPECT_TRUE(b.sync.syncInProgress()) << "with the second";
+    settle();
+    EXPECT_FALSE(b.sync.syncInProgress());
+    EXPECT_THAT(b.names(), UnorderedElementsAre("Second", "Theirs", "Mine", "Other"));
+    EXPECT_THAT(namesInCloud(), ::testing::ElementsAreArray(b.names()));
+
+    // One that could not be read says nothing of the next.
+    server.records[databaseID].file = std::make_shared<const std::string>("{");
+    server.records[databaseID].changeTag += "*";
+    b.sync.fetchOnRemoteNotification();
+    settle();
+    switchOff(b);
+    putInCloud({oldStyle("Third", 9)});
+    b.records().errors = {std::nullopt, recordErrorCode::timedOut};
+    b.switchOn();
+    settle();
+    b.store.resetDatabase();
+    b.sync.databaseWasReset();
+    settle();
+    EXPECT_TRUE(b.sync.syncInProgress()) << "until the user says how to go on";
+    b.sync.retry();
+    settle();
+    EXPECT_THAT(b.names(), ElementsAre("Third"));
+    EXPECT_TRUE(b.recoveryList.isEmpty());
 }
 
 } // namespace
