@@ -8,7 +8,7 @@ cd "$root"
 build_packages=(
     ca-certificates ccache cmake g++ git ninja-build pkg-config
     libcurl4-openssl-dev libgmock-dev libgtest-dev libicu-dev libpq-dev libsimdjson-dev
-    libsqlite3-dev libgl-dev libjavascriptcoregtk-4.1-dev qt6-base-dev qt6-svg-dev
+    libsqlite3-dev libssl-dev libgl-dev libjavascriptcoregtk-4.1-dev qt6-base-dev qt6-svg-dev
     qt6-webengine-dev qtkeychain-qt6-dev
 )
 server_packages=(postgresql)

@@ -90,7 +90,6 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
     DesktopApplications externals;
     const std::filesystem::path ownPrograms = shippedFolder().parent_path() / "lib/tessaril";
     LazyWebEngine webEngine(ownPrograms / "tessaril_webengine.so");
-    CurlUrlLoader urls;
     HelperIconDecoder iconDecoder(ownPrograms / "tessaril_icon_decoder");
     Keychain keychain;
     // Read from the store of preferences: the record store's threads ask, and may outlive the
@@ -103,6 +102,7 @@ int runApplication(const std::filesystem::path& container, SingleInstance& insta
                  return address ? std::get<std::string>(*address) : std::string();
              },
          .passwords = Keychain::source()});
+    CurlUrlLoader urls; // after the record store, which sets OpenSSL up for threads left behind
 
     Application application({.files = files,
                              .channel = channel,

@@ -6,6 +6,7 @@
 #include <libpq-fe.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <openssl/crypto.h>
 #include <poll.h>
 #include <sys/socket.h>
 
@@ -204,6 +205,11 @@ PostgresConnection::opening PostgresConnection::connect(const recordAddress& add
         lacksPassword ? recordErrorCode::notAuthenticated : codeOfRefusedLogin(sqlState),
         "PostgreSQL: " + forLog(trimmed(message.substr(0, message.find("\nLOCATION:"))))};
     return result;
+}
+
+void PostgresConnection::outliveProgram() {
+    // Else exit() takes from under them what they free at the same time.
+    OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
 }
 
 std::variant<std::unique_ptr<PostgresConnection>, recordError>

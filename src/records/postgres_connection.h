@@ -26,6 +26,10 @@ public:
     open(const recordAddress& address, const PasswordSource& source, const TimeLimit& limit,
          std::chrono::milliseconds statementTime);
 
+    /// Lets threads that were left behind still use their connections while the program ends. To be
+    /// called before anything else uses OpenSSL.
+    static void outliveProgram();
+
     const sqlDialect& dialect() const override;
     sqlResult execute(const TimeLimit& limit, const std::string& statement,
                       std::span<const sqlParameter> parameters = {}) override;

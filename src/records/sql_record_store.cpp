@@ -1,6 +1,7 @@
 #include "records/sql_record_store.h"
 
 #include "model/log.h"
+#include "records/postgres_connection.h"
 #include "records/random_uuid.h"
 
 #include <algorithm>
@@ -61,7 +62,9 @@ SqlRecordStore::SqlRecordStore(sqlRecordStoreParts storeParts)
     : parts(std::move(storeParts))
     , ownName(randomUUID())
     , mailbox(std::make_shared<Mailbox>())
-    , answering([this] { answerAll(); }) {}
+    , answering([this] { answerAll(); }) {
+    PostgresConnection::outliveProgram();
+}
 
 SqlRecordStore::~SqlRecordStore() {
     finish();
@@ -320,7 +323,13 @@ void SqlRecordStore::resumeSubscriptions() {
         answerFailedSubscriptions();
         const auto next = std::ranges::find_if(subscriptions, hasBegun);
         if (next == subscriptions.end()) return;
-        const operation asked = std::move(next->asked);
+        operation asked = std::move(next->asked);
+        // What was saved before changes were listened for is found by the tags, if those are.
+        asked.answer = [begun = next->listening,
+                        answer = std::move(asked.answer)](const recordOutcome& outcome) {
+            if (outcome.error) begun->addMissed();
+            answer(outcome);
+        };
         subscriptions.erase(next);
         answerOutcomeOf(asked);
     }

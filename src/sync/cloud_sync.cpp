@@ -58,6 +58,14 @@ void CloudSync::endTerm() {
     releaseList();
 }
 
+/// Changes what is known of the operation's term, unless that has ended meanwhile.
+bool CloudSync::note(const syncOperation& operation, const std::function<void()>& change) {
+    const std::lock_guard lock(ending);
+    if (!operation.isWanted()) return false;
+    change();
+    return true;
+}
+
 void CloudSync::switchedOff() {
     endTerm();
 }
@@ -104,11 +112,14 @@ void CloudSync::begin() {
 }
 
 void CloudSync::fetchDatabaseRecord() {
-    if (!isOn()) return;
-    hasStarted = true;
-    hasBegun = true;
-    hasFirstFetch = false;
-    isInProgress = true;
+    {
+        const std::lock_guard lock(ending);
+        if (!isOn()) return;
+        hasStarted = true;
+        hasBegun = true;
+        hasFirstFetch = false;
+        isInProgress = true;
+    }
     beginFirstFetch(false);
 }
 
@@ -168,7 +179,7 @@ void CloudSync::uploadFirst(const syncOperation& operation,
         cachedDatabaseRecord, [this, operation, completed, sent](const recordSave& saved) {
             logFailure("Error saving the first style database in the cloud", saved.error);
             landDatabase(saved, sent);
-            if (operation.isWanted()) hasFirstFetch = !saved.error;
+            note(operation, [&] { hasFirstFetch = !saved.error; });
             completed();
         });
 }
@@ -184,26 +195,23 @@ std::shared_ptr<const std::string> CloudSync::readWholeDocument() {
 }
 
 void CloudSync::mergeFirst(const cloudRecord& record, const firstFetch& first) {
-    const auto cloud = decode(record, first.isQuiet);
+    const auto cloud = decode(record, first);
     const auto outcome =
         cloud ? merging.mergeFirstFetch(*cloud, firstSyncPending) : cloudMergeOutcome::failed;
-    if (!concludeMerge(outcome, first.operation)) return; // the list is not this term's any more
+    const bool counts = note(first.operation, [&] {
+        if (outcome == cloudMergeOutcome::failed) return;
+        // One that is in memory only may be merged again, after the program's next start at the
+        // latest.
+        if (outcome == cloudMergeOutcome::changed) firstSyncPending = false;
+        hasFirstFetch = outcome != cloudMergeOutcome::unwritten;
+    });
+    if (!isOn()) releaseList();
+    if (!counts) return; // the list is not this term's any more
     if (outcome == cloudMergeOutcome::failed) return firstFetchFailed(first.isQuiet);
     if (hasFirstFetch) adopt(record);
     releaseList();
     if (isUpdatePending && isUpdatePending())
         machine.merging.center.post(notifications::performFirstUpdate);
-}
-
-/// Whether the merge still counts: its term may have ended while it ran.
-bool CloudSync::concludeMerge(cloudMergeOutcome outcome, const syncOperation& operation) {
-    const std::lock_guard lock(ending);
-    if (!operation.isWanted()) return false;
-    // One that is in memory only may be merged again, after the program's next start at the latest.
-    if (outcome == cloudMergeOutcome::changed) firstSyncPending = false;
-    if (outcome != cloudMergeOutcome::failed)
-        hasFirstFetch = outcome != cloudMergeOutcome::unwritten;
-    return true;
 }
 
 void CloudSync::firstFetchFailed(bool isQuiet) {
@@ -257,11 +265,12 @@ void CloudSync::remoteChangeFetched(const recordFetch& fetched, const syncOperat
     const cloudRecord* database = findRecord(fetched, databaseRecordID);
     if (database && database->changeTag != cachedDatabaseRecord.changeTag &&
         !wasUploaded(*database)) {
-        const auto cloud = decode(*database, false);
+        const auto cloud = decode(*database, {operation, false});
         if (cloud && merging.mergeRemoteChange(*cloud) == cloudMergeOutcome::changed &&
             operation.isWanted())
             adopt(*database);
     }
+    if (!operation.isWanted()) return operation.end(); // after the merge
     const cloudRecord* preferences = findRecord(fetched, preferencesRecordID);
     if (preferences && cloudPreferences.isNews(*preferences))
         return cloudPreferences.take(*preferences, operation);
@@ -270,9 +279,9 @@ void CloudSync::remoteChangeFetched(const recordFetch& fetched, const syncOperat
 
 /// The cloud's database. One that cannot be read must not be replaced by what somebody saves next:
 /// this program may only be too old for it. The user's word for that is a reset.
-std::optional<liveDatabase> CloudSync::decode(const cloudRecord& record, bool isQuiet) {
-    auto cloud = merging.decodeCloudDatabase(record, isQuiet);
-    isCloudUnreadable = !cloud;
+std::optional<liveDatabase> CloudSync::decode(const cloudRecord& record, const firstFetch& fetch) {
+    auto cloud = merging.decodeCloudDatabase(record, fetch.isQuiet);
+    note(fetch.operation, [&] { isCloudUnreadable = !cloud; });
     if (!cloud && merging.keepUnreadable(record)) adopt(record);
     return cloud;
 }
@@ -354,8 +363,12 @@ std::shared_ptr<const std::string> CloudSync::readDocument() const {
 
 void CloudSync::databaseWasReset() {
     add([this](const syncOperation& operation) {
-        if (isCloudUnreadable.exchange(false)) {
-            hasFirstFetch = true;
+        bool isReplaced = false;
+        note(operation, [&] {
+            isReplaced = isCloudUnreadable.exchange(false);
+            if (isReplaced) hasFirstFetch = true;
+        });
+        if (isReplaced) {
             releaseList();
             // Sends what follows the reset's own save, whose thread this may be.
             machine.merging.store.saveDatabase();

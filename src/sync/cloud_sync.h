@@ -110,6 +110,7 @@ private:
 
     bool isOn() const;
     void endTerm();
+    bool note(const syncOperation& operation, const std::function<void()>& change);
     void add(Body body);
     void addOnce(std::atomic<bool>& isWaiting, Body body);
     void runInTerm(int ofTerm, const SerialOperations::Ended& ended, const Body& body);
@@ -119,12 +120,11 @@ private:
     void uploadFirst(const syncOperation& operation, const std::function<void()>& completed);
     std::shared_ptr<const std::string> readWholeDocument();
     void mergeFirst(const cloudRecord& record, const firstFetch& first);
-    bool concludeMerge(cloudMergeOutcome outcome, const syncOperation& operation);
     void firstFetchFailed(bool isQuiet);
     void releaseList();
     void openPendingStyle();
     void remoteChangeFetched(const recordFetch& fetched, const syncOperation& operation);
-    std::optional<liveDatabase> decode(const cloudRecord& record, bool isQuiet);
+    std::optional<liveDatabase> decode(const cloudRecord& record, const firstFetch& fetch);
     void adopt(const cloudRecord& record);
     bool lostAccount(const std::optional<recordError>& error);
     void sendDatabase(const syncOperation& operation);

@@ -187,6 +187,35 @@ TEST_F(PostgresStore, ASubscriptionThatWaitsHoldsUpNothing) {
     never->set_value();
 }
 
+TEST_F(PostgresStore, WhatWasMissedIsToldAlsoWhereItCannotBeLookedFor) {
+    std::promise<void> isAsked, mayGoOn;
+    std::atomic<int> times = 0;
+    auto& waiting = *machines.emplace_back(std::make_unique<Machine>());
+    waiting.store =
+        sqlClient(server.address(), std::chrono::seconds(3),
+                  [&, wait = mayGoOn.get_future().share()](auto& account, auto patience) {
+                      if (times++ == 0) {
+                          isAsked.set_value();
+                          wait.wait();
+                      }
+                      return passwordOf(account, patience);
+                  });
+    waiting.store->setChangeHandler([&] { arrivals.note([&] { ++waiting.changes; }); });
+    std::optional<recordErrorCode> subscribed;
+    waiting.store->saveSubscription(database.type, [&](const auto& error) {
+        arrivals.note([&] { subscribed = codeOf(error); });
+    });
+    isAsked.get_future().wait();
+    cloudRecord document{.id = database};
+    EXPECT_FALSE(save(machine(), document));
+    server.holdUpRecords();
+    mayGoOn.set_value();
+    EXPECT_TRUE(arrivals.until(server, [&] { return subscribed.has_value(); }));
+    EXPECT_EQ(subscribed, recordErrorCode::timedOut);
+    EXPECT_TRUE(hears(waiting, 1));
+    waiting.store->finish();
+}
+
 TEST_F(PostgresStore, NothingOfTheOldAccountIsAnsweredOnceTheAddressHasChanged) {
     PostgresRecords other;
     cloudRecord document{.id = database};

@@ -359,5 +359,23 @@ TEST_F(CloudSyncTest, SyncThatIsSwitchedOffMeanwhileMergesNothing) {
     EXPECT_THAT(a.names(), ElementsAre("One", "Two"));
 }
 
+TEST_F(CloudSyncTest, WhatComesWithAMergeEndsWithTheSwitch) {
+    beginWithOneStyle();
+    a.records().subscribed.clear();
+    b.preferences.set("DefaultAuthor", "B");
+    b.preferenceSync.uploadPreferences();
+    b.edit(1, "b {}");
+    settle();
+    const auto merging =
+        a.center.observe(notifications::stylesChangedInCloud, [this](const notification&) {
+            a.preferences.set("UseiCloud", false);
+            a.sync.switchedOff();
+        });
+    a.sync.fetchOnRemoteNotification();
+    settle();
+    EXPECT_FALSE(a.preferences.boolean("UseiCloud"));
+    EXPECT_NE(a.preferences.string("DefaultAuthor"), "B");
+}
+
 } // namespace
 } // namespace tessaril
