@@ -30,7 +30,7 @@ LIMITS = {
     "saveStyle": ("save in it until stored, 200 KB of Less", "compile and write them alone", 1.3),
     "mergeFirst": ("merge at the start of a sync, 10,000 a side", "decode one of the documents", 1.0),
     "mergeChange": ("merge what another machine saved, the same", "decode one of the documents", 1.0),
-    "syncSqlite": ("a save until another window's row, 10 MB, SQLite", "send and fetch the document alone", 4.0),
+    "syncSqlite": ("a save until another window's row, 10 MB, SQLite", "send and fetch the document alone", 8.0),
     "syncPostgres": ("the same by PostgreSQL", "send and fetch the document alone", 4.0),
     "updateAll": ("update 200 styles, 20 ms each", "download them one after another", 0.25),
     "buildList": ("build the list's rows, 10,000 styles", "decode their document of 50 MB", 1.0),
