@@ -50,10 +50,10 @@ recordError ChangeListening::error() const {
 
 void ChangeListening::addMissed() {
     const std::lock_guard lock(mutex);
-    if (isListening)
-        news();
-    else
+    if (!isListening)
         mayHaveMissed = true;
+    else if (!signal->isStopped())
+        news();
 }
 
 void ChangeListening::addOwnTags(std::span<const std::string> tags) {
