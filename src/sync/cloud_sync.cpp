@@ -195,7 +195,7 @@ std::shared_ptr<const std::string> CloudSync::readWholeDocument() {
 }
 
 void CloudSync::mergeFirst(const cloudRecord& record, const firstFetch& first) {
-    const auto cloud = decode(record, first);
+    const auto cloud = decode(record, first.operation, first.isQuiet);
     const auto outcome =
         cloud ? merging.mergeFirstFetch(*cloud, firstSyncPending) : cloudMergeOutcome::failed;
     const bool counts = note(first.operation, [&] {
@@ -265,7 +265,7 @@ void CloudSync::remoteChangeFetched(const recordFetch& fetched, const syncOperat
     const cloudRecord* database = findRecord(fetched, databaseRecordID);
     if (database && database->changeTag != cachedDatabaseRecord.changeTag &&
         !wasUploaded(*database)) {
-        const auto cloud = decode(*database, {operation, false});
+        const auto cloud = decode(*database, operation, false);
         if (cloud && merging.mergeRemoteChange(*cloud) == cloudMergeOutcome::changed &&
             operation.isWanted())
             adopt(*database);
@@ -279,9 +279,10 @@ void CloudSync::remoteChangeFetched(const recordFetch& fetched, const syncOperat
 
 /// The cloud's database. One that cannot be read must not be replaced by what somebody saves next:
 /// this program may only be too old for it. The user's word for that is a reset.
-std::optional<liveDatabase> CloudSync::decode(const cloudRecord& record, const firstFetch& fetch) {
-    auto cloud = merging.decodeCloudDatabase(record, fetch.isQuiet);
-    note(fetch.operation, [&] { isCloudUnreadable = !cloud; });
+std::optional<liveDatabase> CloudSync::decode(const cloudRecord& record,
+                                              const syncOperation& operation, bool isQuiet) {
+    auto cloud = merging.decodeCloudDatabase(record, isQuiet);
+    note(operation, [&] { isCloudUnreadable = !cloud; });
     if (!cloud && merging.keepUnreadable(record)) adopt(record);
     return cloud;
 }

@@ -124,7 +124,8 @@ private:
     void releaseList();
     void openPendingStyle();
     void remoteChangeFetched(const recordFetch& fetched, const syncOperation& operation);
-    std::optional<liveDatabase> decode(const cloudRecord& record, const firstFetch& fetch);
+    std::optional<liveDatabase> decode(const cloudRecord& record, const syncOperation& operation,
+                                       bool isQuiet);
     void adopt(const cloudRecord& record);
     bool lostAccount(const std::optional<recordError>& error);
     void sendDatabase(const syncOperation& operation);
